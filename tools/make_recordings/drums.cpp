@@ -1,0 +1,106 @@
+// Bass drum and timbals: struck circuits and struck skins.
+
+#include "noise.h"
+#include "struck_resonator.h"
+#include "voices.h"
+
+#include <algorithm>
+#include <array>
+
+namespace recordings {
+namespace {
+
+// A click of the trigger pulse leaking through: one cycle of a sine.
+void addClick(Signal& target, double lengthMs, double gain) {
+    const std::size_t frames = std::min(framesIn(lengthMs), target.size());
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        target[frame] +=
+            gain * std::sin(2.0 * kPi * static_cast<double>(frame) / static_cast<double>(frames));
+    }
+}
+
+struct Partial {
+    double pitch; // times the drum's: a ratio in the skin, Hz in the shell
+    double gain;
+    double t60Ratio; // of the drum's
+    double glide;
+    SideTuning side;
+};
+
+// Ideal membrane, from the zeros of Bessel functions. The fundamental is the one the
+// blow stretches most; the second mode is the one that two ears hear differently.
+constexpr auto kMembrane = std::to_array<Partial>({
+    {1.000, 1.00, 1.00, 0.07, {0.0, 0.0}},
+    {1.594, 0.55, 0.72, 0.05, {0.0035, 0.1}},
+    {2.136, 0.30, 0.55, 0.05, {0.0, 0.0}},
+    {2.296, 0.20, 0.45, 0.05, {0.0, 0.0}},
+    {2.653, 0.18, 0.40, 0.05, {0.0, 0.0}},
+    {3.156, 0.10, 0.32, 0.05, {0.0, 0.0}},
+});
+
+// The metal shell rings on its own pitch, for as long as the skin lets it.
+constexpr auto kShell = std::to_array<Partial>({
+    {2110.0, 0.13, 0.38, 0.0, {0.0030, 0.1}},
+    {2790.0, 0.16, 0.34, 0.0, {0.0035, -0.1}},
+    {3530.0, 0.10, 0.30, 0.0, {0.0040, 0.1}},
+    {4710.0, 0.06, 0.26, 0.0, {0.0030, -0.1}},
+});
+
+struct Timbal {
+    double hz;
+    double t60Ms;
+    double shellScale; // a smaller drum's shell rings higher
+    std::uint64_t seed;
+};
+
+Sound timbal(const Timbal& drum, std::size_t frames) {
+    constexpr double kStickOnSkinMs = 1.1;
+    constexpr double kStickOnRimMs = 0.3;
+    constexpr double kTensionTauMs = 22.0;
+
+    Sound sound(frames);
+    for (const Partial& partial : kMembrane) {
+        strike(sound, kStickOnSkinMs,
+               {drum.hz * partial.pitch, partial.gain, drum.t60Ms * partial.t60Ratio, partial.glide,
+                kTensionTauMs},
+               partial.side);
+    }
+    for (const Partial& partial : kShell) {
+        strike(sound, kStickOnRimMs,
+               {drum.shellScale * partial.pitch, partial.gain, drum.t60Ms * partial.t60Ratio},
+               partial.side);
+    }
+    addNoise(sound, {.seed = drum.seed,
+                     .filters = {bandPass(2900.0, 0.7)},
+                     .decays = {{1.0, 0.5, 28.0}},
+                     .gain = 0.75,
+                     .sideGain = 0.15});
+    return sound;
+}
+
+} // namespace
+
+// The body starts three quarters of its pitch too high and sighs down within some
+// 50 ms; a second, shorter resonator is the knock of the beater.
+Sound bassDrum(std::size_t frames) {
+    Sound sound(frames);
+    strike(sound.mid, 4.0, {57.0, 1.0, 360.0, 0.75, 16.0});
+    strike(sound.mid, 3.0, {109.0, 0.30, 140.0, 0.35, 12.0});
+    addNoise(sound, {.seed = 101,
+                     .filters = {highPass(300.0), lowPass(2600.0)},
+                     .decays = {{1.0, 0.5, 18.0}},
+                     .gain = 1.1,
+                     .sideGain = 0.1});
+    addClick(sound.mid, 2.2, 0.32);
+    return sound;
+}
+
+Sound highTimbal(std::size_t frames) {
+    return timbal({392.0, 300.0, 1.16, 201}, frames);
+}
+
+Sound lowTimbal(std::size_t frames) {
+    return timbal({247.0, 620.0, 1.0, 202}, frames);
+}
+
+} // namespace recordings

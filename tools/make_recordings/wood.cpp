@@ -1,0 +1,71 @@
+// Blocks and clave: short, hard, hollow.
+
+#include "noise.h"
+#include "struck_resonator.h"
+#include "voices.h"
+
+namespace recordings {
+namespace {
+
+constexpr SideTuning kCentre = {0.0, 0.0};
+
+struct Block {
+    double hz;
+    double t60Ms;
+    double cavityRatio; // of the slit's air to the wood
+    std::uint64_t seed;
+};
+
+// The two low peaks a ratio of 1.15 apart are what sounds hollow: either alone reads
+// as a blip.
+Sound block(const Block& wood, std::size_t frames) {
+    constexpr double kMalletMs = 0.9;
+    constexpr double kHardMalletMs = 0.4;
+    constexpr double kGlide = 0.015;
+    constexpr double kGlideTauMs = 6.0;
+    const double cavityHz = wood.hz * wood.cavityRatio;
+
+    Sound sound(frames);
+    strike(sound, kMalletMs, {wood.hz, 1.0, wood.t60Ms, kGlide, kGlideTauMs}, kCentre);
+    strike(sound, kMalletMs, {1.15 * wood.hz, 0.55, 0.8 * wood.t60Ms, kGlide, kGlideTauMs},
+           {0.0035, 0.1});
+    strike(sound, kHardMalletMs, {cavityHz, 0.30, 0.45 * wood.t60Ms}, {0.003, -0.15});
+    strike(sound, kHardMalletMs, {1.61 * cavityHz, 0.16, 0.3 * wood.t60Ms}, {0.004, 0.15});
+    addNoise(sound, {.seed = wood.seed,
+                     .filters = {bandPass(3.2 * wood.hz, 0.8)},
+                     .decays = {{1.0, 0.4, 10.0}},
+                     .gain = 0.4,
+                     .sideGain = 0.15});
+    filter(sound.mid, {highPass(0.45 * wood.hz)});
+    filter(sound.side, {highPass(0.45 * wood.hz)});
+    return sound;
+}
+
+} // namespace
+
+Sound highBlock(std::size_t frames) {
+    return block({1080.0, 95.0, 2.42, 501}, frames);
+}
+
+Sound lowBlock(std::size_t frames) {
+    return block({640.0, 130.0, 2.57, 502}, frames);
+}
+
+// Two rods: a close pair from the one that is held, a high knock from the one that
+// strikes.
+Sound clave(std::size_t frames) {
+    Sound sound(frames);
+    strike(sound, 0.35, {2520.0, 1.0, 150.0, 0.004}, kCentre);
+    strike(sound, 0.35, {2573.0, 0.28, 110.0}, {0.003, 0.3});
+    strike(sound, 0.15, {6829.0, 0.45, 45.0}, {0.004, -0.15});
+    addNoise(sound, {.seed = 503,
+                     .filters = {bandPass(5200.0, 0.8)},
+                     .decays = {{1.0, 0.3, 8.0}},
+                     .gain = 0.22,
+                     .sideGain = 0.15});
+    filter(sound.mid, {highPass(900.0)});
+    filter(sound.side, {highPass(900.0)});
+    return sound;
+}
+
+} // namespace recordings
