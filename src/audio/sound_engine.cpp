@@ -1,0 +1,326 @@
+#include "audio/sound_engine.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <utility>
+
+namespace percussomatic {
+
+// The same bits everywhere need every intermediate result rounded to its own type.
+static_assert(FLT_EVAL_METHOD == 0);
+
+namespace {
+
+constexpr std::size_t kBusFrames = 512;
+constexpr float kPcmScale = 32767.0f;
+constexpr float kMaxPreDelayMs = 200.0f;
+
+struct EffectPreset {
+    float effectReturn;
+    float roomSize;
+    float damping;
+    float width;
+    float preDelayMs;
+};
+
+constexpr std::array<EffectPreset, 6> kEffectPresets{{
+    {0.20f, 0.42f, 0.58f, 0.92f, 5.0f},  // drum room
+    {0.24f, 0.62f, 0.48f, 1.00f, 10.0f}, // warm room
+    {0.16f, 0.28f, 0.66f, 0.78f, 2.0f},  // 2 and 3 have no button
+    {0.30f, 0.82f, 0.38f, 1.00f, 18.0f},
+    {0.34f, 0.92f, 0.42f, 1.00f, 26.0f}, // concert hall
+    {0.38f, 0.97f, 0.58f, 0.88f, 32.0f}, // stadium
+}};
+
+// Unlike std::clamp, never lets a NaN through.
+float clampFromZero(float value, float highest) noexcept {
+    return value > 0.0f ? std::min(value, highest) : 0.0f;
+}
+
+float clampUnit(float value) noexcept {
+    return clampFromZero(value, 1.0f);
+}
+
+// The scale is symmetric: -32768 is never written. A NaN, which only an infinite
+// gain can make, is silence.
+std::int16_t toPcm(float value) noexcept {
+    if (std::isnan(value)) {
+        return 0;
+    }
+    return static_cast<std::int16_t>(std::clamp(value, -1.0f, 1.0f) * kPcmScale);
+}
+
+SoundEngine theEngine;
+
+} // namespace
+
+// One stretch of the mix before conversion.
+struct SoundEngine::MixBus {
+    std::array<float, kBusFrames> left{};
+    std::array<float, kBusFrames> right{};
+    std::array<float, kBusFrames> sendLeft{};
+    std::array<float, kBusFrames> sendRight{};
+};
+
+void SoundEngine::trigger(std::int32_t sampleIndex, float gain) {
+    if (outputMuted.load() != 0) {
+        return;
+    }
+    const std::lock_guard lock(mutex);
+    if (sampleIndex < 0 || static_cast<std::size_t>(sampleIndex) >= samples.size()) {
+        return;
+    }
+    auto* const idle = std::find_if(voices.begin(), voices.end(),
+                                    [](const Voice& voice) { return !voice.active; });
+    Voice& voice = idle != voices.end() ? *idle : voices[0];
+    voice = Voice{.sampleIndex = sampleIndex, .gain = gain > 0.0f ? gain : 0.0f, .active = true};
+}
+
+void SoundEngine::setMasterVolume(float gain) {
+    const std::lock_guard lock(mutex);
+    masterVolume = clampUnit(gain);
+}
+
+void SoundEngine::setSend(std::uint32_t sampleIndex, float amount) {
+    const std::lock_guard lock(mutex);
+    if (sampleIndex < kSendCount) {
+        sends[sampleIndex] = clampUnit(amount);
+    }
+}
+
+float SoundEngine::getSend(std::uint32_t sampleIndex) const {
+    const std::lock_guard lock(mutex);
+    return sampleIndex < kSendCount ? sends[sampleIndex] : 0.0f;
+}
+
+void SoundEngine::setEffectEnabled(bool enabled) {
+    const std::lock_guard lock(mutex);
+    effectEnabled = enabled;
+    if (!enabled) {
+        reverb.reset();
+    }
+}
+
+bool SoundEngine::isEffectEnabled() const {
+    const std::lock_guard lock(mutex);
+    return effectEnabled;
+}
+
+void SoundEngine::setEffectPreset(std::int32_t preset) {
+    const std::int32_t index = std::clamp(preset, 0, 5);
+    const EffectPreset& values = kEffectPresets[static_cast<std::size_t>(index)];
+    const std::lock_guard lock(mutex);
+    effectReturn = values.effectReturn;
+    effectRoomSize = values.roomSize;
+    effectDamping = values.damping;
+    effectWidth = values.width;
+    effectPreDelayMs = values.preDelayMs;
+    reverb.presetIndex = index;
+    reverb.roomSize = values.roomSize;
+    reverb.damping = values.damping;
+    reverb.width = values.width;
+    reverb.preDelayMs = values.preDelayMs;
+    reverb.wet = 1.0f;
+    reverb.extra = {clampUnit(effectExtra1), clampUnit(effectExtra2), clampUnit(effectExtra3)};
+    reverb.updateCoefficients();
+}
+
+void SoundEngine::setEffectReturn(float level) {
+    const std::lock_guard lock(mutex);
+    effectReturn = clampUnit(level);
+}
+
+void SoundEngine::setEffectRoomSize(float amount) {
+    const std::lock_guard lock(mutex);
+    effectRoomSize = clampUnit(amount);
+    reverb.roomSize = effectRoomSize;
+    reverb.updateCoefficients();
+}
+
+void SoundEngine::setEffectDamping(float amount) {
+    const std::lock_guard lock(mutex);
+    effectDamping = clampUnit(amount);
+    reverb.damping = effectDamping;
+    reverb.updateCoefficients();
+}
+
+void SoundEngine::setEffectWidth(float amount) {
+    const std::lock_guard lock(mutex);
+    effectWidth = clampUnit(amount);
+    reverb.width = effectWidth;
+    reverb.updateCoefficients();
+}
+
+void SoundEngine::setEffectPreDelayMs(float delayMs) {
+    const std::lock_guard lock(mutex);
+    effectPreDelayMs = clampFromZero(delayMs, kMaxPreDelayMs);
+    reverb.preDelayMs = effectPreDelayMs;
+}
+
+float SoundEngine::getEffectReturn() const {
+    const std::lock_guard lock(mutex);
+    return effectReturn;
+}
+
+float SoundEngine::getEffectRoomSize() const {
+    const std::lock_guard lock(mutex);
+    return effectRoomSize;
+}
+
+float SoundEngine::getEffectDamping() const {
+    const std::lock_guard lock(mutex);
+    return effectDamping;
+}
+
+float SoundEngine::getEffectWidth() const {
+    const std::lock_guard lock(mutex);
+    return effectWidth;
+}
+
+float SoundEngine::getEffectPreDelayMs() const {
+    const std::lock_guard lock(mutex);
+    return effectPreDelayMs;
+}
+
+void SoundEngine::setAutoStop(bool enabled, float threshold, std::uint32_t holdMs,
+                              std::uint32_t minMs) {
+    const std::lock_guard lock(mutex);
+    autoStopEnabled = enabled;
+    silenceThreshold = threshold;
+    silenceHoldMs = holdMs;
+    minPlayMs = minMs;
+}
+
+std::int32_t SoundEngine::loadSample(const void* bytes, std::size_t size) {
+    if (bytes == nullptr) {
+        return -1;
+    }
+    // Decoding takes long and runs unlocked: the device may be playing already.
+    std::optional<Sample> sample = parseWave({static_cast<const std::byte*>(bytes), size});
+    if (!sample) {
+        return -1;
+    }
+    const std::lock_guard lock(mutex);
+    samples.push_back(std::move(*sample));
+    return static_cast<std::int32_t>(samples.size() - 1);
+}
+
+void SoundEngine::prepareForDevice() {
+    const std::lock_guard lock(mutex);
+    sampleRate = kDeviceRateHz;
+    framesPerBuffer = kDeviceBufferFrames;
+    reverb.prepare(kDeviceRateHz);
+    reverb.setWet(1.0f);
+}
+
+void SoundEngine::deactivateAllVoices() {
+    const std::lock_guard lock(mutex);
+    for (Voice& voice : voices) {
+        voice.active = false;
+    }
+}
+
+void SoundEngine::renderBlock(std::int16_t* out, std::uint32_t frames) noexcept {
+    const std::lock_guard lock(mutex);
+    if (stopAllVoicesRequest.exchange(0) != 0) {
+        stopAllVoicesLocked();
+    }
+    if (outputMuted.load() != 0) {
+        std::fill_n(out, std::size_t{frames} * 2, std::int16_t{0});
+        return;
+    }
+    mixBlockLocked(out, frames);
+}
+
+void SoundEngine::stopAllVoicesLocked() noexcept {
+    for (Voice& voice : voices) {
+        voice.active = false;
+        voice.sampleIndex = -1;
+        voice.position = 0.0;
+        voice.gain = 0.0f;
+    }
+}
+
+// Mixes voice by voice into a bus rather than frame by frame: each frame still adds
+// its voices in slot order, so the sums round the same.
+void SoundEngine::mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept {
+    while (frames > 0) {
+        const std::uint32_t stretch = std::min<std::uint32_t>(frames, kBusFrames);
+        MixBus bus;
+        for (Voice& voice : voices) {
+            if (voice.active && voice.sampleIndex >= 0) {
+                mixVoiceLocked(voice, bus, stretch);
+            }
+        }
+        for (std::size_t frame = 0; frame < stretch; ++frame) {
+            float left = bus.left[frame];
+            float right = bus.right[frame];
+            if (effectEnabled) {
+                // Also when no voice plays, so that the tail rings out.
+                const auto tail = reverb.process(bus.sendLeft[frame], bus.sendRight[frame]);
+                left += effectReturn * tail.left;
+                right += effectReturn * tail.right;
+            }
+            *out++ = toPcm(left * masterVolume);
+            *out++ = toPcm(right * masterVolume);
+        }
+        frames -= stretch;
+    }
+}
+
+void SoundEngine::mixVoiceLocked(Voice& voice, MixBus& bus, std::size_t frames) const noexcept {
+    const auto sampleIndex = static_cast<std::size_t>(voice.sampleIndex);
+    const Sample& sample = samples[sampleIndex];
+    const float* const leftPlane = sample.left.data();
+    const float* const rightPlane = sample.right.data();
+    // Signed, because processors convert doubles to and from signed integers faster.
+    const auto length = static_cast<std::int64_t>(sample.left.size());
+    const double increment =
+        static_cast<double>(sample.sampleRate) / static_cast<double>(sampleRate);
+    const bool sending = effectEnabled && sampleIndex < kSendCount;
+    const float sendGain = sending ? sends[sampleIndex] * voice.gain : 0.0f;
+    const std::uint64_t minFrames = framesOfMsLocked(minPlayMs);
+    const std::uint64_t holdFrames = framesOfMsLocked(silenceHoldMs);
+
+    Voice playing = voice; // a local copy stays in registers
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        const auto i = static_cast<std::int64_t>(playing.position);
+        if (i >= length) {
+            playing.active = false;
+            break;
+        }
+        const auto fraction = static_cast<float>(playing.position - static_cast<double>(i));
+        const std::int64_t next = std::min(length - 1, i + 1);
+        const float left = leftPlane[i] + (leftPlane[next] - leftPlane[i]) * fraction;
+        const float right = rightPlane[i] + (rightPlane[next] - rightPlane[i]) * fraction;
+        bus.left[frame] += playing.gain * left;
+        bus.right[frame] += playing.gain * right;
+        if (sending) {
+            bus.sendLeft[frame] += sendGain * left;
+            bus.sendRight[frame] += sendGain * right;
+        }
+        if (autoStopEnabled) {
+            const bool silent = std::max(std::fabs(left), std::fabs(right)) <= silenceThreshold;
+            playing.silentFrames = silent ? playing.silentFrames + 1 : 0;
+            ++playing.playedFrames;
+            if (playing.playedFrames >= minFrames && playing.silentFrames >= holdFrames) {
+                playing.active = false;
+                break;
+            }
+        }
+        playing.position += increment;
+    }
+    voice = playing;
+}
+
+// At least one frame, so that a time of 0 ms still needs a frame to be heard.
+std::uint64_t SoundEngine::framesOfMsLocked(std::uint32_t ms) const noexcept {
+    return std::max<std::uint64_t>(std::uint64_t{sampleRate} * ms / 1000, 1);
+}
+
+SoundEngine& soundEngine() noexcept {
+    return theEngine;
+}
+
+} // namespace percussomatic

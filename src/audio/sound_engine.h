@@ -1,0 +1,119 @@
+#pragma once
+
+#include "audio/plate_reverb.h"
+#include "audio/sample_bank.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+
+namespace percussomatic {
+
+constexpr std::uint32_t kDeviceRateHz = 48000;
+constexpr std::uint32_t kDeviceBufferFrames = 512; // 10.7 ms
+constexpr std::size_t kVoiceCount = 64;
+constexpr std::uint32_t kSendCount = 32; // the twelve instruments use 0..11
+
+struct Voice {
+    std::int32_t sampleIndex = -1; // into the bank, -1 for none
+    double position = 0.0;         // source frames
+    float gain = 1.0f;
+    bool active = false;
+    std::uint32_t silentFrames = 0; // in a row; counted while auto-stop is on
+    std::uint32_t playedFrames = 0; // since the trigger; counted while auto-stop is on
+};
+
+// The drum machine's sound: recordings, a pool of 64 voices, sends into one plate
+// reverb, and the mix to 16-bit stereo. Setters clamp (NaN counts as the lowest
+// value) and never fail; indices out of range are ignored.
+//
+// The mix is single precision in a fixed order; only a voice's position is double.
+// Whatever is done for speed must leave every output bit as it is.
+//
+// Threads: any. Every operation takes the one mutex, once, for its whole body; none
+// calls another while it holds it. renderBlock() holds it while it mixes a block, so
+// that is the longest a trigger waits.
+struct SoundEngine {
+    // Starts a recording in the first idle voice. When all are busy voice 0 is taken,
+    // whatever it plays. Gain is linear with no upper limit; negative or NaN counts as
+    // 0. Ignored, without locking, while the output is muted.
+    void trigger(std::int32_t sampleIndex, float gain);
+
+    void setMasterVolume(float gain); // 0..1, linear
+
+    void setSend(std::uint32_t sampleIndex, float amount); // 0..1
+    float getSend(std::uint32_t sampleIndex) const;        // 0 beyond the last
+
+    void setEffectEnabled(bool enabled); // off also clears the tail
+    bool isEffectEnabled() const;
+    void setEffectPreset(std::int32_t preset); // 0..5; a running tail carries over
+    void setEffectReturn(float level);         // 0..1
+    void setEffectRoomSize(float amount);      // 0..1
+    void setEffectDamping(float amount);       // 0..1
+    void setEffectWidth(float amount);         // 0..1
+    void setEffectPreDelayMs(float delayMs);   // 0..200
+    float getEffectReturn() const;
+    float getEffectRoomSize() const;
+    float getEffectDamping() const;
+    float getEffectWidth() const;
+    float getEffectPreDelayMs() const;
+
+    // A voice that has played for minMs ends once its recording, before the gain, has
+    // stayed at or below the threshold for holdMs.
+    void setAutoStop(bool enabled, float threshold, std::uint32_t holdMs, std::uint32_t minMs);
+
+    // Decodes a WAVE file and appends it to the bank. Its index, or -1 when the file is
+    // null or rejected; that takes no index. Running out of memory is thrown.
+    std::int32_t loadSample(const void* bytes, std::size_t size);
+
+    // Fills out with so many interleaved stereo frames. Allocates nothing.
+    void renderBlock(std::int16_t* out, std::uint32_t frames) noexcept;
+
+    void prepareForDevice();    // device rate and block, reverb sized and cleared
+    void deactivateAllVoices(); // when the device has closed
+
+    mutable std::mutex mutex;
+
+    // All guarded by mutex, but for the two atomics.
+    std::uint32_t sampleRate = kDeviceRateHz; // Hz
+    std::uint32_t framesPerBuffer = kDeviceBufferFrames;
+    SampleBank samples;
+    std::array<Voice, kVoiceCount> voices;
+    float masterVolume = 1.0f;
+
+    // Set by the GUI thread when the power is switched. Muted, a render is silent and
+    // the tail stands still; a stop request is consumed by the next render.
+    std::atomic<std::uint8_t> outputMuted = 0;
+    std::atomic<std::uint8_t> stopAllVoicesRequest = 0;
+
+    bool autoStopEnabled = true;
+    float silenceThreshold = 1.0e-5f; // linear, inclusive
+    std::uint32_t silenceHoldMs = 100;
+    std::uint32_t minPlayMs = 50;
+
+    lumivarda::dsp::Plate70Reverb reverb;
+    std::array<float, kSendCount> sends{};
+    bool effectEnabled = false;
+    float effectReturn = 0.24f;
+    float effectRoomSize = 0.48f;
+    float effectDamping = 0.58f;
+    float effectWidth = 0.92f;
+    float effectPreDelayMs = 8.0f;
+    float effectExtra1 = 0.28f; // handed to the reverb with a preset, unheard
+    float effectExtra2 = 0.24f;
+    float effectExtra3 = 0.72f;
+
+private:
+    struct MixBus;
+    void mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept;
+    void mixVoiceLocked(Voice& voice, MixBus& bus, std::size_t frames) const noexcept;
+    void stopAllVoicesLocked() noexcept;
+    std::uint64_t framesOfMsLocked(std::uint32_t ms) const noexcept;
+};
+
+// The instrument's one engine, built before main. Tests make their own.
+SoundEngine& soundEngine() noexcept;
+
+} // namespace percussomatic
