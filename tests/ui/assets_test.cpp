@@ -1,0 +1,52 @@
+#include "ui/assets.h"
+
+#include "ui/control_layout.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace percussomatic {
+namespace {
+
+std::string upperCased(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    return text;
+}
+
+TEST(Assets, TableIsSortedByUpperCasedNameAndEveryRowIsFound) {
+    EXPECT_EQ(assetTable().size(), 29u);
+    std::string last;
+    for (const AssetRow& row : assetTable()) {
+        SCOPED_TRACE(row.name);
+        EXPECT_LT(last, upperCased(row.name));
+        last = upperCased(row.name);
+        EXPECT_GT(row.end, row.begin);
+        EXPECT_EQ(findAsset(row.name).bytes, row.begin);
+        EXPECT_EQ(findAsset(row.name).span().end().base(), row.end);
+    }
+}
+
+TEST(Assets, LookUpsAreExact) {
+    for (const char* name :
+         {"BIN_onPNG.png", "BIN_OnPNG.PNG", "appicon.ico", "BIN_on.PNG", "pannello_sotto.PNG",
+          "pannello_frontale.PNG", "mobile.PN", "mobile.PNG ", ""}) {
+        EXPECT_EQ(findAsset(name).bytes, nullptr) << name;
+        EXPECT_EQ(findAsset(name).size, 0u) << name;
+    }
+}
+
+TEST(Assets, EveryPictureThatAControlNamesExists) {
+    for (const ControlRow& row : controlRows()) {
+        EXPECT_NE(findAsset(row.image).bytes, nullptr) << row.name << ": " << row.image;
+        if (!row.imageOn.empty()) {
+            EXPECT_NE(findAsset(row.imageOn).bytes, nullptr) << row.name << ": " << row.imageOn;
+        }
+    }
+}
+
+} // namespace
+} // namespace percussomatic
