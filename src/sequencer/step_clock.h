@@ -1,0 +1,47 @@
+#pragma once
+
+#include "sequencer/system.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+
+namespace percussomatic {
+
+// Step clock: keeps time and decides nothing. One thread waits for step deadlines on an absolute
+// grid and posts a tick to the panel's window; what a step plays is the GUI thread's business. A
+// late wake-up therefore never shifts later steps.
+struct StepClock {
+    std::mutex mutex;
+    std::condition_variable wake;
+    WindowHandle window = nullptr; // guarded by mutex
+    double clockBpm = 120.0;       // guarded by mutex
+    bool clockRunning = false;     // guarded by mutex
+    bool quit = false;             // guarded by mutex
+    std::uint32_t stops =
+        0;              // guarded by mutex; a stop and a start between two wakes begin a new grid
+    std::thread thread; // GUI thread only
+};
+
+StepClock& stepClock() noexcept;
+
+// Nanoseconds from one sixteenth to the next: 125e6 at 120 BPM. Below 1 BPM as at 1.
+double stepIntervalNs(double tempoBpm) noexcept;
+
+// From where the next interval is counted: the deadline itself, however late the tick was posted,
+// or `now` after more than one whole interval, which drops the lost steps instead of playing a
+// burst.
+std::int64_t nextGridBaseNs(std::int64_t now, std::int64_t deadline, double intervalNs) noexcept;
+
+// A wait for that many nanoseconds, rounded up to milliseconds and at most a day.
+std::int64_t waitMilliseconds(std::int64_t remainingNs) noexcept;
+
+// All on the GUI thread.
+void setClockWindow(WindowHandle window); // where ticks are posted
+void runClock(double tempoBpm);           // starts ticking one interval from now; goes on if it is
+void setClockTempo(double tempoBpm);      // counts from the next interval on
+void clockStop();                         // the thread stays and waits
+void clockShutdown();                     // ends and joins the thread
+
+} // namespace percussomatic

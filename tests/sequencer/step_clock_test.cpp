@@ -1,0 +1,236 @@
+#include "sequencer/step_clock.h"
+
+#include "support/recorded_system.h"
+#include "support/virtual_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace percussomatic {
+namespace {
+
+using Ns = std::vector<std::int64_t>;
+
+constexpr std::int64_t kStep = 125 * kNsPerMs; // at 120 BPM
+
+TEST(StepClockArithmetic, IntervalIsASixteenthNote) {
+    const struct {
+        double bpm, ns;
+    } cases[] = {
+        {40.0, 375e6},   {120.0, 125e6},
+        {240.0, 62.5e6}, {1.0, 15e9},
+        {0.99, 15e9},    {0.0, 15e9},
+        {-60.0, 15e9},   {std::numeric_limits<double>::quiet_NaN(), 15e9},
+    };
+    for (const auto& [bpm, ns] : cases) {
+        EXPECT_DOUBLE_EQ(stepIntervalNs(bpm), ns) << bpm;
+    }
+}
+
+TEST(StepClockArithmetic, GridStartsAnewOnlyAfterMoreThanOneInterval) {
+    constexpr std::int64_t kDeadline = 1'000'000'000'000;
+    const struct {
+        std::int64_t late;
+        double intervalNs;
+        bool anew;
+    } cases[] = {
+        {0, 125e6, false},
+        {124'999'999, 125e6, false},
+        {125'000'000, 125e6, false},
+        {125'000'001, 125e6, true},
+        {62'500'000, 62.5e6, false},
+        {7, 7.25, false},
+        {8, 7.25, true},
+        {-5, 125e6, false},
+    };
+    for (const auto& [late, intervalNs, anew] : cases) {
+        EXPECT_EQ(nextGridBaseNs(kDeadline + late, kDeadline, intervalNs),
+                  anew ? kDeadline + late : kDeadline)
+            << late;
+    }
+}
+
+TEST(StepClockArithmetic, WaitsAreRoundedUpAndNoLongerThanADay) {
+    constexpr std::int64_t kDayNs = 86'400'000 * kNsPerMs;
+    const struct {
+        std::int64_t ns, ms;
+    } cases[] = {
+        {1, 1},
+        {kNsPerMs, 1},
+        {kNsPerMs + 1, 2},
+        {62'500'000, 63},
+        {kDayNs, 86'400'000},
+        {kDayNs + 1, 86'400'000},
+        {std::numeric_limits<std::int64_t>::max(), 86'400'000},
+    };
+    for (const auto& [ns, ms] : cases) {
+        EXPECT_EQ(waitMilliseconds(ns), ms) << ns;
+    }
+}
+
+class StepClockTest : public testing::Test {
+protected:
+    static Ns takeTicks() {
+        Ns ticks;
+        for (const PostedTick& tick : takePostedTicks()) {
+            ticks.push_back(tick.atNs);
+        }
+        return ticks;
+    }
+
+    static Ns inMs(Ns ms) {
+        for (std::int64_t& each : ms) {
+            each *= kNsPerMs;
+        }
+        return ms;
+    }
+};
+
+TEST_F(StepClockTest, LatenessNeverShiftsTheGridUntilAWholeStepIsLost) {
+    const struct {
+        const char* what;
+        Ns lateMs;    // per wait
+        Ns postingMs; // per post
+        Ns tickMs;
+    } cases[] = {
+        {"on time", {}, {}, {125, 250, 375, 500}},
+        {"late now and then", {40, 0, 100}, {}, {165, 250, 475, 500}},
+        {"always late", {90, 90, 90, 90}, {}, {215, 340, 465, 590}},
+        {"woken early and for nothing", {-50, -1, -125, 0}, {}, {125, 250, 375, 500}},
+        {"one whole step late: it follows at once", {125}, {}, {250, 250, 375, 500}},
+        {"more: lost steps stay lost", {126}, {}, {251, 376, 501}},
+        {"far more", {0, 1000}, {}, {125, 1250, 1375}},
+        {"slow posts count as lateness", {}, {100, 130}, {125, 250, 505, 630}},
+    };
+    for (const auto& [what, lateMs, postingMs, tickMs] : cases) {
+        SCOPED_TRACE(what);
+        const FreshInstrument instrument;
+        scriptLateness(inMs(lateMs));
+        scriptPosting(inMs(postingMs));
+        runClock(120.0);
+        passTimeTo(tickMs.back() * kNsPerMs);
+        EXPECT_EQ(takeTicks(), inMs(tickMs));
+    }
+}
+
+TEST_F(StepClockTest, ThousandUnevenStepsEndOnTheGrid) {
+    constexpr int kSteps = 1000;
+    for (const double bpm : {40.0, 97.3, 130.0, 240.0}) {
+        SCOPED_TRACE(bpm);
+        const FreshInstrument instrument;
+        Ns lateness;
+        for (int step = 0; step < kSteps; ++step) {
+            lateness.push_back(step * 7919 % 21 * kNsPerMs); // up to 20 ms
+        }
+        scriptLateness(lateness);
+        const double intervalNs = 15e9 / bpm;
+        runClock(bpm);
+        passTimeTo(std::llround(intervalNs * (kSteps + 0.5)));
+        const Ns ticks = takeTicks();
+        ASSERT_EQ(ticks.size(), std::size_t{kSteps});
+        for (std::size_t step = 0; step < ticks.size(); ++step) {
+            // A grid of whole nanoseconds loses less than one of them at every step.
+            const double ideal = intervalNs * static_cast<double>(step + 1);
+            const double late = static_cast<double>(ticks[step]) - ideal;
+            ASSERT_GE(late, -static_cast<double>(step + 1)) << step;
+            ASSERT_LT(late, 21e6) << step; // rounded up to whole milliseconds
+        }
+    }
+}
+
+TEST_F(StepClockTest, StartWhileTickingKeepsTheGridAndStopBeginsANewOne) {
+    const FreshInstrument instrument;
+    runClock(120.0);
+    passTimeTo(100 * kNsPerMs);
+    runClock(120.0); // goes on
+    passTimeTo(225 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), inMs({125}));
+
+    clockStop(); // and on again before the thread has woken
+    runClock(120.0);
+    passTimeTo(340 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), Ns{});
+    passTimeTo(360 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), inMs({350}));
+
+    clockStop();
+    passTimeTo(10'000 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), Ns{});
+    runClock(240.0);
+    passTimeTo(10'130 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), inMs({10'063, 10'125}));
+
+    for (int restart = 0; restart < 100; ++restart) {
+        clockStop();
+        runClock(120.0);
+    }
+    passTimeTo(10'255 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), inMs({10'255}));
+    EXPECT_EQ(clockThreads(), (ClockThreads{1, 0}));
+}
+
+TEST_F(StepClockTest, TempoChangeTakesEffectFromTheNextInterval) {
+    const FreshInstrument instrument;
+    runClock(120.0);
+    passTimeTo(kStep - 1);
+    setClockTempo(40.0);
+    passTimeTo(kStep + 10 * kNsPerMs);
+    setClockTempo(240.0); // 500 ms stands; then every 62.5
+    passTimeTo(630 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), inMs({125, 500, 563, 625}));
+}
+
+TEST_F(StepClockTest, TicksGoToTheWindowOfTheMoment) {
+    const FreshInstrument instrument;
+    int first = 0, second = 0;
+    setClockWindow(&first);
+    runClock(120.0);
+    passTimeTo(kStep);
+    setClockWindow(&second);
+    passTimeTo(2 * kStep);
+    setClockWindow(nullptr);
+    passTimeTo(3 * kStep);
+    EXPECT_EQ(takePostedTicks(), (std::vector<PostedTick>{
+                                     {&first, kStep}, {&second, 2 * kStep}, {nullptr, 3 * kStep}}));
+}
+
+TEST_F(StepClockTest, ShutdownEndsTheThreadWhateverItDoes) {
+    const struct {
+        const char* what;
+        void (*before)();
+        ClockThreads threads;
+    } cases[] = {
+        {"never started", [] {}, {0, 0}},
+        {"started this moment", [] { runClock(120.0); }, {1, 1}},
+        {"waiting for a step",
+         [] {
+             runClock(1.0);
+             passTimeTo(kStep);
+         },
+         {1, 1}},
+        {"stopped",
+         [] {
+             runClock(120.0);
+             passTimeTo(kStep);
+             clockStop();
+         },
+         {1, 1}},
+    };
+    for (const auto& [what, before, threads] : cases) {
+        SCOPED_TRACE(what);
+        const FreshInstrument instrument;
+        before();
+        clockShutdown();
+        takePostedTicks();
+        passTimeTo(1000 * kStep);
+        EXPECT_EQ(takePostedTicks(), std::vector<PostedTick>{});
+        EXPECT_EQ(clockThreads(), threads);
+        clockShutdown(); // once more is no harm
+    }
+}
+
+} // namespace
+} // namespace percussomatic

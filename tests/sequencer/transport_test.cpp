@@ -1,0 +1,120 @@
+#include "sequencer/transport.h"
+
+#include "sequencer/panel_state.h"
+#include "sequencer/sequencer.h"
+#include "support/recorded_screen.h"
+#include "support/recorded_system.h"
+#include "support/virtual_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace percussomatic {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class Transport : public testing::Test {
+protected:
+    static std::vector<std::int64_t> takeTickMs() {
+        std::vector<std::int64_t> ms;
+        for (const PostedTick& tick : takePostedTicks()) {
+            EXPECT_EQ(tick.window, recordedSystem().window);
+            ms.push_back(tick.atNs / kNsPerMs);
+        }
+        return ms;
+    }
+
+    FreshInstrument instrument_;
+};
+
+TEST_F(Transport, ClockTicksWhileTheSequencerRunsAndLeadsItself) {
+    const struct {
+        bool running, externalSync;
+        std::size_t ticks; // in a second at 120 BPM
+    } cases[] = {{true, false, 8}, {false, false, 0}, {true, false, 8},
+                 {true, true, 0},  {false, true, 0},  {true, false, 8}};
+    std::int64_t now = 0;
+    for (const auto& [running, externalSync, ticks] : cases) {
+        sequencer().running = running;
+        sequencer().externalSync = externalSync;
+        clockStart(mainWindow());
+        passTimeTo(now += 1000 * kNsPerMs);
+        EXPECT_EQ(takeTickMs().size(), ticks) << running << externalSync;
+    }
+    EXPECT_EQ(clockThreads(), (ClockThreads{1, 0}));
+}
+
+TEST_F(Transport, StartSwitchStartsTheClockAndStopsIt) {
+    setTempoBpm(240.0);
+    toggleRunning();
+    passTimeTo(125 * kNsPerMs);
+    EXPECT_EQ(takeTickMs(), (std::vector<std::int64_t>{63, 125}));
+    toggleRunning();
+    passTimeTo(1000 * kNsPerMs);
+    EXPECT_EQ(takeTickMs(), (std::vector<std::int64_t>{}));
+    recordedSystem().window = nullptr; // destroyed: the clock goes on posting to none
+    toggleRunning();
+    passTimeTo(1125 * kNsPerMs);
+    EXPECT_EQ(takeTickMs(), (std::vector<std::int64_t>{1063, 1125}));
+}
+
+TEST_F(Transport, TempoChangesCountFromTheNextStepOn) {
+    toggleRunning(); // 120 BPM
+    passTimeTo(100 * kNsPerMs);
+    setTempoFromRotary(1.0);
+    passTimeTo(260 * kNsPerMs);
+    setTempoBpm(60.0);
+    passTimeTo(700 * kNsPerMs);
+    EXPECT_EQ(takeTickMs(), (std::vector<std::int64_t>{125, 188, 250, 313, 563}));
+}
+
+TEST_F(Transport, TypedTempoIsClampedTurnsTheRotaryAndEndsItsDrag) {
+    const struct {
+        double typed, bpm, value;
+    } cases[] = {{140.0, 140.0, 0.5}, {39.9, 40.0, 0.0}, {-5.0, 40.0, 0.0},
+                 {240.0, 240.0, 1.0}, {1e9, 240.0, 1.0}, {120.0, 120.0, 0.4}};
+    for (const auto& [typed, bpm, value] : cases) {
+        SCOPED_TRACE(typed);
+        panelState().tempo = {.value = 0.7, .dragStartValue = 0.6, .dragging = true};
+        takeRedraws();
+        setTempoBpm(typed);
+        EXPECT_EQ(sequencer().bpm, bpm);
+        EXPECT_DOUBLE_EQ(panelState().tempo.value, value);
+        EXPECT_DOUBLE_EQ(panelState().tempo.dragStartValue, value);
+        EXPECT_FALSE(panelState().tempo.dragging);
+        EXPECT_EQ(takeRedraws(), (Names{"tempo box", "rotary_002 now"}));
+        EXPECT_EQ(staleControls(), Names{});
+    }
+}
+
+TEST_F(Transport, SyncStatusTellsWhoLeads) {
+    const struct {
+        bool externalSync, seen;
+        double bpm, midiBpm;
+        const wchar_t* text;
+    } cases[] = {
+        {false, false, 120.0, 0.0, L"SYNC: INTERNAL BPM: 120.00"},
+        {false, true, 98.765, 133.0, L"SYNC: INTERNAL BPM: 98.77"},
+        {true, true, 120.0, 133.337, L"SYNC: MIDI CLOCK BPM: 133.34"},
+        {true, true, 120.0, 0.0, L"SYNC: MIDI CLOCK Waiting for clock..."},
+        {true, false, 120.0, 133.0, L"SYNC: MIDI CLOCK Waiting for clock..."},
+    };
+    for (const auto& [externalSync, seen, bpm, midiBpm, text] : cases) {
+        sequencer().externalSync = externalSync;
+        sequencer().midiClockSeen = seen;
+        sequencer().bpm = bpm;
+        sequencer().midiBpm = midiBpm;
+        updateSyncStatus();
+        EXPECT_EQ(recordedSystem().syncStatus, text);
+        EXPECT_EQ(recordedSystem().externalSyncShown, externalSync);
+    }
+    sequencer().externalSync = false;
+    setTempoFromRotary(0.5);
+    EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: INTERNAL BPM: 140.00");
+}
+
+} // namespace
+} // namespace percussomatic

@@ -1,0 +1,85 @@
+#include "support/recorded_system.h"
+
+#include "audio/sound_engine.h"
+#include "sequencer/panel_state.h"
+#include "sequencer/sequencer.h"
+#include "sequencer/step_clock.h"
+#include "support/recorded_screen.h"
+#include "support/virtual_clock.h"
+#include "support/wave_builder.h"
+#include "ui/control_layout.h"
+
+#include <array>
+
+namespace percussomatic {
+
+namespace {
+
+// Loaded once: the engine only ever appends.
+const std::array<std::int32_t, 2 * kLineCount>& tinyRecordings() {
+    static const auto indices = [] {
+        const Bytes file = WaveBuilder().format({}).values16({1}).bytes();
+        std::array<std::int32_t, 2 * kLineCount> loaded{};
+        for (std::int32_t& index : loaded) {
+            index = soundEngine().loadSample(file.data(), file.size());
+        }
+        return loaded;
+    }();
+    return indices;
+}
+
+} // namespace
+
+RecordedSystem& recordedSystem() {
+    static RecordedSystem system;
+    return system;
+}
+
+WindowHandle mainWindow() noexcept {
+    return recordedSystem().window;
+}
+
+void startTimer(WindowTimer timer, unsigned periodMs) {
+    recordedSystem().timers[timer] = periodMs;
+}
+
+void stopTimer(WindowTimer timer) {
+    recordedSystem().timers.erase(timer);
+}
+
+std::uint32_t tickCountMs() noexcept {
+    return recordedSystem().tickCountMs;
+}
+
+void showSyncStatus(bool externalSync, const std::wstring& text) {
+    recordedSystem().externalSyncShown = externalSync;
+    recordedSystem().syncStatus = text;
+}
+
+FreshInstrument::FreshInstrument() {
+    resetVirtualClock();
+    resetControlState();
+    resetPanelState();
+    resetSequencer();
+    sequencer().sampleIndices = tinyRecordings();
+
+    SoundEngine& engine = soundEngine();
+    engine.outputMuted = 0;
+    engine.stopAllVoicesRequest = 0;
+    engine.deactivateAllVoices();
+    engine.setMasterVolume(1.0f);
+
+    RecordedSystem& system = recordedSystem();
+    system.window = &system;
+    system.timers.clear();
+    system.tickCountMs = 0;
+    system.syncStatus.clear();
+    system.externalSyncShown = false;
+    resetRecordedScreen();
+}
+
+FreshInstrument::~FreshInstrument() {
+    clockShutdown();
+}
+
+} // namespace percussomatic
