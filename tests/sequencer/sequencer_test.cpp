@@ -114,7 +114,7 @@ TEST_F(SequencerTest, StepPlaysItsLinesInOrderABeforeBAndLeavesSilentOnesOut) {
         openLine(line, 650 - 130 * static_cast<std::uint32_t>(line)); // the last at 0
     }
     controlState().toggleBits[static_cast<std::size_t>(findControl("sw_026"))] = 0;
-    setSteps({{0, 2}, {1, 2}, {4, 2}, {5, 2}, {3, 15}});
+    setSteps({{0, 2}, {1, 2}, {4, 2}, {5, 2}, {3, 15}, {1, 0}});
     sequencer().sampleIndices[8] = -1; // could not be loaded
     const struct {
         std::uint32_t step;
@@ -132,7 +132,8 @@ TEST_F(SequencerTest, StepPlaysItsLinesInOrderABeforeBAndLeavesSilentOnesOut) {
     }
     EXPECT_EQ(lineVolume(-1), 0.0f);
     EXPECT_EQ(lineVolume(kLineCount), 0.0f);
-    EXPECT_FALSE(isSwitchOn("slider_001")); // no switch
+    controlState().toggleBits[static_cast<std::size_t>(findControl("slider_001"))] = 1;
+    EXPECT_FALSE(isSwitchOn("slider_001")) << "no switch";
 }
 
 TEST_F(SequencerTest, StartSoundsAtOnceAndTicksGoRoundTheLength) {

@@ -58,6 +58,7 @@ void showSyncStatus(bool externalSync, const std::wstring& text) {
 
 FreshInstrument::FreshInstrument() {
     resetVirtualClock();
+    setClockWindow(nullptr);
     resetControlState();
     resetPanelState();
     resetSequencer();

@@ -79,6 +79,7 @@ void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lo
         return time.due || clock.quit || !clock.clockRunning || clock.stops != time.stops;
     });
     time.waiting = false;
+    time.changed.notify_all();
 }
 
 void resetVirtualClock() {
@@ -98,7 +99,8 @@ void passTimeTo(std::int64_t ns) {
     StepClock& clock = stepClock();
     std::unique_lock lock(clock.mutex);
     const auto settled = [&] {
-        return !clock.clockRunning || (time.waiting && !time.due && time.stops == clock.stops);
+        return clock.clockRunning ? time.waiting && !time.due && time.stops == clock.stops
+                                  : !time.waiting;
     };
     for (;;) {
         if (!time.changed.wait_for(lock, kLost, settled)) {

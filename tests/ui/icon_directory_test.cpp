@@ -59,6 +59,7 @@ TEST(IconDirectory, NearestSizeWinsAndTheFirstOnTies) {
         {"0 is 256", {{64, 64, 1, 0}, {0, 0, 1, 1}}, 200, 200, 1},
         {"0 is not small", {{0, 0, 1, 0}, {64, 64, 1, 1}}, 16, 16, 1},
         {"an empty image is skipped", {{16, 16, 0, 0}, {32, 32, 1, 1}}, 16, 16, 1},
+        {"nor does it win later", {{32, 32, 1, 0}, {16, 16, 0, 1}}, 16, 16, 0},
         {"one past the end is skipped", {{16, 16, 1, kImages}, {32, 32, 1, 1}}, 16, 16, 1},
         {"one too long is skipped", {{16, 16, kTooLong, 0}, {32, 32, 1, 1}}, 16, 16, 1},
         {"one as long as the file is not", {{16, 16, kImages, 0}, {32, 32, 1, 1}}, 16, 16, 0},

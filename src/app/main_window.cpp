@@ -1,0 +1,194 @@
+#include "app/main_window.h"
+
+#include "audio/wave_out.h"
+#include "sequencer/front_panel.h"
+#include "sequencer/sequencer.h"
+#include "sequencer/step_clock.h"
+#include "sequencer/system.h"
+#include "ui/layout_scale.h"
+#include "ui/panel_rendering.h"
+
+#include <windowsx.h>
+
+namespace percussomatic {
+
+namespace {
+
+// A drag of any bare part of the panel moves the window, which has no caption.
+struct WindowDrag {
+    bool windowDragging = false;
+    int windowDragAnchorX = 0, windowDragAnchorY = 0; // client pixels
+};
+
+WindowDrag& windowDrag() noexcept {
+    static WindowDrag drag;
+    return drag;
+}
+
+PixelPoint pointOf(LPARAM lParam) noexcept {
+    return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+}
+
+bool shiftIsDown() noexcept {
+    return GetKeyState(VK_SHIFT) < 0;
+}
+
+void changeLayoutScale(HWND window, double delta) {
+    const double scale = steppedLayoutScale(layoutScale(), delta);
+    if (scale == layoutScale())
+        return;
+    layoutScale() = scale;
+    writeLayoutScale(kLayoutScaleFile, scale);
+
+    RECT old{};
+    GetWindowRect(window, &old);
+    const int centreX = old.left + (old.right - old.left) / 2;
+    const int centreY = old.top + (old.bottom - old.top) / 2;
+    const LayoutSize size =
+        initialWindowSize(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), scale);
+    SetWindowPos(window, nullptr, centreX - size.width / 2, centreY - size.height / 2, size.width,
+                 size.height, SWP_NOZORDER);
+}
+
+LRESULT keyDown(HWND window, WPARAM key, LPARAM lParam) {
+    if (key == VK_ESCAPE) {
+        DestroyWindow(window);
+        return 0;
+    }
+    if (GetKeyState(VK_CONTROL) < 0) {
+        if (key == VK_ADD || key == VK_OEM_PLUS) {
+            changeLayoutScale(window, kLayoutScaleStep);
+            return 0;
+        }
+        if (key == VK_SUBTRACT || key == VK_OEM_MINUS) {
+            changeLayoutScale(window, -kLayoutScaleStep);
+            return 0;
+        }
+    }
+    return DefWindowProcW(window, WM_KEYDOWN, key, lParam);
+}
+
+LRESULT timer(HWND window, WPARAM id, LPARAM lParam) {
+    if (id != static_cast<WPARAM>(WindowTimer::powerOff))
+        return DefWindowProcW(window, WM_TIMER, id, lParam);
+    stopTimer(WindowTimer::powerOff);
+    DestroyWindow(window);
+    return 0;
+}
+
+// The first that takes the press ends it.
+void buttonDown(HWND window, PixelPoint point) {
+    const double scale = windowScale(window);
+    if (beginRotaryDrag(point, scale) || beginSliderDrag(point, scale)) {
+        SetCapture(window);
+        return;
+    }
+    switch (pressControl(point, scale)) {
+    case Press::acted:
+        return;
+    case Press::held:
+        SetCapture(window);
+        return;
+    case Press::none:
+        windowDrag() = {true, point.x, point.y};
+        SetCapture(window);
+        return;
+    }
+}
+
+void mouseMove(HWND window, PixelPoint point) {
+    if (panelState().rotaryDragIndex != kNoControl) {
+        dragRotary(point.y, shiftIsDown());
+    } else if (panelState().sliderDragIndex != kNoControl) {
+        dragSlider(point.x, windowScale(window));
+    } else if (windowDrag().windowDragging) {
+        RECT place{};
+        GetWindowRect(window, &place);
+        SetWindowPos(window, nullptr, place.left - windowDrag().windowDragAnchorX + point.x,
+                     place.top - windowDrag().windowDragAnchorY + point.y, 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER);
+    }
+}
+
+void buttonUp() {
+    releaseControls();
+    if (panelState().rotaryDragIndex != kNoControl) {
+        endRotaryDrag();
+        ReleaseCapture();
+    }
+    if (panelState().sliderDragIndex != kNoControl) {
+        endSliderDrag();
+        ReleaseCapture();
+    }
+    windowDrag().windowDragging = false;
+    ReleaseCapture();
+}
+
+LRESULT mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
+    const int delta = GET_WHEEL_DELTA_WPARAM(wParam);
+    const WORD keys = GET_KEYSTATE_WPARAM(wParam);
+    if ((keys & MK_CONTROL) != 0) {
+        changeLayoutScale(window, delta > 0 ? kLayoutScaleStep : -kLayoutScaleStep);
+        return 0;
+    }
+    POINT point{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+    ScreenToClient(window, &point);
+    if (turnWheel({point.x, point.y}, windowScale(window), delta, (keys & MK_SHIFT) != 0))
+        return 0;
+    return DefWindowProcW(window, WM_MOUSEWHEEL, wParam, lParam);
+}
+
+void shutDown(HWND window) {
+    setMainWindow(nullptr);
+    clockStop();
+    KillTimer(window, static_cast<UINT_PTR>(WindowTimer::powerOff));
+    clockShutdown();
+    waveOut().stop();
+    PostQuitMessage(0);
+}
+
+} // namespace
+
+double& layoutScale() noexcept {
+    static double scale = 1.0;
+    return scale;
+}
+
+LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_PAINT:
+        paintPanel(window);
+        return 0;
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_SIZE:
+        rebuildBackgroundCache(window);
+        InvalidateRect(window, nullptr, FALSE);
+        return 0;
+    case WM_KEYDOWN:
+        return keyDown(window, wParam, lParam);
+    case WM_TIMER:
+        return timer(window, wParam, lParam);
+    case WM_LBUTTONDOWN:
+        buttonDown(window, pointOf(lParam));
+        return 0;
+    case WM_MOUSEMOVE:
+        mouseMove(window, pointOf(lParam));
+        return 0;
+    case WM_LBUTTONUP:
+        buttonUp();
+        return 0;
+    case WM_MOUSEWHEEL:
+        return mouseWheel(window, wParam, lParam);
+    case kStepTickMessage:
+        onStepTick();
+        return 0;
+    case WM_DESTROY:
+        shutDown(window);
+        return 0;
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+} // namespace percussomatic

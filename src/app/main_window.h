@@ -1,0 +1,23 @@
+#pragma once
+
+#include <windows.h>
+
+namespace percussomatic {
+
+// The panel's window: turns messages into calls on the other rooms and decides nothing itself.
+// GUI thread.
+
+inline constexpr wchar_t kMainWindowClass[] = L"LumivardaLayoutPreviewWindow";
+
+// Posted by the step clock when a step is due; no parameters.
+inline constexpr UINT kStepTickMessage = WM_APP + 0x5B;
+
+LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// The window that `mainWindow()` answers from now on; null while it is being destroyed.
+void setMainWindow(HWND window) noexcept;
+
+// The player's size of the panel, 0.25..1.0; read once at start-up.
+double& layoutScale() noexcept;
+
+} // namespace percussomatic

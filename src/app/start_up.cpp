@@ -1,0 +1,130 @@
+#include "app/start_up.h"
+
+#include "app/main_window.h"
+#include "audio/sound_engine.h"
+#include "audio/wave_out.h"
+#include "sequencer/front_panel.h"
+#include "sequencer/sequencer.h"
+#include "sequencer/step_clock.h"
+#include "sequencer/transport.h"
+#include "ui/images.h"
+#include "ui/layout_scale.h"
+#include "ui/panel_rendering.h"
+
+#include <memory>
+#include <type_traits>
+
+namespace percussomatic {
+
+namespace {
+
+class GdiplusSession {
+public:
+    GdiplusSession() {
+        const Gdiplus::GdiplusStartupInput input;
+        Gdiplus::GdiplusStartup(&token_, &input, nullptr);
+    }
+    GdiplusSession(const GdiplusSession&) = delete;
+    GdiplusSession& operator=(const GdiplusSession&) = delete;
+    ~GdiplusSession() { Gdiplus::GdiplusShutdown(token_); }
+
+private:
+    ULONG_PTR token_ = 0;
+};
+
+struct ReleaseIcon {
+    void operator()(HICON icon) const noexcept { DestroyIcon(icon); }
+};
+using Icon = std::unique_ptr<std::remove_pointer_t<HICON>, ReleaseIcon>;
+
+// The panel's pictures and background, which must be gone before GDI+ is.
+struct PanelPictures {
+    PanelPictures() = default;
+    PanelPictures(const PanelPictures&) = delete;
+    PanelPictures& operator=(const PanelPictures&) = delete;
+    ~PanelPictures() {
+        releaseBackgroundCache();
+        releasePanelImages();
+    }
+};
+
+LayoutSize windowSizeAt(double scale) {
+    return initialWindowSize(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), scale);
+}
+
+void registerWindowClass(HINSTANCE instance, HICON icon) {
+    WNDCLASSW windowClass{};
+    windowClass.style = CS_OWNDC;
+    windowClass.lpfnWndProc = mainWindowProc;
+    windowClass.hInstance = instance;
+    windowClass.hIcon = icon;
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.lpszClassName = kMainWindowClass;
+    RegisterClassW(&windowClass);
+}
+
+void startSound() {
+    constexpr float kSilence = 1.0e-5f;
+    constexpr std::uint32_t kInstruments = 12;
+    SoundEngine& engine = soundEngine();
+    waveOut().start(); // without a device the instrument runs silently
+    engine.setEffectPreset(0);
+    engine.setEffectEnabled(false);
+    for (std::uint32_t index = 0; index < kInstruments; ++index)
+        engine.setSend(index, 0.0f);
+    engine.setAutoStop(true, kSilence, 100, 50);
+    loadLineSamples();
+    applyRotary(findControl("rotary_001"));
+}
+
+HWND createWindow(HINSTANCE instance) {
+    const LayoutSize size = windowSizeAt(layoutScale());
+    return CreateWindowExW(0, kMainWindowClass, L"Percussomatic", WS_POPUP | WS_VISIBLE,
+                           (GetSystemMetrics(SM_CXSCREEN) - size.width) / 2,
+                           (GetSystemMetrics(SM_CYSCREEN) - size.height) / 2, size.width,
+                           size.height, nullptr, nullptr, instance, nullptr);
+}
+
+void runMessageLoop() {
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+} // namespace
+
+int runPercussomatic(HINSTANCE instance) {
+    const GdiplusSession gdiplus;
+    const Icon large(createAppIcon(GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON)));
+    const Icon small(createAppIcon(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON)));
+    registerWindowClass(instance, large.get());
+    layoutScale() = readLayoutScale(kLayoutScaleFile);
+    resetControlState();
+    resetPanelState();
+    resetSequencer();
+
+    const PanelPictures pictures;
+    const LayoutSize largest = windowSizeAt(1.0);
+    loadPanelImages(viewScale(largest.width, largest.height));
+    startSound();
+
+    const HWND window = createWindow(instance);
+    if (window == nullptr) {
+        waveOut().stop();
+        return 1;
+    }
+    SendMessageW(window, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(large.get()));
+    SendMessageW(window, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(small.get()));
+    setClockWindow(window);
+    setMainWindow(window);
+    updateSyncStatus();
+
+    ShowWindow(window, SW_SHOW);
+    UpdateWindow(window);
+    runMessageLoop();
+    return 0;
+}
+
+} // namespace percussomatic

@@ -1,0 +1,73 @@
+// The sequencer's system calls, over Win32.
+
+#include "sequencer/system.h"
+#include "app/main_window.h"
+
+#include <chrono>
+#include <mmsystem.h>
+
+namespace percussomatic {
+
+namespace {
+
+HWND theMainWindow = nullptr;
+
+} // namespace
+
+void setMainWindow(HWND window) noexcept {
+    theMainWindow = window;
+}
+
+WindowHandle mainWindow() noexcept {
+    return theMainWindow;
+}
+
+void startTimer(WindowTimer timer, unsigned periodMs) {
+    if (theMainWindow != nullptr)
+        SetTimer(theMainWindow, static_cast<UINT_PTR>(timer), periodMs, nullptr);
+}
+
+void stopTimer(WindowTimer timer) {
+    if (theMainWindow != nullptr)
+        KillTimer(theMainWindow, static_cast<UINT_PTR>(timer));
+}
+
+std::uint32_t tickCountMs() noexcept {
+    return GetTickCount();
+}
+
+std::int64_t counterNs() noexcept {
+    constexpr std::int64_t kNsPerSecond = 1'000'000'000;
+    static const std::int64_t frequency = [] {
+        LARGE_INTEGER value{};
+        QueryPerformanceFrequency(&value);
+        return value.QuadPart;
+    }();
+    LARGE_INTEGER counter{};
+    QueryPerformanceCounter(&counter);
+    // Whole seconds apart, or the product overflows after some minutes.
+    return counter.QuadPart / frequency * kNsPerSecond +
+           counter.QuadPart % frequency * kNsPerSecond / frequency;
+}
+
+void postStepTick(WindowHandle window) noexcept {
+    const HWND target = static_cast<HWND>(window);
+    if (target != nullptr && IsWindow(target) != 0)
+        PostMessageW(target, kStepTickMessage, 0, 0);
+}
+
+void beginClockThread() noexcept {
+    timeBeginPeriod(1);
+    SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL);
+}
+
+void endClockThread() noexcept {
+    timeEndPeriod(1);
+}
+
+void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
+                 std::int64_t milliseconds) {
+    wake.wait_for(lock, std::chrono::milliseconds(milliseconds));
+}
+
+} // namespace percussomatic

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ui/control_layout.h"
+#include "ui/gdiplus_flat.h"
+#include "ui/pixel_image.h"
+
+#include <array>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace percussomatic {
+
+// The panel's pictures, decoded from the embedded files. Each file is decoded once, whoever shows
+// it, and kept only as large as this screen can ever show it: at native size the panel would take
+// half a gigabyte. GUI thread.
+
+struct Picture {
+    PixelImage image; // reduced; the bitmap lies over its pixels
+    Bitmap bitmap;
+    int halvings = 0; // how often it was halved after decoding
+    int nativeWidth = 0, nativeHeight = 0;
+};
+
+// The two pictures of a control; null where there is none.
+struct ImagePair {
+    const Picture* normal = nullptr;
+    const Picture* alternate = nullptr; // the lit one
+};
+
+struct ImageCache {
+    std::map<std::string, std::unique_ptr<Picture>, std::less<>> pictures; // by asset name
+    std::array<ImagePair, kControlCount> pairs{};
+    double largestScale = 0.0; // client pixels per layout unit that the pictures are good for
+};
+
+ImageCache& imageCache() noexcept;
+
+// Decodes the picture and reduces it for `largestScale`. Null when there is no such file or it
+// cannot be decoded.
+std::unique_ptr<Picture> loadImageAsset(std::string_view name, double largestScale);
+
+// Fills the cache for all visible controls; what was in it is released.
+void loadPanelImages(double largestScale);
+
+// Decodes again what is too small for this scale.
+void ensurePanelImages(double scale);
+
+void releasePanelImages() noexcept;
+
+// The program's icon in the size of the embedded file that comes closest; null if there is none.
+HICON createAppIcon(int width, int height);
+
+} // namespace percussomatic

@@ -1,0 +1,228 @@
+#!/usr/bin/env python3
+"""Plays the unmodified program on a real display with a real mouse, looks at it and listens to it.
+
+usage: play_test.py BUILD_FOLDER [unittest arguments]      inside scripts/wine-env --virtual
+"""
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
+from player import Player, Recorder, wait_until, xdotool  # noqa: E402
+
+BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
+PROGRAM = BUILD / "Percussomatic.exe"
+LISTEN = BUILD / "tests/listen.exe"
+STAND_IN = BUILD / "tests/winmm.dll"
+BLOCK_SECONDS = 512 / 48000
+STEPS = 16
+SAMPLE_INDEX = {"sw_001": 0, "sw_028": 1, "sw_002": 2, "sw_026": 3, "sw_003": 4, "sw_024": 5,
+                "sw_004": 6, "sw_022": 7, "sw_005": 8, "sw_020": 9, "sw_006": 10, "sw_017": 11}
+
+# Line 0..5: switches on (A before B), slider position 0..650 and steps. Every step sounds.
+RHYTHM = [(("sw_028",), 300, (0,)),
+          (("sw_002", "sw_026"), 520, (4, 12)),
+          (("sw_024",), 650, (2, 6, 10, 14)),
+          (("sw_022",), 455, (0, 3, 6, 10, 12)),
+          (("sw_005", "sw_020"), 390, (7, 15)),
+          (("sw_006",), 650, range(STEPS))]
+
+
+def listen(*words):
+    """The lines that the listener prints, split into words."""
+    done = subprocess.run(["wine64", str(LISTEN), *map(str, words)], capture_output=True, text=True)
+    if done.returncode != 0:
+        raise AssertionError(f"listen {words}: {done.stdout}{done.stderr}")
+    return [line.split() for line in done.stdout.splitlines()]
+
+
+def fitted(values):
+    """Start and interval of the straight line through (0, v0), (1, v1), ..."""
+    n = len(values)
+    mean_x, mean_y = (n - 1) / 2, sum(values) / n
+    slope = (sum((i - mean_x) * (v - mean_y) for i, v in enumerate(values))
+             / sum((i - mean_x) ** 2 for i in range(n)))
+    return mean_y - slope * mean_x, slope
+
+
+class Played(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="percussomatic-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+        shutil.copy(PROGRAM, self.folder)
+        self.record = self.folder / "record.bin"
+
+    def start(self, stand_in=False, **variables):
+        if stand_in:
+            shutil.copy(STAND_IN, self.folder)
+            variables["PERCUSSOMATIC_TEST_RECORD"] = str(self.record)
+        player = Player(self.folder / PROGRAM.name, self.folder, "winmm=n,b" if stand_in else None, variables)
+        self.addCleanup(player.close)
+        return player
+
+    def set_rhythm(self, player):
+        """Sets the panel; returns the steps as the listener reads them, with the sliders' true places."""
+        triggers = [[] for _ in range(STEPS)]
+        for line, (switches, position, steps) in enumerate(RHYTHM):
+            player.click(*switches)
+            place = player.slide(f"slider_{line + 1:03}", position)
+            player.set_steps(line, steps)
+            for step in steps:
+                triggers[step] += [f"{SAMPLE_INDEX[switch]}:{place}" for switch in switches]
+        return "".join(f"step {' '.join(step)}\n" for step in triggers)
+
+    def play(self, player, bpm, steps):
+        """Lets the rhythm play for so many steps."""
+        player.click("sw_007")
+        time.sleep(steps * 15 / bpm + 0.5)
+        player.click("sw_007")
+        time.sleep(0.2)
+
+    def replayed(self, rhythm):
+        """Block numbers of the steps' first voices, in order, after holding every recorded block against the engine."""
+        scenario = self.folder / "scenario.txt"
+        scenario.write_text("master 1\n" + rhythm)
+        lines = listen("replay", self.record, scenario)
+        hits = [[int(word) for word in line[1:]] for line in lines if line[0] == "hit"]
+        self.assertEqual([hit[0] for hit in hits], [i % STEPS for i in range(len(hits))], "a step is missing or double")
+        self.assertNotIn(["ambiguous"], lines)
+        return [hit[1] for hit in hits]
+
+    def check_grid(self, blocks, bpm, steps):
+        self.assertGreaterEqual(len(blocks), steps)
+        _, interval = fitted([block * BLOCK_SECONDS for block in blocks[:steps]])
+        self.assertAlmostEqual(interval / (15 / bpm), 1, delta=0.001)
+
+
+class Lamps(Played):
+    def test_one_column_moves_and_the_beat_lamp_marks_the_first(self):
+        player = self.start()
+        player.drag("rotary_002", 0, 430)                      # 40 BPM: a step lasts 375 ms
+        player.click("sw_009")
+        for line in (0, 3, 5):
+            player.set_steps(line, range(6))
+        dark = player.screenshot()
+        names = [f"bottone_{n:03}" for line in (0, 3, 5) for n in range(16 * line + 1, 16 * line + 7)]
+        unlit = {name: player.brightness(name, dark) for name in [*names, "bin_001", "sw_007"]}
+        player.click("sw_007")
+        wait_until(lambda: player.brightness("sw_007") > unlit["sw_007"] + 40, "the start lamp")
+
+        seen = set()
+        for _ in range(24):
+            picture = player.screenshot()
+            lit = lambda name: player.brightness(name, picture) > unlit[name] + 40
+            columns = {(int(name[-3:]) - 1) % STEPS for name in names if lit(name)}
+            self.assertLessEqual(len(columns), 1, "two columns at once")
+            self.assertEqual(lit("bin_001"), columns == {0}, f"beat lamp at column {columns}")
+            self.assertTrue(lit("sw_007"))
+            for column in columns:
+                self.assertTrue(all(lit(f"bottone_{16 * line + column + 1:03}") for line in (0, 3, 5)))
+            seen |= columns
+            time.sleep(0.1)
+        self.assertEqual(seen, {0, 1, 2, 3, 4})
+
+
+class Sound(Played):
+    def test_every_step_sounds_to_the_bit_and_on_time(self):
+        player = self.start(stand_in=True)
+        rhythm = self.set_rhythm(player)
+        self.play(player, 120, 68)
+        self.assertEqual(player.close(), 0)
+        self.check_grid(self.replayed(rhythm), 120, 64)
+
+    def test_tempo_rotary_dragged_up_plays_at_240(self):
+        player = self.start(stand_in=True)
+        rhythm = self.set_rhythm(player)
+        player.drag("rotary_002", 0, -420)
+        self.play(player, 240, 132)
+        self.assertEqual(player.close(), 0)
+        self.check_grid(self.replayed(rhythm), 240, 128)
+
+    def test_power_switch_silences_at_once_and_ends_the_program(self):
+        player = self.start(stand_in=True)
+        self.set_rhythm(player)
+        player.click("sw_007")
+        time.sleep(1.5)
+        xdotool("mousemove", *player.point("pw_001"), "click", "1")
+        clicked = time.clock_gettime_ns(time.CLOCK_MONOTONIC_RAW)      # Wine's performance counter
+        self.assertEqual(player.wait_for_end(), 0)
+        ended = time.clock_gettime_ns(time.CLOCK_MONOTONIC_RAW)
+        self.assertGreater(ended - clicked, 0.9e9)
+        self.assertLess(ended - clicked, 4e9)
+        blocks = [[int(word) for word in line] for line in listen("show", self.record)]
+        last_loud = max(starts for _, starts, _, peak in blocks if peak > 0)
+        self.assertLess(last_loud - clicked, 0.150e9)
+        self.assertGreater(blocks[-1][0] - clicked, 0.7e9, "the device went on with silence")
+
+
+class Device(Played):
+    def test_without_a_sound_device_the_panel_works_on(self):
+        player = self.start(stand_in=True, PERCUSSOMATIC_TEST_OPEN_RESULT="4")
+        dark = player.brightness("bottone_001")
+        player.click("sw_008", "bottone_001")
+        wait_until(lambda: player.brightness("bottone_001") > dark + 40, "the lit step")
+        self.assertEqual(player.close(), 0)
+
+    def test_a_buffer_that_cannot_be_prepared_leaves_it_silent(self):
+        player = self.start(stand_in=True, PERCUSSOMATIC_TEST_FAIL_PREPARE="3")
+        player.click("sw_007")
+        self.assertEqual(player.close(), 0)
+
+    def test_bare_panel_moves_the_window_and_keys_resize_it(self):
+        player = self.start(stand_in=True)
+        x, y, width = player.x, player.y, player.width
+        player.drag("c_scheda_001", 60, 30)
+        player.place()
+        self.assertEqual((player.x, player.y), (x + 60, y + 30))
+        xdotool("key", "ctrl+minus")
+        wait_until(lambda: player.place() or player.width < width, "the smaller window")
+        self.assertEqual((self.folder / "LumivardaLayoutScale.txt").read_text(), "0.950")
+        self.assertAlmostEqual(player.width, 0.95 * width, delta=1)
+        self.assertEqual(player.close(), 0)
+
+    def test_a_garbled_layout_scale_is_passed_over(self):
+        (self.folder / "LumivardaLayoutScale.txt").write_bytes(bytes(range(256)))
+        player = self.start(stand_in=True)
+        self.assertEqual((player.width, player.height), (1618, 1040))
+        self.assertEqual(player.close(), 0)
+
+
+class RealSound(Played):
+    def test_bass_drum_on_every_step_is_heard_on_the_grid(self):
+        failure = None
+        for _ in range(3):                          # the machine may be busy with something else
+            player = self.start()
+            player.click("sw_017")
+            player.slide("slider_006", 650)
+            player.set_steps(5, range(STEPS))
+            heard = self.folder / "heard.raw"
+            recorder = Recorder(heard)
+            player.click("sw_007")
+            time.sleep(14)
+            recorder.stop()
+            self.assertEqual(player.close(), 0)
+            try:
+                return self.check_capture(heard)
+            except AssertionError as error:
+                failure = error
+        raise failure
+
+    def check_capture(self, heard):
+        hits = [int(line[1]) / 48000 for line in listen("match", heard, "bass_drum.wav") if line[0] == "hit"]
+        hits = [hit for hit in hits if hit > 4.0]   # a sound server settles in the first seconds
+        self.assertGreater(len(hits), 60)
+        gaps = [b - a for a, b in zip(hits, hits[1:])]
+        self.assertLess(max(gaps), 0.125 * 1.5, "a hit is missing")
+        self.assertGreater(min(gaps), 0.125 * 0.5, "a hit is double")
+        start, interval = fitted(hits)
+        self.assertAlmostEqual(interval / 0.125, 1, delta=0.005)
+        near = sum(abs(hit - start - interval * i) <= 0.020 for i, hit in enumerate(hits))
+        self.assertGreaterEqual(near / len(hits), 0.95)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,202 @@
+#include "ui/panel_rendering.h"
+
+#include "sequencer/panel_state.h"
+#include "sequencer/sequencer.h"
+#include "support/gdiplus_environment.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace percussomatic {
+namespace {
+
+constexpr int kWidth = 1618, kHeight = 1040; // the panel on a screen of 1920 x 1080
+
+// The panel as composed off-screen, pixel for pixel.
+struct Composed {
+    PixelRect region;
+    std::vector<std::uint32_t> pixels;
+
+    int grey(int x, int y) const {
+        const std::uint32_t pixel =
+            pixels[static_cast<std::size_t>((y - region.top) * region.width() + x - region.left)];
+        return static_cast<int>((pixel & 0xFF) + ((pixel >> 8) & 0xFF) + ((pixel >> 16) & 0xFF)) /
+               3;
+    }
+
+    // Mean grey of the middle third of a control.
+    double grey(int control) const {
+        const PixelRect rect = controlClientRect(control, viewScale(kWidth, kHeight));
+        double sum = 0;
+        int count = 0;
+        for (int y = rect.top + rect.height() / 3; y < rect.bottom - rect.height() / 3; ++y) {
+            for (int x = rect.left + rect.width() / 3; x < rect.right - rect.width() / 3;
+                 ++x, ++count)
+                sum += grey(x, y);
+        }
+        return sum / count;
+    }
+};
+
+class PanelRendering : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        resetControlState();
+        loadPanelImages(viewScale(kWidth, kHeight));
+        window_ = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, kWidth, kHeight, nullptr,
+                                  nullptr, nullptr, nullptr);
+        rebuildBackgroundCache(window_);
+    }
+    static void TearDownTestSuite() {
+        DestroyWindow(window_);
+        releaseBackgroundCache();
+        releasePanelImages();
+    }
+    void SetUp() override {
+        resetControlState();
+        resetPanelState();
+        resetSequencer();
+    }
+
+    static Composed compose(PixelRect region = {0, 0, kWidth, kHeight}) {
+        Composed composed{region, std::vector<std::uint32_t>(
+                                      static_cast<std::size_t>(region.width() * region.height()))};
+        const auto bitmap =
+            created<Bitmap>(Gdiplus::DllExports::GdipCreateBitmapFromScan0, region.width(),
+                            region.height(), region.width() * 4, PixelFormat32bppPARGB,
+                            reinterpret_cast<BYTE*>(composed.pixels.data()));
+        const auto graphics = created<Graphics>(Gdiplus::DllExports::GdipGetImageGraphicsContext,
+                                                static_cast<Gdiplus::GpImage*>(bitmap.get()));
+        composePanel(graphics.get(), region, kWidth, viewScale(kWidth, kHeight));
+        return composed;
+    }
+
+    static HWND window_;
+};
+
+HWND PanelRendering::window_ = nullptr;
+
+TEST_F(PanelRendering, EveryLampShowsItsState) {
+    const Composed dark = compose();
+    sequencer().pattern.set(2, 5, true);
+    sequencer().running = true;
+    sequencer().currentStep = 5;
+    sequencer().clearAllHeld = true;
+    controlState().toggleBits[static_cast<std::size_t>(findControl("sw_017"))] = 1;
+    const Composed lit = compose();
+    for (const int control : {stepButtonIndex(2, 5), findControl("sw_007"), findControl("sw_017"),
+                              findControl("sw_018")})
+        EXPECT_GT(lit.grey(control), dark.grey(control) + 60) << control;
+    for (const int control : {stepButtonIndex(2, 4), stepButtonIndex(1, 5), findControl("sw_008"),
+                              findControl("bin_001")})
+        EXPECT_NEAR(lit.grey(control), dark.grey(control), 1) << control;
+    sequencer().currentStep = 0;
+    EXPECT_GT(compose().grey(findControl("bin_001")), dark.grey(findControl("bin_001")) + 40);
+}
+
+TEST_F(PanelRendering, RotaryPointsToItsValue) {
+    const int tempo = findControl("rotary_002");
+    const double scale = viewScale(kWidth, kHeight);
+    const PixelRect rect = controlClientRect(tempo, scale);
+    const double centreX = (rect.left + rect.right) * 0.5, centreY = (rect.top + rect.bottom) * 0.5;
+    for (const double value : {0.0, 0.5, 1.0}) {
+        panelState().tempo.value = value;
+        const Composed panel = compose();
+        // The pointer is the brightest mark on the knob's skirt; 0 stands at 210 degrees.
+        double best = 0, bestGrey = -1;
+        for (int degree = 0; degree < 360; ++degree) {
+            const double angle = degree * std::numbers::pi / 180;
+            double sum = 0;
+            for (const double radius : {80.0, 90.0, 100.0})
+                sum += panel.grey(static_cast<int>(centreX + radius * scale * std::sin(angle)),
+                                  static_cast<int>(centreY - radius * scale * std::cos(angle)));
+            if (sum > bestGrey) {
+                bestGrey = sum;
+                best = degree;
+            }
+        }
+        EXPECT_NEAR(std::remainder(best - (210 + 300 * value), 360), 0, 12) << value;
+    }
+}
+
+TEST_F(PanelRendering, ARegionAloneLooksAsInTheWholePanel) {
+    sequencer().editMode = true;
+    sequencer().pattern.steps.fill(1);
+    const Composed whole = compose();
+    for (const PixelRect region :
+         {PixelRect{0, 0, 700, 60}, PixelRect{501, 220, 640, 275}, PixelRect{380, 880, 600, 990}}) {
+        const Composed part = compose(region);
+        int worst = 0;
+        for (int y = region.top; y < region.bottom; ++y) {
+            for (int x = region.left; x < region.right; ++x)
+                worst = std::max(worst, std::abs(part.grey(x, y) - whole.grey(x, y)));
+        }
+        EXPECT_LE(worst, 48)
+            << region.left; // the filter may round single pixels of an edge otherwise
+    }
+}
+
+TEST_F(PanelRendering, StaticPicturesMeetWithoutSeams) {
+    // A lost first row or column of a picture would show as transparent black.
+    const Composed panel = compose();
+    const double scale = viewScale(kWidth, kHeight);
+    const auto rows = controlRows();
+    for (std::size_t index = 1; index < 3; ++index) { // the front and the lower panel
+        const ControlRow& row = rows[index];
+        const int left = static_cast<int>(row.x * scale + 0.5),
+                  top = static_cast<int>(row.y * scale + 0.5);
+        for (int i = 20; i < 500; i += 40) {
+            EXPECT_GT(panel.grey(left + i, top), 0);
+            EXPECT_GT(panel.grey(left, top + i / 4), 0);
+        }
+    }
+}
+
+TEST_F(PanelRendering, SurvivesAnEmptyWindowAndMissingPictures) {
+    const HWND empty = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+                                       nullptr, nullptr);
+    rebuildBackgroundCache(empty);
+    DestroyWindow(empty);
+    compose({0, 0, 50, 50});
+    EXPECT_EQ(loadImageAsset("nothing.PNG", 1.0), nullptr);
+    EXPECT_EQ(loadImageAsset("clave.wav", 1.0), nullptr);
+    EXPECT_EQ(imageFor(-1), nullptr);
+    EXPECT_EQ(imageFor(kControlCount), nullptr);
+    const auto kept = imageCache().pairs;
+    imageCache().pairs = {};
+    rebuildBackgroundCache(window_);
+    const Composed bare = compose();
+    EXPECT_EQ(bare.grey(800, 500), 0x0F);
+    imageCache().pairs = kept;
+    rebuildBackgroundCache(window_);
+}
+
+TEST(Images, AreKeptOnlyAsLargeAsTheScreenShowsThem) {
+    const auto shown = loadImageAsset("SW_on.PNG", 0.2);
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(shown->nativeWidth, 142);
+    EXPECT_EQ(shown->image.width, 36); // a quarter, rounded up: at least 142 * 0.2
+    const auto native = loadImageAsset("SW_on.PNG", 1.0);
+    EXPECT_EQ(native->image.width, 142);
+}
+
+TEST(Images, IconComesInEverySize) {
+    for (const int size : {16, 32, 48, 256}) {
+        HICON icon = createAppIcon(size, size);
+        ASSERT_NE(icon, nullptr) << size;
+        ICONINFO parts{};
+        ASSERT_TRUE(GetIconInfo(icon, &parts));
+        BITMAP colours{};
+        GetObjectW(parts.hbmColor, sizeof colours, &colours);
+        EXPECT_EQ(colours.bmWidth, size);
+        DeleteObject(parts.hbmColor);
+        DeleteObject(parts.hbmMask);
+        DestroyIcon(icon);
+    }
+}
+
+} // namespace
+} // namespace percussomatic

@@ -1,0 +1,264 @@
+#include "wave_device.h"
+
+#include <bit>
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace {
+
+using wave_device::Block;
+using wave_device::Script;
+
+using Callback = void(CALLBACK*)(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
+
+struct Event {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool signalled = false;
+};
+
+} // namespace
+
+struct WaveOutDevice {
+    explicit WaveOutDevice(const Script& wanted) : script(wanted) {}
+
+    const Script script;
+    std::mutex mutex;
+    std::condition_variable changed;
+    // All guarded by mutex.
+    bool open = false, resetting = false;
+    int opens = 0, prepares = 0, prepared = 0, writes = 0;
+    WAVEFORMATEX format{};
+    Callback callback = nullptr;
+    DWORD_PTR instance = 0;
+    std::deque<Block> queue;
+    std::vector<Block> written;
+    std::string faults;
+    std::thread returning; // the opening thread's
+};
+
+namespace {
+
+std::unique_ptr<WaveOutDevice> theDevice;
+thread_local bool insideCallback = false;
+
+void checkLocked(WaveOutDevice& device, bool fine, const char* fault) {
+    if (!fine) {
+        device.faults += std::string(fault) + '\n';
+    }
+}
+
+void checkCallLocked(WaveOutDevice& device) {
+    checkLocked(device, device.open, "called while closed");
+    checkLocked(device, !insideCallback, "called inside the callback");
+}
+
+std::vector<std::int16_t> samplesOf(const WAVEHDR& header) {
+    std::vector<std::int16_t> samples(header.dwBufferLength / sizeof(std::int16_t));
+    std::memcpy(samples.data(), header.lpData, header.dwBufferLength);
+    return samples;
+}
+
+// Takes a buffer out of the queue and hands it to the callback, with the mutex free.
+void returnBlock(WaveOutDevice& device, std::unique_lock<std::mutex>& lock, std::size_t place) {
+    const Block block = std::move(device.queue.at(place));
+    device.queue.erase(device.queue.begin() + static_cast<std::ptrdiff_t>(place));
+    checkLocked(device, samplesOf(*block.header) == block.samples, "touched while queued");
+    block.header->dwFlags = (block.header->dwFlags & ~WHDR_INQUEUE) | WHDR_DONE;
+    lock.unlock();
+    insideCallback = true;
+    device.callback(&device, WOM_DONE, device.instance, reinterpret_cast<DWORD_PTR>(block.header),
+                    0);
+    insideCallback = false;
+    lock.lock();
+}
+
+void returnAll(WaveOutDevice& device) {
+    std::unique_lock lock(device.mutex);
+    while (device.open) {
+        if (device.queue.empty()) {
+            device.changed.wait(lock);
+        } else {
+            returnBlock(device, lock, 0);
+        }
+    }
+}
+
+} // namespace
+
+namespace wave_device {
+
+void begin(const Script& script) {
+    theDevice = std::make_unique<WaveOutDevice>(script);
+}
+
+bool isOpen() {
+    const std::lock_guard lock(theDevice->mutex);
+    return theDevice->open;
+}
+
+int openCount() {
+    const std::lock_guard lock(theDevice->mutex);
+    return theDevice->opens;
+}
+
+int writeCount() {
+    const std::lock_guard lock(theDevice->mutex);
+    return theDevice->writes;
+}
+
+WAVEFORMATEX format() {
+    const std::lock_guard lock(theDevice->mutex);
+    return theDevice->format;
+}
+
+std::vector<Block> writtenBlocks() {
+    const std::lock_guard lock(theDevice->mutex);
+    return theDevice->written;
+}
+
+bool waitForWrites(int count) {
+    std::unique_lock lock(theDevice->mutex);
+    return theDevice->changed.wait_for(lock, std::chrono::seconds(10),
+                                       [count] { return theDevice->writes >= count; });
+}
+
+void returnBuffer(std::size_t place) {
+    std::unique_lock lock(theDevice->mutex);
+    returnBlock(*theDevice, lock, place);
+}
+
+std::string faults() {
+    const std::lock_guard lock(theDevice->mutex);
+    return theDevice->faults;
+}
+
+} // namespace wave_device
+
+MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* format, DWORD_PTR callback,
+                     DWORD_PTR instance, DWORD flags) {
+    const std::lock_guard lock(theDevice->mutex);
+    checkLocked(*theDevice, !theDevice->open, "opened twice");
+    checkLocked(*theDevice, id == WAVE_MAPPER && flags == CALLBACK_FUNCTION,
+                "opened in another way");
+    if (theDevice->script.openResult != MMSYSERR_NOERROR) {
+        return theDevice->script.openResult;
+    }
+    theDevice->open = true;
+    theDevice->resetting = false;
+    ++theDevice->opens;
+    theDevice->format = *format;
+    theDevice->callback = std::bit_cast<Callback>(callback);
+    theDevice->instance = instance;
+    if (theDevice->script.returnsByItself) {
+        theDevice->returning = std::thread([] { returnAll(*theDevice); });
+    }
+    *device = theDevice.get();
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {
+    const std::lock_guard lock(device->mutex);
+    checkCallLocked(*device);
+    checkLocked(*device, size == sizeof(WAVEHDR) && header->dwFlags == 0, "prepared a used header");
+    if (++device->prepares == device->script.failingPrepare) {
+        return MMSYSERR_ERROR;
+    }
+    ++device->prepared;
+    header->dwFlags = WHDR_PREPARED;
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
+    const std::lock_guard lock(device->mutex);
+    checkCallLocked(*device);
+    checkLocked(*device, (header->dwFlags & WHDR_INQUEUE) == 0, "unprepared while queued");
+    --device->prepared;
+    header->dwFlags &= ~WHDR_PREPARED;
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT waveOutWrite(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
+    {
+        const std::lock_guard lock(device->mutex);
+        checkCallLocked(*device);
+        checkLocked(*device, !device->resetting, "written after the reset");
+        checkLocked(*device, (header->dwFlags & WHDR_PREPARED) != 0, "written unprepared");
+        checkLocked(*device, (header->dwFlags & WHDR_INQUEUE) == 0, "written while queued");
+        header->dwFlags = (header->dwFlags & ~WHDR_DONE) | WHDR_INQUEUE;
+        device->queue.push_back({header, samplesOf(*header)});
+        if (!device->script.returnsByItself) {
+            device->written.push_back(device->queue.back());
+        }
+        ++device->writes;
+    }
+    device->changed.notify_all();
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT waveOutReset(HWAVEOUT device) {
+    std::unique_lock lock(device->mutex);
+    checkCallLocked(*device);
+    device->resetting = true;
+    while (!device->queue.empty()) {
+        returnBlock(*device, lock, 0);
+    }
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT waveOutClose(HWAVEOUT device) {
+    {
+        const std::lock_guard lock(device->mutex);
+        checkCallLocked(*device);
+        checkLocked(*device, device->prepared == 0, "closed with prepared headers");
+        checkLocked(*device, device->queue.empty(), "closed with queued buffers");
+        device->open = false;
+    }
+    device->changed.notify_all();
+    if (device->returning.joinable()) {
+        device->returning.join();
+    }
+    return MMSYSERR_NOERROR;
+}
+
+HANDLE CreateEventW(void* /*security*/, BOOL /*manualReset*/, BOOL /*signalled*/,
+                    const wchar_t* /*name*/) {
+    return std::make_unique<Event>().release();
+}
+
+BOOL SetEvent(HANDLE event) {
+    auto* set = static_cast<Event*>(event);
+    {
+        const std::lock_guard lock(set->mutex);
+        set->signalled = true;
+    }
+    set->changed.notify_all();
+    return TRUE;
+}
+
+DWORD WaitForSingleObject(HANDLE event, DWORD /*milliseconds*/) {
+    auto* awaited = static_cast<Event*>(event);
+    std::unique_lock lock(awaited->mutex);
+    awaited->changed.wait(lock, [awaited] { return awaited->signalled; });
+    awaited->signalled = false;
+    return 0;
+}
+
+BOOL CloseHandle(HANDLE event) {
+    const std::unique_ptr<Event> closed(static_cast<Event*>(event));
+    return TRUE;
+}
+
+HANDLE GetCurrentThread() {
+    return nullptr;
+}
+
+BOOL SetThreadPriority(HANDLE /*thread*/, int /*priority*/) {
+    return TRUE;
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <mmsystem.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// The one wave-out device of a test: takes buffers, returns them when it is told to and watches
+// what is done to it. Functions may be called on any thread.
+namespace wave_device {
+
+struct Script {
+    MMRESULT openResult = MMSYSERR_NOERROR;
+    int failingPrepare = 0;       // counted from 1; 0 for none
+    bool returnsByItself = false; // on a thread of its own, as soon as it can
+};
+
+struct Block {
+    WAVEHDR* header = nullptr;
+    std::vector<std::int16_t> samples; // as they were when written
+};
+
+// A new device, all counts at zero.
+void begin(const Script& script);
+
+bool isOpen();
+int openCount();
+int writeCount();
+WAVEFORMATEX format();              // of the last open
+std::vector<Block> writtenBlocks(); // not kept while it returns buffers by itself
+
+// Until so many blocks in all are written; false after ten seconds.
+bool waitForWrites(int count);
+
+// Returns the queued buffer of that place, 0 the oldest, on the calling thread.
+void returnBuffer(std::size_t place = 0);
+
+// What no program may do to a device: empty when all was well. Written while closed, unprepared or
+// queued, touched while queued, written between reset and close, unprepared while queued, closed
+// with prepared headers, called inside its own callback.
+std::string faults();
+
+} // namespace wave_device
