@@ -35,8 +35,9 @@ bool shiftIsDown() noexcept {
 
 void changeLayoutScale(HWND window, double delta) {
     const double scale = steppedLayoutScale(layoutScale(), delta);
-    if (scale == layoutScale())
+    if (scale == layoutScale()) {
         return;
+    }
     layoutScale() = scale;
     writeLayoutScale(kLayoutScaleFile, scale);
 
@@ -69,8 +70,9 @@ LRESULT keyDown(HWND window, WPARAM key, LPARAM lParam) {
 }
 
 LRESULT timer(HWND window, WPARAM id, LPARAM lParam) {
-    if (id != static_cast<WPARAM>(WindowTimer::powerOff))
+    if (id != static_cast<WPARAM>(WindowTimer::powerOff)) {
         return DefWindowProcW(window, WM_TIMER, id, lParam);
+    }
     stopTimer(WindowTimer::powerOff);
     DestroyWindow(window);
     return 0;
@@ -133,8 +135,9 @@ LRESULT mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
     }
     POINT point{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
     ScreenToClient(window, &point);
-    if (turnWheel({point.x, point.y}, windowScale(window), delta, (keys & MK_SHIFT) != 0))
+    if (turnWheel({point.x, point.y}, windowScale(window), delta, (keys & MK_SHIFT) != 0)) {
         return 0;
+    }
     return DefWindowProcW(window, WM_MOUSEWHEEL, wParam, lParam);
 }
 

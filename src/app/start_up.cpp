@@ -70,8 +70,9 @@ void startSound() {
     waveOut().start(); // without a device the instrument runs silently
     engine.setEffectPreset(0);
     engine.setEffectEnabled(false);
-    for (std::uint32_t index = 0; index < kInstruments; ++index)
+    for (std::uint32_t index = 0; index < kInstruments; ++index) {
         engine.setSend(index, 0.0f);
+    }
     engine.setAutoStop(true, kSilence, 100, 50);
     loadLineSamples();
     applyRotary(findControl("rotary_001"));

@@ -23,13 +23,15 @@ WindowHandle mainWindow() noexcept {
 }
 
 void startTimer(WindowTimer timer, unsigned periodMs) {
-    if (theMainWindow != nullptr)
+    if (theMainWindow != nullptr) {
         SetTimer(theMainWindow, static_cast<UINT_PTR>(timer), periodMs, nullptr);
+    }
 }
 
 void stopTimer(WindowTimer timer) {
-    if (theMainWindow != nullptr)
+    if (theMainWindow != nullptr) {
         KillTimer(theMainWindow, static_cast<UINT_PTR>(timer));
+    }
 }
 
 std::uint32_t tickCountMs() noexcept {
@@ -52,8 +54,9 @@ std::int64_t counterNs() noexcept {
 
 void postStepTick(WindowHandle window) noexcept {
     const HWND target = static_cast<HWND>(window);
-    if (target != nullptr && IsWindow(target) != 0)
+    if (target != nullptr && IsWindow(target) != 0) {
         PostMessageW(target, kStepTickMessage, 0, 0);
+    }
 }
 
 void beginClockThread() noexcept {

@@ -12,13 +12,15 @@ MidiDeviceWindow& midiDeviceWindow() noexcept {
 void showSyncStatus(bool externalSync, const std::wstring& text) {
     const MidiDeviceWindow& shown = midiDeviceWindow();
     const auto check = [](HWND button, bool on) {
-        if (button != nullptr)
+        if (button != nullptr) {
             SendMessageW(button, BM_SETCHECK, on ? BST_CHECKED : BST_UNCHECKED, 0);
+        }
     };
     check(shown.internalSync, !externalSync);
     check(shown.midiSync, externalSync);
-    if (shown.syncStatus != nullptr)
+    if (shown.syncStatus != nullptr) {
         SetWindowTextW(shown.syncStatus, text.c_str());
+    }
 }
 
 } // namespace percussomatic

@@ -24,8 +24,9 @@ bool isNamed(int index, std::string_view name) {
 // Steps, or 0 for any other control.
 std::uint32_t lengthOf(int index) noexcept {
     for (const LengthSwitch& each : kLengthSwitches) {
-        if (isNamed(index, each.name))
+        if (isNamed(index, each.name)) {
             return each.length;
+        }
     }
     return 0;
 }
@@ -33,16 +34,17 @@ std::uint32_t lengthOf(int index) noexcept {
 // Line 0..5 that the switch clears, or -1.
 int clearedLine(int index) noexcept {
     for (int line = 0; line < kLineCount; ++line) {
-        if (isNamed(index, kLineClearSwitches[static_cast<std::size_t>(line)]))
+        if (isNamed(index, kLineClearSwitches[static_cast<std::size_t>(line)])) {
             return line;
+        }
     }
     return -1;
 }
 
 bool isPlainToggle(int index) {
-    return isToggle(rowAt(index)) && !isNamed(index, "sw_007") && !isNamed(index, "sw_008") &&
-           !isNamed(index, "sw_018") && lengthOf(index) == 0 && clearedLine(index) < 0 &&
-           stepButtonNumber(rowAt(index)) == 0;
+    return isToggle(rowAt(index)) && !isNamed(index, "pw_001") && !isNamed(index, "sw_007") &&
+           !isNamed(index, "sw_008") && !isNamed(index, "sw_018") && lengthOf(index) == 0 &&
+           clearedLine(index) < 0 && stepButtonNumber(rowAt(index)) == 0;
 }
 
 Press pressSequencerControl(PixelPoint client, double scale) {
@@ -71,8 +73,9 @@ Press pressSequencerControl(PixelPoint client, double scale) {
         return Press::held;
     }
     const int step = at([](int i) { return stepButtonNumber(rowAt(i)) != 0; });
-    if (step == kNoControl)
+    if (step == kNoControl) {
         return Press::none;
+    }
     const int number = stepButtonNumber(rowAt(step));
     toggleStep(stepButtonLine(number), stepButtonStep(number));
     return Press::held;
@@ -104,28 +107,34 @@ void setSliderOffset(int index, int offset) {
     std::uint32_t& stored = controlState().sliderOffset[static_cast<std::size_t>(index)];
     const std::uint32_t old = stored;
     stored = static_cast<std::uint32_t>(std::clamp(offset, 0, kSliderTravel));
-    if (stored != old)
+    if (stored != old) {
         redrawSlider(index, old);
+    }
 }
 
 } // namespace
 
 Press pressControl(PixelPoint client, double scale) {
-    if (!(scale > 0.0))
+    if (!(scale > 0.0)) {
         return Press::none;
-    if (const Press press = pressSequencerControl(client, scale); press != Press::none)
+    }
+    releaseControls(); // left over when the release went elsewhere, to a dialog say
+    if (const Press press = pressSequencerControl(client, scale); press != Press::none) {
         return press;
+    }
 
     const int power = findControl("pw_001");
     if (power != kNoControl && contains(controlClientRect(power, scale), client)) {
-        if (!panelState().powerOffPending)
+        if (!panelState().powerOffPending) {
             switchPowerOff(power);
+        }
         return Press::acted;
     }
 
     const int toggle = topControlAt(client, scale, isPlainToggle);
-    if (toggle == kNoControl)
+    if (toggle == kNoControl) {
         return Press::none;
+    }
     controlState().toggleBits[static_cast<std::size_t>(toggle)] ^= 1;
     redrawControl(toggle, Repaint::now);
     return Press::acted;
@@ -143,8 +152,9 @@ bool releaseControls() {
         release(findControl("sw_018"));
     }
     for (int* held : {&now.heldLineClear, &now.heldStepButton}) {
-        if (*held == kNoControl)
+        if (*held == kNoControl) {
             continue;
+        }
         const int index = *held;
         *held = kNoControl;
         release(index);
@@ -155,8 +165,9 @@ bool releaseControls() {
 bool beginRotaryDrag(PixelPoint client, double scale) {
     const int index = rotaryAt(client, scale);
     RotaryState* rotary = rotaryState(index);
-    if (rotary == nullptr)
+    if (rotary == nullptr) {
         return false;
+    }
     panelState().rotaryDragIndex = index;
     rotary->dragStartY = client.y;
     rotary->dragStartValue = rotary->value;
@@ -169,13 +180,15 @@ void dragRotary(int clientY, bool fine) {
     constexpr std::uint32_t kRepaintMs = 8;
     PanelState& panel = panelState();
     RotaryState* rotary = rotaryState(panel.rotaryDragIndex);
-    if (rotary == nullptr || !rotary->dragging)
+    if (rotary == nullptr || !rotary->dragging) {
         return;
+    }
     const double range = fine ? kFineRangePixels : kFullRangePixels;
     const double value =
         std::clamp(rotary->dragStartValue + (rotary->dragStartY - clientY) / range, 0.0, 1.0);
-    if (value == rotary->value)
+    if (value == rotary->value) {
         return;
+    }
     rotary->value = value;
     applyRotary(panel.rotaryDragIndex);
     if (const std::uint32_t now = tickCountMs(); now - panel.rotaryPaintedMs >= kRepaintMs) {
@@ -187,8 +200,9 @@ void dragRotary(int clientY, bool fine) {
 void endRotaryDrag() {
     PanelState& panel = panelState();
     RotaryState* rotary = rotaryState(panel.rotaryDragIndex);
-    if (rotary == nullptr)
+    if (rotary == nullptr) {
         return;
+    }
     rotary->dragging = false;
     redrawControl(panel.rotaryDragIndex, Repaint::now);
     panel.rotaryDragIndex = kNoControl;
@@ -196,8 +210,9 @@ void endRotaryDrag() {
 
 bool beginSliderDrag(PixelPoint client, double scale) {
     const int index = sliderAt(client, scale);
-    if (index == kNoControl)
+    if (index == kNoControl) {
         return false;
+    }
     PanelState& panel = panelState();
     panel.sliderDragIndex = index;
     panel.sliderDragStartX = layoutPoint(client, scale).x;
@@ -208,8 +223,9 @@ bool beginSliderDrag(PixelPoint client, double scale) {
 
 void dragSlider(int clientX, double scale) {
     const PanelState& panel = panelState();
-    if (panel.sliderDragIndex == kNoControl)
+    if (panel.sliderDragIndex == kNoControl) {
         return;
+    }
     const int x = scale > 0.0 ? layoutPoint({clientX, 0}, scale).x : 0;
     setSliderOffset(panel.sliderDragIndex,
                     panel.sliderDragStartOffset - panel.sliderDragStartX + x);
@@ -223,15 +239,18 @@ bool turnWheel(PixelPoint client, double scale, int delta, bool fine) {
     constexpr double kNotch = 120.0, kStep = 0.025, kFineStep = 0.005;
     const int index = rotaryAt(client, scale);
     RotaryState* rotary = rotaryState(index);
-    if (rotary == nullptr || delta == 0)
+    if (rotary == nullptr || delta == 0) {
         return false;
+    }
     const double value =
         std::clamp(rotary->value + delta / kNotch * (fine ? kFineStep : kStep), 0.0, 1.0);
-    if (value == rotary->value)
+    if (value == rotary->value) {
         return true;
+    }
     rotary->value = value;
-    if (!rotary->dragging)
+    if (!rotary->dragging) {
         rotary->dragStartValue = value;
+    }
     applyRotary(index);
     redrawControl(index, Repaint::now);
     return true;
@@ -239,29 +258,37 @@ bool turnWheel(PixelPoint client, double scale, int delta, bool fine) {
 
 void applyRotary(int index) {
     const RotaryState* rotary = rotaryState(index);
-    if (rotary == &panelState().tempo)
+    if (rotary == &panelState().tempo) {
         setTempoFromRotary(rotary->value);
-    else if (rotary != nullptr)
+    } else if (rotary != nullptr) {
         soundEngine().setMasterVolume(static_cast<float>(rotary->value * rotary->value));
+    }
 }
 
 bool controlLit(int index) noexcept {
     const ControlRow& row = rowAt(index);
     const Sequencer& now = sequencer();
-    if (isBeatLamp(row))
+    if (isBeatLamp(row)) {
         return beatLampLit();
-    if (isNamed(index, "sw_007"))
+    }
+    if (isNamed(index, "sw_007")) {
         return now.running;
-    if (isNamed(index, "sw_008"))
+    }
+    if (isNamed(index, "sw_008")) {
         return now.editMode;
-    if (isNamed(index, "sw_018"))
+    }
+    if (isNamed(index, "sw_018")) {
         return now.clearAllHeld;
-    if (clearedLine(index) >= 0)
+    }
+    if (clearedLine(index) >= 0) {
         return index == now.heldLineClear;
-    if (const std::uint32_t length = lengthOf(index); length != 0)
+    }
+    if (const std::uint32_t length = lengthOf(index); length != 0) {
         return length == now.sequenceLength;
-    if (stepButtonNumber(row) != 0)
+    }
+    if (stepButtonNumber(row) != 0) {
         return stepLampLit(index);
+    }
     return isToggle(row) && controlState().toggleBits[static_cast<std::size_t>(index)] != 0;
 }
 

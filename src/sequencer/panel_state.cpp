@@ -12,13 +12,16 @@ void resetPanelState() noexcept {
 }
 
 RotaryState* rotaryState(int index) noexcept {
-    if (index == kNoControl)
+    if (index == kNoControl) {
         return nullptr;
+    }
     const ControlRow& row = controlRows()[static_cast<std::size_t>(index)];
-    if (sameName(row.name, "rotary_001"))
+    if (sameName(row.name, "rotary_001")) {
         return &panelState().master;
-    if (sameName(row.name, "rotary_002"))
+    }
+    if (sameName(row.name, "rotary_002")) {
         return &panelState().tempo;
+    }
     return nullptr;
 }
 

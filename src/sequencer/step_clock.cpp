@@ -17,11 +17,13 @@ void keepTime(StepClock& clock, std::unique_lock<std::mutex>& lock) {
         const std::int64_t deadline = base + static_cast<std::int64_t>(intervalNs);
         for (;;) {
             const std::int64_t remainingNs = deadline - counterNs();
-            if (remainingNs <= 0)
+            if (remainingNs <= 0) {
                 break;
+            }
             waitForWake(clock.wake, lock, waitMilliseconds(remainingNs));
-            if (!ticking())
+            if (!ticking()) {
                 return;
+            }
         }
         const WindowHandle window = clock.window;
         lock.unlock();
@@ -35,10 +37,11 @@ void clockThread(StepClock& clock) {
     beginClockThread();
     std::unique_lock lock(clock.mutex);
     while (!clock.quit) {
-        if (clock.clockRunning)
+        if (clock.clockRunning) {
             keepTime(clock, lock);
-        else
+        } else {
             clock.wake.wait(lock);
+        }
     }
     lock.unlock();
     endClockThread();
@@ -108,8 +111,9 @@ void clockShutdown() {
         clock.quit = true;
     }
     clock.wake.notify_all();
-    if (clock.thread.joinable())
+    if (clock.thread.joinable()) {
         clock.thread.join();
+    }
 }
 
 } // namespace percussomatic

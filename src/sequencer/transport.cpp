@@ -13,8 +13,9 @@ namespace percussomatic {
 namespace {
 
 void applyTempo() {
-    if (sequencer().running && !sequencer().externalSync)
+    if (sequencer().running && !sequencer().externalSync) {
         setClockTempo(sequencer().bpm);
+    }
     updateSyncStatus();
     redrawTempoBox();
 }
@@ -31,10 +32,11 @@ double bpmToRotary(double bpm) noexcept {
 
 void clockStart(WindowHandle window) {
     setClockWindow(window);
-    if (sequencer().running && !sequencer().externalSync)
+    if (sequencer().running && !sequencer().externalSync) {
         runClock(sequencer().bpm);
-    else
+    } else {
         clockStop();
+    }
 }
 
 void setTempoFromRotary(double t) {
@@ -55,12 +57,13 @@ void setTempoBpm(double bpm) {
 std::wstring syncStatusText() {
     const Sequencer& now = sequencer();
     wchar_t text[128];
-    if (!now.externalSync)
+    if (!now.externalSync) {
         std::swprintf(text, std::size(text), L"SYNC: INTERNAL BPM: %.2f", now.bpm);
-    else if (now.midiClockSeen && now.midiBpm > 0.0)
+    } else if (now.midiClockSeen && now.midiBpm > 0.0) {
         std::swprintf(text, std::size(text), L"SYNC: MIDI CLOCK BPM: %.2f", now.midiBpm);
-    else
+    } else {
         return L"SYNC: MIDI CLOCK Waiting for clock...";
+    }
     return text;
 }
 

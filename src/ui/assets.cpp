@@ -27,8 +27,9 @@ std::span<const AssetRow> assetTable() noexcept {
 
 AssetBytes findAsset(std::string_view name) noexcept {
     for (const AssetRow& row : kAssets) {
-        if (name == row.name)
+        if (name == row.name) {
             return {row.begin, static_cast<std::uint32_t>(row.end - row.begin)};
+        }
     }
     return {};
 }

@@ -23,8 +23,9 @@ ControlState& controlState() noexcept {
 void resetControlState() noexcept {
     controlState() = ControlState{};
     const int power = findControl("pw_001");
-    if (power != kNoControl)
+    if (power != kNoControl) {
         controlState().toggleBits[static_cast<std::size_t>(power)] = 1;
+    }
 }
 
 bool sameName(std::string_view a, std::string_view b) noexcept {
@@ -36,8 +37,9 @@ int findControl(std::string_view name) noexcept {
     const auto rows = controlRows();
     for (int index = 0; index < kControlCount; ++index) {
         const ControlRow& row = rows[static_cast<std::size_t>(index)];
-        if (row.visible != 0 && sameName(row.name, name))
+        if (row.visible != 0 && sameName(row.name, name)) {
             return index;
+        }
     }
     return kNoControl;
 }
@@ -63,8 +65,9 @@ bool isInteractive(const ControlRow& row) noexcept {
 }
 
 int stepButtonNumber(const ControlRow& row) noexcept {
-    if (row.visible == 0 || !sameName(row.name.substr(0, kStepPrefix.size()), kStepPrefix))
+    if (row.visible == 0 || !sameName(row.name.substr(0, kStepPrefix.size()), kStepPrefix)) {
         return 0;
+    }
     const std::string_view digits = row.name.substr(kStepPrefix.size());
     unsigned number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
@@ -79,8 +82,9 @@ int stepButtonIndex(int line, int step) noexcept {
         found.fill(kNoControl);
         for (int index = kControlCount - 1; index >= 0; --index) {
             const int number = stepButtonNumber(controlRows()[static_cast<std::size_t>(index)]);
-            if (number > 0)
+            if (number > 0) {
                 found[static_cast<std::size_t>(number - 1)] = index;
+            }
         }
         return found;
     }();
@@ -90,15 +94,18 @@ int stepButtonIndex(int line, int step) noexcept {
 LayoutSize layoutSize(std::span<const ControlRow> rows) noexcept {
     LayoutSize size;
     for (const ControlRow& row : rows) {
-        if (row.visible == 0)
+        if (row.visible == 0) {
             continue;
+        }
         size.width = std::max(size.width, row.x + row.width);
         size.height = std::max(size.height, row.y + row.height);
     }
-    if (size.width < 1)
+    if (size.width < 1) {
         size.width = 1000;
-    if (size.height < 1)
+    }
+    if (size.height < 1) {
         size.height = 600;
+    }
     return size;
 }
 
@@ -141,12 +148,14 @@ PixelPoint layoutPoint(PixelPoint client, double scale) noexcept {
 }
 
 bool hitsControl(int index, PixelPoint client, double scale) noexcept {
-    if (!(scale > 0.0))
+    if (!(scale > 0.0)) {
         return false;
+    }
     const auto at = static_cast<std::size_t>(index);
     const ControlRow& row = controlRows()[at];
-    if (row.visible == 0)
+    if (row.visible == 0) {
         return false;
+    }
     const int left = row.x + static_cast<int>(controlState().sliderOffset[at]);
     return contains({left, row.y, left + row.width, row.y + row.height},
                     layoutPoint(client, scale));

@@ -112,8 +112,9 @@ bool hitsControl(int index, PixelPoint client, double scale) noexcept;
 template <typename Accept>
 int topControlAt(PixelPoint client, double scale, Accept accept) {
     for (int index = kControlCount - 1; index >= 0; --index) {
-        if (hitsControl(index, client, scale) && accept(index))
+        if (hitsControl(index, client, scale) && accept(index)) {
             return index;
+        }
     }
     return kNoControl;
 }

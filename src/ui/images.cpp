@@ -20,8 +20,9 @@ using Stream = std::unique_ptr<IStream, ReleaseStream>;
 // A stream over a copy of the bytes; the stream owns the copy.
 Stream streamOf(std::span<const std::byte> bytes) {
     HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, bytes.size());
-    if (block == nullptr)
+    if (block == nullptr) {
         return nullptr;
+    }
     void* copy = GlobalLock(block);
     if (copy == nullptr) {
         GlobalFree(block);
@@ -40,13 +41,15 @@ Stream streamOf(std::span<const std::byte> bytes) {
 // The decoded pixels, premultiplied; empty when the picture cannot be decoded.
 PixelImage decode(std::span<const std::byte> bytes) {
     const Stream stream = streamOf(bytes);
-    if (stream == nullptr)
+    if (stream == nullptr) {
         return {};
+    }
     const auto source = created<Bitmap>(GdipCreateBitmapFromStream, stream.get());
     UINT width = 0, height = 0;
     if (source == nullptr || GdipGetImageWidth(source.get(), &width) != Ok ||
-        GdipGetImageHeight(source.get(), &height) != Ok || width == 0 || height == 0)
+        GdipGetImageHeight(source.get(), &height) != Ok || width == 0 || height == 0) {
         return {};
+    }
 
     PixelImage image{static_cast<int>(width), static_cast<int>(height), {}};
     image.pixels.resize(static_cast<std::size_t>(width) * height);
@@ -58,16 +61,18 @@ PixelImage decode(std::span<const std::byte> bytes) {
     lines.PixelFormat = PixelFormat32bppARGB;
     lines.Scan0 = image.pixels.data();
     if (GdipBitmapLockBits(source.get(), &whole, ImageLockModeRead | ImageLockModeUserInputBuf,
-                           PixelFormat32bppARGB, &lines) != Ok)
+                           PixelFormat32bppARGB, &lines) != Ok) {
         return {};
+    }
     GdipBitmapUnlockBits(source.get(), &lines);
     premultiply(image);
     return image;
 }
 
 void addPicture(ImageCache& cache, std::string_view name) {
-    if (name.empty() || cache.pictures.contains(name))
+    if (name.empty() || cache.pictures.contains(name)) {
         return;
+    }
     cache.pictures.emplace(name, loadImageAsset(name, cache.largestScale));
 }
 
@@ -78,10 +83,12 @@ const Picture* pictureOf(const ImageCache& cache, std::string_view name) {
 
 // The beat lamp is no toggle in the table; its lit picture is known only here.
 std::string_view alternateName(const ControlRow& row) noexcept {
-    if (isToggle(row) && !row.imageOn.empty())
+    if (isToggle(row) && !row.imageOn.empty()) {
         return row.imageOn;
-    if (row.name == "bin_001" || row.image == "BIN_off.PNG")
+    }
+    if (row.name == "bin_001" || row.image == "BIN_off.PNG") {
         return "BIN_onPNG.PNG";
+    }
     return {};
 }
 
@@ -94,17 +101,20 @@ ImageCache& imageCache() noexcept {
 
 std::unique_ptr<Picture> loadImageAsset(std::string_view name, double largestScale) {
     const AssetBytes asset = findAsset(name);
-    if (asset.size < 1)
+    if (asset.size < 1) {
         return nullptr;
+    }
     auto picture = std::make_unique<Picture>();
     picture->image = decode(asset.span());
     picture->nativeWidth = picture->image.width;
     picture->nativeHeight = picture->image.height;
-    if (picture->nativeWidth == 0)
+    if (picture->nativeWidth == 0) {
         return nullptr;
+    }
     picture->halvings = halvings(picture->nativeWidth, picture->nativeHeight, largestScale);
-    for (int i = 0; i < picture->halvings; ++i)
+    for (int i = 0; i < picture->halvings; ++i) {
         picture->image = halved(picture->image);
+    }
     picture->bitmap =
         created<Bitmap>(GdipCreateBitmapFromScan0, picture->image.width, picture->image.height,
                         picture->image.width * 4, PixelFormat32bppPARGB,
@@ -119,8 +129,9 @@ void loadPanelImages(double largestScale) {
     const auto rows = controlRows();
     for (std::size_t index = 0; index < rows.size(); ++index) {
         const ControlRow& row = rows[index];
-        if (row.visible == 0)
+        if (row.visible == 0) {
             continue;
+        }
         const std::string_view alternate = alternateName(row);
         addPicture(cache, row.image);
         addPicture(cache, alternate);
@@ -130,8 +141,9 @@ void loadPanelImages(double largestScale) {
 
 void ensurePanelImages(double scale) {
     ImageCache& cache = imageCache();
-    if (scale <= cache.largestScale)
+    if (scale <= cache.largestScale) {
         return;
+    }
     for (const auto& [name, picture] : cache.pictures) {
         if (picture != nullptr &&
             halvings(picture->nativeWidth, picture->nativeHeight, scale) < picture->halvings) {
@@ -148,8 +160,9 @@ void releasePanelImages() noexcept {
 
 HICON createAppIcon(int width, int height) {
     const auto image = bestIconImage(findAsset("AppIcon.ico").span(), width, height);
-    if (image.empty())
+    if (image.empty()) {
         return nullptr;
+    }
     // The system only reads the bytes, though its parameter is not const.
     auto* bytes = const_cast<BYTE*>(reinterpret_cast<const BYTE*>(image.data()));
     constexpr DWORD kIconVersion = 0x00030000;

@@ -23,15 +23,17 @@ double clampedScale(double scale) noexcept {
 double readLayoutScale(const char* path) {
     double scale = 1.0;
     const File file(std::fopen(path, "r"));
-    if (file == nullptr || std::fscanf(file.get(), "%lf", &scale) != 1)
+    if (file == nullptr || std::fscanf(file.get(), "%lf", &scale) != 1) {
         return 1.0;
+    }
     return clampedScale(scale);
 }
 
 void writeLayoutScale(const char* path, double scale) {
     const File file(std::fopen(path, "w"));
-    if (file != nullptr)
+    if (file != nullptr) {
         std::fprintf(file.get(), "%.3f", scale);
+    }
 }
 
 double steppedLayoutScale(double scale, double delta) noexcept {
@@ -47,8 +49,9 @@ LayoutSize initialWindowSize(int screenWidth, int screenHeight, double layoutSca
     double fit = std::min(static_cast<double>(availableWidth) / layout.width,
                           static_cast<double>(availableHeight) / layout.height);
     fit = std::min(1.0, fit);
-    if (fit <= 0.0)
+    if (fit <= 0.0) {
         fit = 1.0;
+    }
     const double scale = layoutScale * fit;
     return {std::max(static_cast<int>(layout.width * scale + 0.5), 120),
             std::max(static_cast<int>(layout.height * scale + 0.5), 90)};

@@ -83,8 +83,9 @@ void drawPicture(GpGraphics* graphics, const Picture& picture, const PixelRect& 
 void drawStaticPicture(GpGraphics* graphics, const Picture& picture, int left, int top, int width,
                        int height) {
     const Bitmap scaled = newBitmap(width, height);
-    if (scaled == nullptr)
+    if (scaled == nullptr) {
         return;
+    }
     const Graphics onScaled = graphicsOn(scaled.get());
     useCopyMode(onScaled.get());
     GdipSetInterpolationMode(onScaled.get(), InterpolationModeHighQualityBilinear);
@@ -113,29 +114,35 @@ void drawControls(GpGraphics* graphics, const PixelRect& region, double scale) {
     const ImageAttributes edges = mirroredEdges();
     const auto rows = controlRows();
     for (int index = 0; index < kControlCount; ++index) {
-        if (!isInteractive(rows[static_cast<std::size_t>(index)]))
+        if (!isInteractive(rows[static_cast<std::size_t>(index)])) {
             continue;
+        }
         const PixelRect rect = controlClientRect(index, scale);
-        if (!overlap(rect, region))
+        if (!overlap(rect, region)) {
             continue;
+        }
         const Picture* picture = imageFor(index);
-        if (picture == nullptr)
+        if (picture == nullptr) {
             continue;
-        if (const RotaryState* rotary = rotaryState(index); rotary != nullptr)
+        }
+        if (const RotaryState* rotary = rotaryState(index); rotary != nullptr) {
             drawTurned(graphics, *picture, moved(rect, region), edges, rotary->value);
-        else
+        } else {
             drawPicture(graphics, *picture, moved(rect, region), edges);
+        }
     }
 }
 
 void drawBox(GpGraphics* graphics, const PixelRect& rect, std::wstring_view text, float sizePixels,
              std::uint32_t textColour) {
     GpSolidFill* fill = nullptr;
-    if (GdipCreateSolidFill(kBoxFill, &fill) == Ok)
+    if (GdipCreateSolidFill(kBoxFill, &fill) == Ok) {
         GdipFillRectangleI(graphics, Brush(fill).get(), rect.left, rect.top, rect.width(),
                            rect.height());
-    if (const Pen pen = created<Pen>(GdipCreatePen1, kBoxEdge, 1.0f, UnitPixel); pen != nullptr)
+    }
+    if (const Pen pen = created<Pen>(GdipCreatePen1, kBoxEdge, 1.0f, UnitPixel); pen != nullptr) {
         GdipDrawRectangleI(graphics, pen.get(), rect.left, rect.top, rect.width(), rect.height());
+    }
     drawCenteredText(graphics, text, rect, sizePixels, textColour);
 }
 
@@ -145,8 +152,9 @@ void paintOverlay(GpGraphics* graphics, const PixelRect& region, int clientWidth
     // Strings cost far more than the test whether they are seen.
     const auto box = [&](const PixelRect& rect, std::wstring_view text, float size,
                          std::uint32_t colour) {
-        if (overlap(inflated(rect, kRedrawMargin), region))
+        if (overlap(inflated(rect, kRedrawMargin), region)) {
             drawBox(graphics, moved(rect, region), text, size, colour);
+        }
     };
     const bool followsMidi = now.externalSync && now.midiClockSeen && now.midiBpm > 0.0;
     wchar_t tempo[32];
@@ -156,13 +164,16 @@ void paintOverlay(GpGraphics* graphics, const PixelRect& region, int clientWidth
     box(rects.bpm, tempo, 14, now.externalSync ? kTempoExternal : kTempoInternal);
     box(rects.cards, L"CARDS", 13, kBoxText);
     box(rects.midi, L"MIDI", 13, kBoxText);
-    box(rects.effects, L"EFFECTS", 13, soundEngine().isEffectEnabled() ? kBoxTextOn : kBoxText);
+    // Asking the engine may wait for a block being rendered: only where it is seen.
+    const bool effectOn = overlap(rects.effects, region) && soundEngine().isEffectEnabled();
+    box(rects.effects, L"EFFECTS", 13, effectOn ? kBoxTextOn : kBoxText);
 }
 
 void redraw(const PixelRect& rect, Repaint when) {
     const HWND window = static_cast<HWND>(mainWindow());
-    if (window == nullptr)
+    if (window == nullptr) {
         return;
+    }
     const PixelRect area = inflated(rect, kRedrawMargin);
     const RECT dirty{area.left, area.top, area.right, area.bottom};
     RedrawWindow(window, &dirty, nullptr,
@@ -181,8 +192,9 @@ double windowScale(HWND window) noexcept {
 }
 
 const Picture* imageFor(int index) noexcept {
-    if (index < 0 || index >= kControlCount)
+    if (index < 0 || index >= kControlCount) {
         return nullptr;
+    }
     const ImagePair& pair = imageCache().pairs[static_cast<std::size_t>(index)];
     return pair.alternate != nullptr && controlLit(index) ? pair.alternate : pair.normal;
 }
@@ -196,13 +208,15 @@ void rebuildBackgroundCache(HWND window) {
     BackgroundCache& cache = backgroundCache();
     releaseBackgroundCache();
     const PixelRect client = clientRect(window);
-    if (client.width() <= 0 || client.height() <= 0)
+    if (client.width() <= 0 || client.height() <= 0) {
         return;
+    }
     const double scale = windowScale(window);
     ensurePanelImages(scale);
     cache.bitmap = newBitmap(client.width(), client.height());
-    if (cache.bitmap == nullptr)
+    if (cache.bitmap == nullptr) {
         return;
+    }
     cache.width = client.width();
     cache.height = client.height();
 
@@ -214,9 +228,10 @@ void rebuildBackgroundCache(HWND window) {
     for (std::size_t index = 0; index < rows.size(); ++index) {
         const ControlRow& row = rows[index];
         const Picture* picture = imageCache().pairs[index].normal;
-        if (row.visible != 0 && !isInteractive(row) && picture != nullptr)
+        if (row.visible != 0 && !isInteractive(row) && picture != nullptr) {
             drawStaticPicture(graphics.get(), *picture, scaled(row.x), scaled(row.y),
                               scaled(row.width), scaled(row.height));
+        }
     }
 }
 
@@ -229,8 +244,10 @@ void paintPanel(HWND window) {
     HDC dc = BeginPaint(window, &paint);
     const PixelRect client = clientRect(window);
     const BackgroundCache& cache = backgroundCache();
-    if (cache.bitmap == nullptr || cache.width != client.width() || cache.height != client.height())
+    if (cache.bitmap == nullptr || cache.width != client.width() ||
+        cache.height != client.height()) {
         rebuildBackgroundCache(window);
+    }
 
     const PixelRect region{paint.rcPaint.left, paint.rcPaint.top, paint.rcPaint.right,
                            paint.rcPaint.bottom};
@@ -250,10 +267,11 @@ void paintPanel(HWND window) {
 
 void composePanel(GpGraphics* graphics, const PixelRect& region, int clientWidth, double scale) {
     useCopyMode(graphics);
-    if (GpBitmap* background = backgroundCache().bitmap.get(); background != nullptr)
+    if (GpBitmap* background = backgroundCache().bitmap.get(); background != nullptr) {
         GdipDrawImageRectRectI(graphics, background, 0, 0, region.width(), region.height(),
                                region.left, region.top, region.width(), region.height(), UnitPixel,
                                nullptr, nullptr, nullptr);
+    }
     usePictureMode(graphics);
     drawControls(graphics, region, scale);
     paintOverlay(graphics, region, clientWidth);
@@ -263,8 +281,9 @@ void drawCenteredText(GpGraphics* graphics, std::wstring_view text, const PixelR
                       float sizePixels, std::uint32_t argb) {
     const auto family = created<FontFamily>(GdipCreateFontFamilyFromName, L"Segoe UI",
                                             static_cast<GpFontCollection*>(nullptr));
-    if (family == nullptr)
+    if (family == nullptr) {
         return;
+    }
     const auto font = created<Font>(GdipCreateFont, family.get(), sizePixels,
                                     static_cast<INT>(FontStyleRegular), UnitPixel);
     const auto format =
@@ -272,8 +291,9 @@ void drawCenteredText(GpGraphics* graphics, std::wstring_view text, const PixelR
     GpSolidFill* fill = nullptr;
     GdipCreateSolidFill(argb, &fill);
     const Brush brush(fill);
-    if (font == nullptr || format == nullptr || brush == nullptr)
+    if (font == nullptr || format == nullptr || brush == nullptr) {
         return;
+    }
     GdipSetStringFormatAlign(format.get(), StringAlignmentCenter);
     GdipSetStringFormatLineAlign(format.get(), StringAlignmentCenter);
     const GpRectF layout(static_cast<float>(rect.left), static_cast<float>(rect.top),
@@ -283,8 +303,9 @@ void drawCenteredText(GpGraphics* graphics, std::wstring_view text, const PixelR
 }
 
 void redrawControl(int index, Repaint when) {
-    if (index != kNoControl)
+    if (index != kNoControl) {
         redraw(controlClientRect(index, mainScale()), when);
+    }
 }
 
 void redrawSlider(int index, std::uint32_t oldOffset) {
@@ -298,8 +319,9 @@ void redrawTempoBox() {
 }
 
 void flushPainting() {
-    if (const HWND window = static_cast<HWND>(mainWindow()); window != nullptr)
+    if (const HWND window = static_cast<HWND>(mainWindow()); window != nullptr) {
         UpdateWindow(window);
+    }
 }
 
 } // namespace percussomatic

@@ -8,8 +8,9 @@ namespace percussomatic {
 void premultiply(PixelImage& image) noexcept {
     for (std::uint32_t& pixel : image.pixels) {
         const std::uint32_t alpha = pixel >> 24;
-        if (alpha == 255)
+        if (alpha == 255) {
             continue;
+        }
         const auto scaled = [&](int shift) {
             return ((((pixel >> shift) & 0xFF) * alpha + 127) / 255) << shift;
         };
@@ -49,8 +50,9 @@ int halvings(int width, int height, double largestScale) noexcept {
     while (w > 1 && h > 1) {
         w = (w + 1) / 2;
         h = (h + 1) / 2;
-        if (w < width * largestScale || h < height * largestScale)
+        if (w < width * largestScale || h < height * largestScale) {
             break;
+        }
         ++count;
     }
     return count;

@@ -261,6 +261,8 @@ TEST_F(FrontPanel, PowerSwitchTurnsEverythingOffForGood) {
     EXPECT_EQ(takeRedraws(), Names{});
     EXPECT_TRUE(recordedSystem().timers.empty()) << "the second goes on to its end";
     EXPECT_EQ(toggleBit("pw_001"), 0);
+    press("sw_008");
+    press("sw_008");
     EXPECT_EQ(soundEngine().outputMuted, 1);
 }
 

@@ -16,8 +16,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr double kBpm = 480.0; // twice what the panel offers: more steps in a second
-constexpr double kStepMs = 31.25;
+// A little over whole milliseconds, so that a clock without a grid would lose one at every wait.
+constexpr double kStepMs = 50.05;
+constexpr double kBpm = 15000.0 / kStepMs;
 constexpr milliseconds kPatience{5000};
 
 // How late each step was, in ms. The step that is least late gives the place of the grid.
@@ -35,11 +36,12 @@ std::vector<double> latenessMs(const std::vector<std::int64_t>& ticks) {
 }
 
 TEST(StepClockInRealTime, KeepsItsMeanIntervalWithoutDrift) {
-    constexpr std::size_t kSteps = 32;
+    constexpr std::size_t kSteps = 20;
     constexpr double kStepLateMs = 20.0, kDriftMs = 5.0, kMeanMs = 1.0;
-    // A crowded machine may spoil a run; a fault spoils them all.
+    // A crowded machine may spoil a step or two, or a run; a fault spoils them all.
+    constexpr std::ptrdiff_t kSpoilt = 2;
     constexpr int kAttempts = 3;
-    double worst = 0.0, drift = 0.0, mean = 0.0;
+    double stepLate = 0.0, drift = 0.0, mean = 0.0;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         takeTicks(0, kPatience);
         runClock(kBpm);
@@ -48,19 +50,20 @@ TEST(StepClockInRealTime, KeepsItsMeanIntervalWithoutDrift) {
         clockStop();
         ASSERT_GE(ticks.size(), kSteps);
 
-        const std::vector<double> late = latenessMs(ticks);
+        std::vector<double> late = latenessMs(ticks);
         const auto middle = late.begin() + kSteps / 2;
-        worst = *std::max_element(late.begin(), late.end());
         drift = std::max(*std::min_element(late.begin(), middle),
                          *std::min_element(middle, late.end()));
         mean = static_cast<double>(ticks.back() - ticks.front()) / 1e6 /
                static_cast<double>(ticks.size() - 1);
-        if (worst <= kStepLateMs && drift <= kDriftMs && std::abs(mean - kStepMs) <= kMeanMs) {
+        std::sort(late.begin(), late.end());
+        stepLate = *(late.end() - 1 - kSpoilt);
+        if (stepLate <= kStepLateMs && drift <= kDriftMs && std::abs(mean - kStepMs) <= kMeanMs) {
             break;
         }
     }
     clockShutdown();
-    EXPECT_LE(worst, kStepLateMs) << "late by ms";
+    EXPECT_LE(stepLate, kStepLateMs) << "late by ms";
     EXPECT_LE(drift, kDriftMs) << "one half later than the other by ms";
     EXPECT_NEAR(mean, kStepMs, kMeanMs);
 }

@@ -34,8 +34,9 @@ struct Composed {
         int count = 0;
         for (int y = rect.top + rect.height() / 3; y < rect.bottom - rect.height() / 3; ++y) {
             for (int x = rect.left + rect.width() / 3; x < rect.right - rect.width() / 3;
-                 ++x, ++count)
+                 ++x, ++count) {
                 sum += grey(x, y);
+            }
         }
         return sum / count;
     }
@@ -88,11 +89,13 @@ TEST_F(PanelRendering, EveryLampShowsItsState) {
     controlState().toggleBits[static_cast<std::size_t>(findControl("sw_017"))] = 1;
     const Composed lit = compose();
     for (const int control : {stepButtonIndex(2, 5), findControl("sw_007"), findControl("sw_017"),
-                              findControl("sw_018")})
+                              findControl("sw_018")}) {
         EXPECT_GT(lit.grey(control), dark.grey(control) + 60) << control;
+    }
     for (const int control : {stepButtonIndex(2, 4), stepButtonIndex(1, 5), findControl("sw_008"),
-                              findControl("bin_001")})
+                              findControl("bin_001")}) {
         EXPECT_NEAR(lit.grey(control), dark.grey(control), 1) << control;
+    }
     sequencer().currentStep = 0;
     EXPECT_GT(compose().grey(findControl("bin_001")), dark.grey(findControl("bin_001")) + 40);
 }
@@ -110,9 +113,10 @@ TEST_F(PanelRendering, RotaryPointsToItsValue) {
         for (int degree = 0; degree < 360; ++degree) {
             const double angle = degree * std::numbers::pi / 180;
             double sum = 0;
-            for (const double radius : {80.0, 90.0, 100.0})
+            for (const double radius : {80.0, 90.0, 100.0}) {
                 sum += panel.grey(static_cast<int>(centreX + radius * scale * std::sin(angle)),
                                   static_cast<int>(centreY - radius * scale * std::cos(angle)));
+            }
             if (sum > bestGrey) {
                 bestGrey = sum;
                 best = degree;
@@ -131,8 +135,9 @@ TEST_F(PanelRendering, ARegionAloneLooksAsInTheWholePanel) {
         const Composed part = compose(region);
         int worst = 0;
         for (int y = region.top; y < region.bottom; ++y) {
-            for (int x = region.left; x < region.right; ++x)
+            for (int x = region.left; x < region.right; ++x) {
                 worst = std::max(worst, std::abs(part.grey(x, y) - whole.grey(x, y)));
+            }
         }
         EXPECT_LE(worst, 48)
             << region.left; // the filter may round single pixels of an edge otherwise

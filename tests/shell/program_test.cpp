@@ -32,8 +32,9 @@ protected:
         scale_ = viewScale(client.right, client.bottom);
     }
     void TearDown() override {
-        if (IsWindow(window_) != 0)
+        if (IsWindow(window_) != 0) {
             send(WM_KEYDOWN, VK_ESCAPE, 0);
+        }
         program_.join();
         EXPECT_EQ(exitCode_, 0);
         std::remove("LumivardaLayoutScale.txt");
@@ -69,8 +70,9 @@ private:
 
 TEST_F(Program, RoutesEveryGestureToItsControl) {
     EXPECT_EQ(soundEngine().samples.size(), 12U);
-    for (std::int32_t index = 0; index < 12; ++index)
+    for (std::int32_t index = 0; index < 12; ++index) {
         EXPECT_EQ(sequencer().sampleIndices[static_cast<std::size_t>(index)], index);
+    }
 
     click("bottone_035");
     EXPECT_TRUE(sequencer().pattern.isSet(2, 2));
@@ -126,8 +128,9 @@ TEST_F(Program, PowerSwitchEndsItAfterASecond) {
     EXPECT_TRUE(soundEngine().outputMuted);
     EXPECT_FALSE(sequencer().running);
     click("pw_001");
-    for (int tries = 0; tries < 600 && IsWindow(window_) != 0; ++tries)
+    for (int tries = 0; tries < 600 && IsWindow(window_) != 0; ++tries) {
         Sleep(10);
+    }
     EXPECT_FALSE(IsWindow(window_));
     EXPECT_GE(GetTickCount() - start, 900U);
 }

@@ -26,15 +26,17 @@ using Picture = std::pair<std::string, PixelSize>;       // by asset name
 
 std::uint32_t littleEndian(Bytes bytes, std::size_t offset, std::size_t count) {
     std::uint32_t value = 0;
-    for (std::size_t i = count; i-- > 0;)
+    for (std::size_t i = count; i-- > 0;) {
         value = value << 8 | std::to_integer<std::uint32_t>(bytes[offset + i]);
+    }
     return value;
 }
 
 std::uint32_t bigEndian(Bytes bytes, std::size_t offset) {
     std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i) {
         value = value << 8 | std::to_integer<std::uint32_t>(bytes[offset + i]);
+    }
     return value;
 }
 
@@ -48,8 +50,9 @@ void expectPicture(Bytes png, PixelSize size) {
     std::uint64_t offset = 8;
     while (offset + 12 <= png.size()) {
         const char* type = reinterpret_cast<const char*>(png.data() + offset + 4);
-        if (!chunks.ends_with(std::string(type, 4)))
+        if (!chunks.ends_with(std::string(type, 4))) {
             chunks.append(type, 4);
+        }
         offset += 12ull + bigEndian(png, offset);
     }
     EXPECT_EQ(offset, png.size());
@@ -64,10 +67,13 @@ void expectPicture(Bytes png, PixelSize size) {
 std::set<Picture> shownPictures() {
     std::set<Picture> shown = {
         {"BIN_onPNG.PNG", {166, 166}}, {"pounch.PNG", {883, 2540}}, {"hole.PNG", {56, 56}}};
-    for (const ControlRow& row : controlRows())
-        for (const std::string_view image : {row.image, row.imageOn})
-            if (!image.empty())
+    for (const ControlRow& row : controlRows()) {
+        for (const std::string_view image : {row.image, row.imageOn}) {
+            if (!image.empty()) {
                 shown.emplace(image, PixelSize{row.width, row.height});
+            }
+        }
+    }
     return shown;
 }
 
@@ -80,12 +86,14 @@ TEST(Artwork, PicturesHaveTheSizeOfEveryControlThatShowsThem) {
 
 TEST(Artwork, AllFilesTogetherStayUnderSixMegabytes) {
     std::map<std::string, std::uint64_t> files = {{"AppIcon.ico", findAsset("AppIcon.ico").size}};
-    for (const auto& [name, size] : shownPictures())
+    for (const auto& [name, size] : shownPictures()) {
         files[name] = findAsset(name).size;
+    }
     EXPECT_EQ(files.size(), 17u);
     std::uint64_t total = 0;
-    for (const auto& [name, bytes] : files)
+    for (const auto& [name, bytes] : files) {
         total += bytes;
+    }
     EXPECT_LT(total, 6'000'000u);
 }
 

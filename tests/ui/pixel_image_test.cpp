@@ -2,11 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
 namespace percussomatic {
 namespace {
+
+TEST(PixelImage, ColoursAreMultipliedByAlphaAndRounded) {
+    for (std::uint32_t alpha = 0; alpha < 256; ++alpha) {
+        for (std::uint32_t colour = 0; colour < 256; ++colour) {
+            const auto scaled = [alpha](std::uint32_t channel) {
+                return static_cast<std::uint32_t>(std::lround(channel * alpha / 255.0));
+            };
+            const std::uint32_t red = 255 - colour, green = colour, blue = colour / 2;
+            PixelImage image{1, 1, {alpha << 24 | red << 16 | green << 8 | blue}};
+            premultiply(image);
+            ASSERT_EQ(image.pixels[0],
+                      alpha << 24 | scaled(red) << 16 | scaled(green) << 8 | scaled(blue))
+                << "alpha " << alpha << ", colour " << colour;
+        }
+    }
+}
 
 TEST(PixelImage, HalvingAveragesTwoByTwoPixelsChannelByChannel) {
     const struct {
@@ -50,9 +68,9 @@ TEST(PixelImage, HalvedPicturesStayAsLargeAsTheyAreShown) {
         double largestScale;
         int count;
     } cases[] = {
-        {7995, 5183, 0.202, 2}, {7995, 5183, 1.0, 0}, {100, 100, 0.5, 1},
-        {100, 100, 0.501, 0},   {101, 101, 0.5, 1},   {1024, 1024, 0.25, 2},
-        {1000, 10, 0.12, 3},    {1, 64, 0.001, 0},    {64, 64, 0.0, 6},
+        {7995, 5183, 0.202, 2}, {7995, 5183, 1.0, 0},  {100, 100, 0.5, 1},  {100, 100, 0.501, 0},
+        {101, 101, 0.5, 1},     {1024, 1024, 0.25, 2}, {1000, 10, 0.12, 3}, {1, 64, 0.001, 0},
+        {64, 1, 0.001, 0},      {64, 64, 0.0, 6},
     };
     for (const auto& [width, height, largestScale, count] : cases) {
         EXPECT_EQ(halvings(width, height, largestScale), count)
