@@ -98,10 +98,35 @@ class Player:
         return (self.x + scaled(x + w * (1 - part) / 2), self.y + scaled(y + h * (1 - part) / 2),
                 max(1, scaled(w * part)), max(1, scaled(h * part)))
 
+    def regions(self):
+        """name: (left, top, right, bottom) of the strip's boxes and the card dialog, in pixels of the window."""
+        w, h = self.width, self.height
+        dw, dh = int(w * 0.72), int(h * 0.86)
+        left, top = (w - dw) // 2, (h - dh) // 2
+        right, bottom, middle = left + dw, top + dh, top + dh // 2
+        buttons = left + (dw - 296) // 2
+        return {"INFO": (64, 12, 142, 40), "BPM": (442, 12, 542, 40), "CARDS": (w - 142, 12, w - 64, 40),
+                "MIDI": (w - 232, 12, w - 154, 40), "EFFECTS": (w - 322, 12, w - 244, 40),
+                "dialog": (left, top, right, bottom),
+                "previous": (left + 22, middle - 27, left + 76, middle + 27), "next": (right - 76, middle - 27, right - 22, middle + 27),
+                "TITLE": (buttons, bottom - 42, buttons + 92, bottom - 12), "SAVE": (buttons + 102, bottom - 42, buttons + 194, bottom - 12),
+                "LOAD": (buttons + 204, bottom - 42, buttons + 296, bottom - 12), "CANCEL": (right - 104, top + 10, right - 16, top + 38)}
+
+    def click_at(self, x, y):
+        """A click on a pixel of the window."""
+        xdotool("mousemove", self.x + x, self.y + y, "click", "1")
+        time.sleep(HAND)
+
+    def choose(self, *regions):
+        """Clicks boxes of the strip and the card dialog."""
+        for region in regions:
+            left, top, right, bottom = self.regions()[region]
+            self.click_at((left + right) // 2, (top + bottom) // 2)
+
     def click(self, *names):
         for name in names:
-            xdotool("mousemove", *self.point(name), "click", "1")
-            time.sleep(HAND)
+            x, y = self.point(name)
+            self.click_at(x - self.x, y - self.y)
 
     def drag(self, name, dx, dy):
         x, y = self.point(name)
@@ -135,6 +160,8 @@ class Player:
         time.sleep(HAND)
 
     def press(self, key):
+        """A key for the panel, once the window manager has given it the keyboard."""
+        wait_until(lambda: xdotool("getwindowfocus") == self.window, "the keyboard")
         xdotool("key", key)
         time.sleep(HAND)
 

@@ -1,6 +1,8 @@
 #include "app/main_window.h"
 
 #include "audio/wave_out.h"
+#include "cards/card_panel.h"
+#include "cards/title_dialog.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
@@ -29,6 +31,12 @@ PixelPoint pointOf(LPARAM lParam) noexcept {
     return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
 }
 
+LayoutSize clientSize(HWND window) noexcept {
+    RECT client{};
+    GetClientRect(window, &client);
+    return {client.right, client.bottom};
+}
+
 bool shiftIsDown() noexcept {
     return GetKeyState(VK_SHIFT) < 0;
 }
@@ -53,7 +61,11 @@ void changeLayoutScale(HWND window, double delta) {
 
 LRESULT keyDown(HWND window, WPARAM key, LPARAM lParam) {
     if (key == VK_ESCAPE) {
-        DestroyWindow(window);
+        if (cardPanel().cardsDialogOpen) {
+            closeCardsDialog();
+        } else {
+            DestroyWindow(window);
+        }
         return 0;
     }
     if (GetKeyState(VK_CONTROL) < 0) {
@@ -70,16 +82,69 @@ LRESULT keyDown(HWND window, WPARAM key, LPARAM lParam) {
 }
 
 LRESULT timer(HWND window, WPARAM id, LPARAM lParam) {
-    if (id != static_cast<WPARAM>(WindowTimer::powerOff)) {
+    switch (static_cast<WindowTimer>(id)) {
+    case WindowTimer::powerOff:
+        stopTimer(WindowTimer::powerOff);
+        DestroyWindow(window);
+        return 0;
+    case WindowTimer::cardInsertion:
+        cardInsertionTick();
+        return 0;
+    default:
         return DefWindowProcW(window, WM_TIMER, id, lParam);
     }
-    stopTimer(WindowTimer::powerOff);
-    DestroyWindow(window);
-    return 0;
+}
+
+void askTitle(HWND window) {
+    const int slot = cardPanel().dialogSlot;
+    const std::optional<std::wstring> title =
+        askCardTitle(window, cardLabel(cardPanel().slots[static_cast<std::size_t>(slot)], slot));
+    if (title.has_value()) {
+        setCardTitle(*title);
+    }
+}
+
+// False when nothing of the strip or the card dialog lies under the point.
+bool pressStripOrDialog(HWND window, PixelPoint point) {
+    switch (panelCommandAt(point, cardPanelRects(clientSize(window)))) {
+    case PanelCommand::none:
+        return false;
+    case PanelCommand::cards:
+        toggleCardsDialog();
+        break;
+    case PanelCommand::previousCard:
+        showPreviousCard();
+        break;
+    case PanelCommand::nextCard:
+        showNextCard();
+        break;
+    case PanelCommand::title:
+        askTitle(window);
+        break;
+    case PanelCommand::save:
+        saveCard();
+        break;
+    case PanelCommand::load:
+        beginCardInsertion(clientSize(window));
+        break;
+    case PanelCommand::cancel:
+        closeCardsDialog();
+        break;
+    case PanelCommand::swallowed:
+    case PanelCommand::info:
+    case PanelCommand::tempo:
+    case PanelCommand::midi:
+    case PanelCommand::effects:
+        break;
+    }
+    return true;
 }
 
 // The first that takes the press ends it.
 void buttonDown(HWND window, PixelPoint point) {
+    if (pressStripOrDialog(window, point)) {
+        return;
+    }
     const double scale = windowScale(window);
     if (beginRotaryDrag(point, scale) || beginSliderDrag(point, scale)) {
         SetCapture(window);
@@ -130,6 +195,7 @@ LRESULT mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
     const int delta = GET_WHEEL_DELTA_WPARAM(wParam);
     const WORD keys = GET_KEYSTATE_WPARAM(wParam);
     if ((keys & MK_CONTROL) != 0) {
+        hideInsertedCard();
         changeLayoutScale(window, delta > 0 ? kLayoutScaleStep : -kLayoutScaleStep);
         return 0;
     }
@@ -166,6 +232,7 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         return 1;
     case WM_SIZE:
         rebuildBackgroundCache(window);
+        placeReaderCard(clientSize(window));
         InvalidateRect(window, nullptr, FALSE);
         return 0;
     case WM_KEYDOWN:

@@ -3,6 +3,7 @@
 #include "app/main_window.h"
 #include "audio/sound_engine.h"
 #include "audio/wave_out.h"
+#include "cards/card_panel.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
@@ -109,6 +110,8 @@ int runPercussomatic(HINSTANCE instance) {
     const PanelPictures pictures;
     const LayoutSize largest = windowSizeAt(1.0);
     loadPanelImages(viewScale(largest.width, largest.height));
+    resetCardPanel();
+    loadCards();
     startSound();
 
     const HWND window = createWindow(instance);

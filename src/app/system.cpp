@@ -52,6 +52,10 @@ std::int64_t counterNs() noexcept {
            counter.QuadPart % frequency * kNsPerSecond / frequency;
 }
 
+void showProblem(const std::wstring& text) {
+    MessageBoxW(theMainWindow, text.c_str(), L"Percussomatic", MB_OK | MB_ICONWARNING);
+}
+
 void postStepTick(WindowHandle window) noexcept {
     const HWND target = static_cast<HWND>(window);
     if (target != nullptr && IsWindow(target) != 0) {

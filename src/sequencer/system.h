@@ -41,6 +41,9 @@ void endClockThread() noexcept;
 void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
                  std::int64_t milliseconds);
 
+// Tells the player of something that went wrong and waits until it has been read. GUI thread.
+void showProblem(const std::wstring& text);
+
 // Shows who leads the tempo, where that is on display at all. GUI thread.
 void showSyncStatus(bool externalSync, const std::wstring& text);
 

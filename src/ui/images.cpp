@@ -2,7 +2,9 @@
 
 #include "ui/assets.h"
 #include "ui/icon_directory.h"
+#include "ui/panel_rects.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace percussomatic {
@@ -69,11 +71,11 @@ PixelImage decode(std::span<const std::byte> bytes) {
     return image;
 }
 
-void addPicture(ImageCache& cache, std::string_view name) {
+void addPicture(ImageCache& cache, std::string_view name, double scale) {
     if (name.empty() || cache.pictures.contains(name)) {
         return;
     }
-    cache.pictures.emplace(name, loadImageAsset(name, cache.largestScale));
+    cache.pictures.emplace(name, loadImageAsset(name, scale));
 }
 
 const Picture* pictureOf(const ImageCache& cache, std::string_view name) {
@@ -92,6 +94,22 @@ std::string_view alternateName(const ControlRow& row) noexcept {
     return {};
 }
 
+// A card in the dialog fills most of the window's height, far more than its share of the layout.
+void loadCardImages(ImageCache& cache) {
+    constexpr std::string_view kCard = "pounch.PNG", kHole = "hole.PNG", kPlate = "c_scheda.PNG";
+    constexpr double kCardPixels = 2540.0; // height of the card's picture
+    const LayoutSize layout = layoutSize();
+    const PanelRects rects = panelRects(static_cast<int>(layout.width * cache.largestScale),
+                                        static_cast<int>(layout.height * cache.largestScale), 0.0);
+    const double scale = std::max(0.0, rects.dialogCard.height() / kCardPixels);
+    addPicture(cache, kCard, scale);
+    addPicture(cache, kHole, scale);
+    addPicture(cache, kPlate, cache.largestScale);
+    cache.cardImage = pictureOf(cache, kCard);
+    cache.holeImage = pictureOf(cache, kHole);
+    cache.readerFrontImage = pictureOf(cache, kPlate);
+}
+
 } // namespace
 
 ImageCache& imageCache() noexcept {
@@ -106,13 +124,11 @@ std::unique_ptr<Picture> loadImageAsset(std::string_view name, double largestSca
     }
     auto picture = std::make_unique<Picture>();
     picture->image = decode(asset.span());
-    picture->nativeWidth = picture->image.width;
-    picture->nativeHeight = picture->image.height;
-    if (picture->nativeWidth == 0) {
+    if (picture->image.width == 0) {
         return nullptr;
     }
-    picture->halvings = halvings(picture->nativeWidth, picture->nativeHeight, largestScale);
-    for (int i = 0; i < picture->halvings; ++i) {
+    const int count = halvings(picture->image.width, picture->image.height, largestScale);
+    for (int i = 0; i < count; ++i) {
         picture->image = halved(picture->image);
     }
     picture->bitmap =
@@ -133,25 +149,17 @@ void loadPanelImages(double largestScale) {
             continue;
         }
         const std::string_view alternate = alternateName(row);
-        addPicture(cache, row.image);
-        addPicture(cache, alternate);
+        addPicture(cache, row.image, largestScale);
+        addPicture(cache, alternate, largestScale);
         cache.pairs[index] = {pictureOf(cache, row.image), pictureOf(cache, alternate)};
     }
+    loadCardImages(cache);
 }
 
 void ensurePanelImages(double scale) {
-    ImageCache& cache = imageCache();
-    if (scale <= cache.largestScale) {
-        return;
+    if (scale > imageCache().largestScale) {
+        loadPanelImages(scale);
     }
-    for (const auto& [name, picture] : cache.pictures) {
-        if (picture != nullptr &&
-            halvings(picture->nativeWidth, picture->nativeHeight, scale) < picture->halvings) {
-            loadPanelImages(scale);
-            return;
-        }
-    }
-    cache.largestScale = scale;
 }
 
 void releasePanelImages() noexcept {

@@ -19,8 +19,6 @@ namespace percussomatic {
 struct Picture {
     PixelImage image; // reduced; the bitmap lies over its pixels
     Bitmap bitmap;
-    int halvings = 0; // how often it was halved after decoding
-    int nativeWidth = 0, nativeHeight = 0;
 };
 
 // The two pictures of a control; null where there is none.
@@ -32,6 +30,10 @@ struct ImagePair {
 struct ImageCache {
     std::map<std::string, std::unique_ptr<Picture>, std::less<>> pictures; // by asset name
     std::array<ImagePair, kControlCount> pairs{};
+    // Of punch cards: the card, one hole, and the reader's plate that covers a card behind it.
+    const Picture* cardImage = nullptr;
+    const Picture* holeImage = nullptr;
+    const Picture* readerFrontImage = nullptr;
     double largestScale = 0.0; // client pixels per layout unit that the pictures are good for
 };
 
@@ -41,7 +43,7 @@ ImageCache& imageCache() noexcept;
 // cannot be decoded.
 std::unique_ptr<Picture> loadImageAsset(std::string_view name, double largestScale);
 
-// Fills the cache for all visible controls; what was in it is released.
+// Fills the cache for all visible controls and the cards; what was in it is released.
 void loadPanelImages(double largestScale);
 
 // Decodes again what is too small for this scale.

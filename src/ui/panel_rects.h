@@ -4,12 +4,20 @@
 
 namespace percussomatic {
 
-// What the program itself draws over the panel: the boxes of the strip along the top, in client
-// pixels at fixed distances from the window's edges.
+// What the program itself draws over the panel, in client pixels: the boxes of the strip along the
+// top at fixed distances from the window's edges, the card dialog in the middle, and the reader.
 struct PanelRects {
     PixelRect info, bpm, cards, midi, effects;
+    PixelRect dialog, previousCard, nextCard, title, save, load, cancel;
+    PixelRect dialogCard; // the card shown in the dialog
+    PixelRect reader;     // where a card in the reader can be seen
+    PixelRect readerCard;
 };
 
-PanelRects panelRects(int clientWidth) noexcept;
+// Width to height of a punch card.
+inline constexpr double kCardAspect = 0.3477602905569007; // 1149 / 3304
+
+// readerCardY: upper edge of the card in the reader.
+PanelRects panelRects(int clientWidth, int clientHeight, double readerCardY) noexcept;
 
 } // namespace percussomatic

@@ -4,19 +4,11 @@
 #include "ui/gdiplus_flat.h"
 #include "ui/images.h"
 
-#include <cstdint>
-#include <string_view>
-
 namespace percussomatic {
 
 // Everything the main window shows. Reads every state record and writes none but its own background
-// cache. Client pixels unless layout units are named; colours are 0xAARRGGBB. GUI thread.
-
-// The static pictures at the present client size, under the controls of every paint.
-struct BackgroundCache {
-    Bitmap bitmap;
-    int width = 0, height = 0;
-};
+// cache: the static pictures at the present client size, under the controls of every paint. GUI
+// thread.
 
 // Client pixels per layout unit of the window.
 double windowScale(HWND window) noexcept;
@@ -31,14 +23,6 @@ void releaseBackgroundCache() noexcept;
 void paintPanel(HWND window);
 
 // The same for any region of a client area, into graphics whose origin is the region's corner.
-void composePanel(Gdiplus::GpGraphics* graphics, const PixelRect& region, int clientWidth,
-                  double scale);
-
-// "Segoe UI" of that many pixels, centred both ways. Nothing where the font is missing.
-void drawCenteredText(Gdiplus::GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
-                      float sizePixels, std::uint32_t argb);
-
-// Window pixels in an off-screen bitmap of 32-bit premultiplied pixels.
-Bitmap newBitmap(int width, int height);
+void composePanel(Gdiplus::GpGraphics* graphics, const PixelRect& region, LayoutSize client);
 
 } // namespace percussomatic

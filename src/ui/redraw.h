@@ -19,6 +19,11 @@ void redrawControl(int index, Repaint when);
 void redrawSlider(int index, std::uint32_t oldOffset);
 
 void redrawTempoBox();
+void redrawEffectsBox();
+
+void redrawPanel();      // the whole client area, at once
+void redrawCardDialog(); // with its shadow
+void redrawReader();     // the area in which a card in the reader can be seen
 
 // Paints what is marked at once, without waiting for the message queue.
 void flushPainting();

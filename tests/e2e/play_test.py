@@ -159,6 +159,109 @@ class Sound(Played):
         self.assertGreater(blocks[-1][0] - clicked, 0.7e9, "the device went on with silence")
 
 
+class Cards(Played):
+    def lit_steps(self, player, picture=None):
+        picture = picture or player.screenshot()
+        return {(line, step) for line in range(6) for step in range(STEPS)
+                if player.brightness(f"bottone_{16 * line + step + 1:03}", picture) > 120}
+
+    def expected_card(self, title, places):
+        on = {switch for switches, _, _ in RHYTHM for switch in switches}
+        order = [f"sw_00{n}" for n in range(1, 7)] + ["sw_028", "sw_026", "sw_024", "sw_022", "sw_020", "sw_017"]
+        sends = ",".join(["0.000000"] * 12)
+        lines = ["_PERCUSSOMATIC_CARD_V4", f"TITLE={title}", "MASTER_VOLUME=1.000000", "TEMPO_NORMALIZED=0.400000",
+                 "SEQUENCE_LENGTH=9", "LINE_VOLUMES=" + ",".join(f"{place / 650:.6f}" for place in places),
+                 "INSTRUMENTS=" + ",".join("1" if switch in on else "0" for switch in order),
+                 "EFFECT_ENABLED=0", "EFFECT_PRESET=0", "EFFECT_RETURN=0.200000", "EFFECT_ROOM_SIZE=0.420000",
+                 "EFFECT_DAMPING=0.580000", "EFFECT_WIDTH=0.920000", "EFFECT_PREDELAY_MS=5.000000", "EFFECT_SENDS=" + sends]
+        lines += ["".join("1" if step in steps else "0" for step in range(STEPS)) for _, _, steps in RHYTHM]
+        return "\n".join(lines) + "\n"
+
+    def card(self, slot):
+        return (self.folder / "PunchCards" / f"card_{slot}.vopcard").read_text(encoding="utf-8")
+
+    def test_a_rhythm_saved_by_mouse_comes_back_after_a_restart(self):
+        player = self.start(stand_in=True)
+        self.set_rhythm(player)
+        player.click("sw_011")
+        places = [player.turned[f"slider_{n:03}"] for n in range(1, 7)]
+        player.choose("CARDS", "next", "next")
+        empty = player.screenshot()
+        player.choose("SAVE")
+        saved = wait_until(lambda: (self.folder / "PunchCards/card_3.vopcard").exists() and self.card(3), "the saved card")
+        self.assertEqual(saved, self.expected_card("PUNCH CARD 03", places))
+        self.check_holes(player, empty, player.screenshot())
+
+        player.choose("TITLE")
+        wait_until(lambda: xdotool("search", "--onlyvisible", "--name", "^Punch Card Title$"), "the title dialog")
+        xdotool("type", "NINE STEPS 9 8")
+        xdotool("key", "Return")
+        wait_until(lambda: "TITLE=NINE STEPS" in self.card(3), "the new title")
+        self.assertEqual(self.card(3), self.expected_card("NINE STEPS 9 8", places))
+        player.press("Escape")
+        player.press("Escape")
+        self.assertEqual(player.wait_for_end(), 0)
+
+        player = self.start(stand_in=True)
+        player.choose("CARDS", "next", "next", "CANCEL")
+        self.assertTrue(wait_until(lambda: self.seen_half_way(player), "a look at the card on its way", 60))
+        wait_until(lambda: self.lit_steps(player) == {(line, step) for line, (_, _, steps) in enumerate(RHYTHM) for step in steps},
+                   "the whole pattern")
+        wait_until(lambda: player.brightness("sw_028") > 150, "the settings of the card")
+        self.assertGreater(player.brightness("sw_008"), 150, "edit mode")
+        player.choose("CARDS", "next", "SAVE")
+        again = wait_until(lambda: (self.folder / "PunchCards/card_4.vopcard").exists() and self.card(4), "the second card")
+        self.assertEqual(again, self.expected_card("PUNCH CARD 04", places))
+        self.assertEqual(sorted(p.name for p in (self.folder / "PunchCards").iterdir()), ["card_3.vopcard", "card_4.vopcard"])
+
+    def check_holes(self, player, empty, used):
+        """The first step of line 1 is punched at the foot of the card, the second is not."""
+        left, top, right, bottom = player.regions()["dialog"]
+        height = bottom - top - 112
+        width = int(height * 1149 / 3304)
+        x0, y0 = player.x + left + (right - left - width) // 2, player.y + top + 48
+        hole = lambda line, step: (x0 + int((456 + 107 * line) * width / 1149) - 2, y0 + int((3078 - 154 * step) * height / 3304) - 2, 4, 4)
+        self.assertGreater(empty.brightness(*hole(0, 0)), 150)
+        self.assertLess(used.brightness(*hole(0, 0)), 60)
+        self.assertGreater(used.brightness(*hole(0, 1)), 150)
+
+    def seen_half_way(self, player):
+        """Loads the card and looks while it passes; false when no look came between its middle and its end."""
+        player.choose("CARDS", "LOAD")
+        pictures, end = [], time.monotonic() + 1.5
+        while time.monotonic() < end:
+            pictures.append(player.screenshot())
+        wait_until(lambda: player.brightness("bottone_096") > 120, "the last column")
+        last_columns = [max((step for _, step in self.lit_steps(player, picture)), default=0) for picture in pictures]
+        half_way = [picture for picture, column in zip(pictures, last_columns) if 8 <= column <= 10]
+        for picture in half_way:
+            self.check_reader(player, picture)
+        return bool(half_way)
+
+    def check_reader(self, player, picture):
+        """A card on its way shows below the plate, and the tray's end is still bare."""
+        x = player.x + int(player.width * 0.865)
+        below_plate, tray_end = player.y + int(2215 * player.scale), player.y + int(4250 * player.scale)
+        self.assertGreater(picture.brightness(x, below_plate, 20, 6), 120)
+        self.assertLess(picture.brightness(x, tray_end, 20, 6), 60)
+
+    def test_faults_of_cards_never_stop_the_program(self):
+        cards = self.folder / "PunchCards"
+        cards.mkdir()
+        (cards / "card_1.vopcard").write_text("_PERCUSSOMATIC_CARD_V3\nTITLE=X\nMASTER_VOLUME=loud\n")
+        (cards / "card_2.vopcard").mkdir()
+        player = self.start(stand_in=True)
+        player.choose("CARDS", "next", "SAVE")                 # a folder has the card's name
+        box = wait_until(lambda: xdotool("search", "--onlyvisible", "--name", "^Percussomatic$").split()[1:], "the message")
+        xdotool("key", "Return")
+        wait_until(lambda: not xdotool("search", "--onlyvisible", "--name", "^Percussomatic$").split()[1:], "the message's end")
+        player.choose("LOAD")                                  # the slot kept the rhythm in memory
+        wait_until(lambda: player.brightness("sw_008") > 150, "the insertion")
+        player.click("pw_001")                                 # power-off in the middle of it
+        self.assertEqual(player.wait_for_end(), 0)
+        self.assertEqual([p.name for p in cards.iterdir() if "saving" in p.name], [])
+
+
 class Device(Played):
     def test_without_a_sound_device_the_panel_works_on(self):
         player = self.start(stand_in=True, PERCUSSOMATIC_TEST_OPEN_RESULT="4")
@@ -178,7 +281,7 @@ class Device(Played):
         player.drag("c_scheda_001", 60, 30)
         player.place()
         self.assertEqual((player.x, player.y), (x + 60, y + 30))
-        xdotool("key", "ctrl+minus")
+        player.press("ctrl+minus")
         wait_until(lambda: player.place() or player.width < width, "the smaller window")
         self.assertEqual((self.folder / "LumivardaLayoutScale.txt").read_text(), "0.950")
         self.assertAlmostEqual(player.width, 0.95 * width, delta=1)

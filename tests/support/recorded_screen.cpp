@@ -1,5 +1,6 @@
 #include "support/recorded_screen.h"
 
+#include "audio/sound_engine.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/panel_state.h"
 #include "sequencer/sequencer.h"
@@ -24,10 +25,11 @@ struct Look {
     bool operator==(const Look&) const = default;
 };
 
-constexpr int kTempoBox = kControlCount;
+constexpr int kTempoBox = kControlCount, kEffectsBox = kControlCount + 1;
+constexpr int kPlaces = kControlCount + 2;
 
 struct RecordedScreen {
-    std::array<Look, kControlCount + 1> painted;
+    std::array<Look, kPlaces> painted;
     std::set<int> marked;
     std::vector<std::string> requests;
 };
@@ -38,6 +40,9 @@ RecordedScreen& recordedScreen() {
 }
 
 std::string nameOf(int index) {
+    if (index == kEffectsBox) {
+        return "effects box";
+    }
     return index == kTempoBox ? "tempo box"
                               : std::string(controlRows()[static_cast<std::size_t>(index)].name);
 }
@@ -47,6 +52,9 @@ Look lookOf(int index) {
         const Sequencer& now = sequencer();
         const bool midiTempo = now.externalSync && now.midiClockSeen && now.midiBpm > 0.0;
         return {.lit = now.externalSync, .value = midiTempo ? now.midiBpm : now.bpm};
+    }
+    if (index == kEffectsBox) {
+        return {.lit = soundEngine().isEffectEnabled()};
     }
     const RotaryState* rotary = rotaryState(index);
     return {.lit = controlLit(index),
@@ -60,6 +68,12 @@ void paintMarked() {
         screen.painted[static_cast<std::size_t>(index)] = lookOf(index);
     }
     screen.marked.clear();
+}
+
+void markAll() {
+    for (int index = 0; index < kPlaces; ++index) {
+        recordedScreen().marked.insert(index);
+    }
 }
 
 // Painting at once takes along what has been marked before.
@@ -87,6 +101,25 @@ void redrawTempoBox() {
     request(kTempoBox, Repaint::later, nameOf(kTempoBox));
 }
 
+void redrawEffectsBox() {
+    request(kEffectsBox, Repaint::later, nameOf(kEffectsBox));
+}
+
+void redrawPanel() {
+    markAll();
+    recordedScreen().requests.emplace_back("panel");
+    paintMarked();
+}
+
+// What lies in the dialog and the reader is always drawn from the cards themselves.
+void redrawCardDialog() {
+    recordedScreen().requests.emplace_back("card dialog");
+}
+
+void redrawReader() {
+    recordedScreen().requests.emplace_back("reader");
+}
+
 void flushPainting() {
     recordedScreen().requests.emplace_back("flush");
     paintMarked();
@@ -99,7 +132,7 @@ std::vector<std::string> takeRedraws() {
 std::vector<std::string> staleControls() {
     paintMarked();
     std::vector<std::string> stale;
-    for (int index = 0; index <= kTempoBox; ++index) {
+    for (int index = 0; index < kPlaces; ++index) {
         if (recordedScreen().painted[static_cast<std::size_t>(index)] != lookOf(index)) {
             stale.push_back(nameOf(index));
         }
@@ -108,11 +141,8 @@ std::vector<std::string> staleControls() {
 }
 
 void resetRecordedScreen() {
-    RecordedScreen& screen = recordedScreen();
-    screen = {};
-    for (int index = 0; index <= kTempoBox; ++index) {
-        screen.marked.insert(index);
-    }
+    recordedScreen() = {};
+    markAll();
     paintMarked();
 }
 

@@ -1,6 +1,7 @@
 #include "support/recorded_system.h"
 
 #include "audio/sound_engine.h"
+#include "cards/card_panel.h"
 #include "sequencer/panel_state.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
@@ -56,12 +57,17 @@ void showSyncStatus(bool externalSync, const std::wstring& text) {
     recordedSystem().syncStatus = text;
 }
 
+void showProblem(const std::wstring& text) {
+    recordedSystem().problems.push_back(text);
+}
+
 FreshInstrument::FreshInstrument() {
     resetVirtualClock();
     setClockWindow(nullptr);
     resetControlState();
     resetPanelState();
     resetSequencer();
+    resetCardPanel();
     sequencer().sampleIndices = tinyRecordings();
 
     SoundEngine& engine = soundEngine();
@@ -76,6 +82,7 @@ FreshInstrument::FreshInstrument() {
     system.tickCountMs = 0;
     system.syncStatus.clear();
     system.externalSyncShown = false;
+    system.problems.clear();
     resetRecordedScreen();
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace percussomatic {
 
@@ -15,6 +16,7 @@ struct RecordedSystem {
     std::uint32_t tickCountMs = 0;
     std::wstring syncStatus;
     bool externalSyncShown = false;
+    std::vector<std::wstring> problems; // that the player was told of
 };
 
 RecordedSystem& recordedSystem();

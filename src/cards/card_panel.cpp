@@ -1,0 +1,334 @@
+#include "cards/card_panel.h"
+
+#include "audio/sound_engine.h"
+#include "cards/card_file.h"
+#include "cards/card_settings.h"
+#include "sequencer/front_panel.h"
+#include "sequencer/system.h"
+#include "sequencer/transport.h"
+#include "ui/redraw.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace percussomatic {
+
+namespace {
+
+constexpr double kInsertionNs = 1.35e9;
+constexpr unsigned kInsertionTimerMs = 16;
+
+PunchCard& shownCard() {
+    return cardPanel().slots[static_cast<std::size_t>(cardPanel().dialogSlot)];
+}
+
+PunchCard& insertedCard() {
+    return cardPanel().slots[static_cast<std::size_t>(cardPanel().insertSlot)];
+}
+
+void writeCardFile(const PunchCard& card, int slot) {
+    const std::filesystem::path path = cardFilePath(slot);
+    const SaveResult result = saveCardFile(path, writePunchCard(card, slot));
+    if (result != SaveResult::saved) {
+        showProblem(saveFaultText(result, path));
+    }
+}
+
+// Six A switches, then six B switches.
+std::string_view instrumentSwitch(std::size_t position) {
+    return position < kLineCount ? kRhythmLines[position].switchA
+                                 : kRhythmLines[position - kLineCount].switchB;
+}
+
+void turnRotary(RotaryState& rotary, double value, const char* name) {
+    rotary.value = value;
+    rotary.dragStartValue = value;
+    rotary.dragging = false;
+    const int index = findControl(name);
+    applyRotary(index);
+    redrawControl(index, Repaint::later);
+}
+
+void applySliders(const PunchCard& card) {
+    for (std::size_t line = 0; line < kLineCount; ++line) {
+        const int slider = findControl(kRhythmLines[line].slider);
+        std::uint32_t& offset = controlState().sliderOffset[static_cast<std::size_t>(slider)];
+        const std::uint32_t old = std::exchange(offset, sliderPositionOf(card.lineVolumes[line]));
+        if (offset != old) {
+            redrawSlider(slider, old);
+        }
+        if (panelState().sliderDragIndex == slider) {
+            endSliderDrag(); // or the hand's next move would undo the card
+        }
+    }
+}
+
+void applySwitches(const PunchCard& card) {
+    for (std::size_t position = 0; position < kInstrumentCount; ++position) {
+        const int index = findControl(instrumentSwitch(position));
+        std::uint8_t& bit = controlState().toggleBits[static_cast<std::size_t>(index)];
+        const std::uint8_t old =
+            std::exchange(bit, static_cast<std::uint8_t>(card.instruments[position] != 0));
+        if (bit != old) {
+            redrawControl(index, Repaint::later);
+        }
+    }
+}
+
+// Where a card starts above the window and where it comes to rest below the reader's plate.
+void setTravel(LayoutSize client) {
+    CardPanel& panel = cardPanel();
+    const PanelRects rects = cardPanelRects(client);
+    panel.insertStartY = -rects.readerCard.height() - 8;
+    const int plate = findControl("c_scheda_001");
+    panel.insertTargetY =
+        plate == kNoControl
+            ? rects.reader.bottom
+            : controlClientRect(plate, viewScale(client.width, client.height)).bottom + 2;
+}
+
+// Part of its way that the card has gone, 0..1.
+double travelled() {
+    const CardPanel& panel = cardPanel();
+    const double way = panel.insertTargetY - panel.insertStartY;
+    return way > 0.0 ? std::clamp((panel.readerCardY - panel.insertStartY) / way, 0.0, 1.0) : 1.0;
+}
+
+void moveCard() {
+    CardPanel& panel = cardPanel();
+    const double t =
+        std::clamp(static_cast<double>(counterNs() - panel.insertStartNs) / kInsertionNs, 0.0, 1.0);
+    panel.readerCardY =
+        panel.insertStartY + (panel.insertTargetY - panel.insertStartY) * t * t * (3.0 - 2.0 * t);
+    panel.moving = t < 1.0;
+}
+
+void readColumns(int due) {
+    CardPanel& panel = cardPanel();
+    for (; panel.columnsLoaded < due; ++panel.columnsLoaded) {
+        const int step = panel.columnsLoaded;
+        redrawStepColumn(static_cast<std::uint32_t>(step)); // what the player has set meanwhile
+        for (int line = 0; line < kLineCount; ++line) {
+            sequencer().pattern.set(line, step, insertedCard().pattern.isSet(line, step));
+        }
+        redrawStepColumn(static_cast<std::uint32_t>(step));
+    }
+}
+
+void finishInsertion() {
+    CardPanel& panel = cardPanel();
+    stopTimer(WindowTimer::cardInsertion);
+    panel.insertedSlot = panel.insertSlot;
+    panel.insertingCard = false;
+    panel.cardInserted = true;
+    applyCard(insertedCard());
+}
+
+void redrawStepButtons() {
+    for (int line = 0; line < kLineCount; ++line) {
+        for (int step = 0; step < kStepCount; ++step) {
+            redrawControl(stepButtonIndex(line, step), Repaint::later);
+        }
+    }
+}
+
+void showCard(int slot) {
+    cardPanel().dialogSlot = slot;
+    redrawCardDialog();
+}
+
+} // namespace
+
+CardPanel& cardPanel() noexcept {
+    static CardPanel panel;
+    return panel;
+}
+
+void resetCardPanel() {
+    cardPanel() = CardPanel{};
+}
+
+void loadCards() {
+    std::error_code ignored; // without the folder every slot stays empty; a save tells
+    std::filesystem::create_directories(kCardFolder, ignored);
+    for (int slot = 0; slot < kCardSlots; ++slot) {
+        loadCardFile(cardFilePath(slot), cardPanel().slots[static_cast<std::size_t>(slot)]);
+    }
+}
+
+PanelRects cardPanelRects(LayoutSize client) noexcept {
+    return panelRects(client.width, client.height, cardPanel().readerCardY);
+}
+
+PanelCommand panelCommandAt(PixelPoint client, const PanelRects& rects) noexcept {
+    struct Region {
+        const PixelRect& rect;
+        PanelCommand command;
+    };
+    if (cardPanel().cardsDialogOpen) { // drawn over the strip
+        const Region buttons[] = {
+            {rects.previousCard, PanelCommand::previousCard},
+            {rects.nextCard, PanelCommand::nextCard},
+            {rects.title, PanelCommand::title},
+            {rects.save, PanelCommand::save},
+            {rects.load, PanelCommand::load},
+            {rects.cancel, PanelCommand::cancel},
+            {rects.dialog, PanelCommand::swallowed},
+        };
+        for (const Region& region : buttons) {
+            if (contains(region.rect, client)) {
+                return region.command;
+            }
+        }
+    }
+    const Region strip[] = {
+        {rects.effects, PanelCommand::effects}, {rects.midi, PanelCommand::midi},
+        {rects.cards, PanelCommand::cards},     {rects.bpm, PanelCommand::tempo},
+        {rects.info, PanelCommand::info},
+    };
+    for (const Region& region : strip) {
+        if (contains(region.rect, client)) {
+            return region.command;
+        }
+    }
+    return PanelCommand::none;
+}
+
+void toggleCardsDialog() {
+    cardPanel().cardsDialogOpen = !cardPanel().cardsDialogOpen;
+    redrawPanel();
+}
+
+void closeCardsDialog() {
+    cardPanel().cardsDialogOpen = false;
+    redrawPanel();
+}
+
+void showPreviousCard() {
+    showCard((cardPanel().dialogSlot + kCardSlots - 1) % kCardSlots);
+}
+
+void showNextCard() {
+    showCard((cardPanel().dialogSlot + 1) % kCardSlots);
+}
+
+void saveCard() {
+    if (cardPanel().insertingCard) {
+        return;
+    }
+    PunchCard& card = shownCard();
+    captureCard(card);
+    card.used = true;
+    writeCardFile(card, cardPanel().dialogSlot);
+    redrawCardDialog();
+}
+
+void setCardTitle(std::wstring title) {
+    constexpr const wchar_t* kBlanks = L" \t";
+    title.erase(title.find_last_not_of(kBlanks) + 1);
+    title.erase(0, std::min(title.find_first_not_of(kBlanks), title.size()));
+    PunchCard& card = shownCard();
+    card.title = std::move(title);
+    if (card.used) {
+        writeCardFile(card, cardPanel().dialogSlot);
+    }
+    redrawCardDialog();
+}
+
+void beginCardInsertion(LayoutSize client) {
+    CardPanel& panel = cardPanel();
+    if (!shownCard().used || panel.insertingCard) {
+        return;
+    }
+    panel.insertSlot = panel.dialogSlot;
+    panel.cardsDialogOpen = false;
+    panel.insertingCard = true;
+    panel.cardInserted = false;
+    if (!sequencer().editMode) {
+        sequencer().editMode = true;
+        redrawControl(findControl("sw_008"), Repaint::later);
+        updateBeatLamp();
+    }
+    soundEngine().outputMuted = 1;
+    soundEngine().stopAllVoicesRequest = 1;
+    redrawStepButtons();
+    panel.columnsLoaded = 0;
+    sequencer().pattern = Pattern{};
+
+    setTravel(client);
+    panel.readerCardY = panel.insertStartY;
+    panel.insertStartNs = counterNs();
+    panel.moving = true;
+    startTimer(WindowTimer::cardInsertion, kInsertionTimerMs);
+    redrawPanel();
+}
+
+void cardInsertionTick() {
+    CardPanel& panel = cardPanel();
+    if (!panel.insertingCard) {
+        return;
+    }
+    if (panel.moving) {
+        moveCard();
+    }
+    readColumns(panel.moving ? static_cast<int>(travelled() * kStepCount) : kStepCount);
+    redrawReader();
+    flushPainting();
+    if (!panel.moving) {
+        finishInsertion();
+    }
+}
+
+void placeReaderCard(LayoutSize client) {
+    CardPanel& panel = cardPanel();
+    if (!panel.insertingCard && !panel.cardInserted) {
+        return;
+    }
+    const double part = panel.insertingCard ? travelled() : 1.0;
+    setTravel(client);
+    panel.readerCardY = panel.insertStartY + (panel.insertTargetY - panel.insertStartY) * part;
+}
+
+void hideInsertedCard() {
+    if (cardPanel().cardInserted) {
+        cardPanel().cardInserted = false;
+        redrawReader();
+    }
+}
+
+void captureCard(PunchCard& card) {
+    card.pattern = sequencer().pattern;
+    card.hasSettings = true;
+    for (int line = 0; line < kLineCount; ++line) {
+        card.lineVolumes[static_cast<std::size_t>(line)] = lineVolume(line);
+    }
+    card.masterVolume = static_cast<float>(panelState().master.value);
+    card.tempo = static_cast<float>(panelState().tempo.value);
+    for (std::size_t position = 0; position < kInstrumentCount; ++position) {
+        card.instruments[position] = isSwitchOn(instrumentSwitch(position)) ? 1 : 0;
+    }
+    card.sequenceLength = panelLength(sequencer().sequenceLength);
+    captureCardEffect(card);
+}
+
+void applyCard(const PunchCard& card) {
+    if (!card.used || !card.hasSettings) {
+        return;
+    }
+    applySliders(card);
+    turnRotary(panelState().master, masterRotaryOf(card), "rotary_001");
+    turnRotary(panelState().tempo, tempoRotaryOf(card), "rotary_002");
+    applySwitches(card);
+    setSequenceLength(card.sequenceLength);
+    applyCardEffect(card);
+    redrawEffectsBox();
+    if (!sequencer().externalSync) {
+        clockStart(mainWindow());
+    }
+    updateBeatLamp();
+    flushPainting();
+}
+
+} // namespace percussomatic

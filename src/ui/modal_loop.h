@@ -1,0 +1,16 @@
+#pragma once
+
+#include <windows.h>
+
+namespace percussomatic {
+
+// Runs a modal window of ours with the keyboard navigation of dialogs until `done` is set by its
+// window procedure. The owner is disabled meanwhile; afterwards the window is destroyed and the
+// owner enabled and in front again. When the program ends or the owner goes in between, the quit
+// message is left in the queue and nothing that is gone is touched. GUI thread.
+void runModal(HWND window, HWND owner, const bool& done);
+
+// A window that size, its middle over the owner's middle: its upper left corner.
+POINT centredOver(HWND owner, int width, int height) noexcept;
+
+} // namespace percussomatic

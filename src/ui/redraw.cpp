@@ -1,0 +1,83 @@
+// Repaint requests of the instrument's behaviour, over the main window.
+
+#include "ui/redraw.h"
+
+#include "cards/card_panel.h"
+#include "sequencer/system.h"
+#include "ui/card_rendering.h"
+
+namespace percussomatic {
+
+namespace {
+
+HWND window() noexcept {
+    return static_cast<HWND>(mainWindow());
+}
+
+LayoutSize clientSize() noexcept {
+    RECT client{};
+    GetClientRect(window(), &client);
+    return {client.right, client.bottom};
+}
+
+double clientScale() noexcept {
+    const LayoutSize client = clientSize();
+    return viewScale(client.width, client.height);
+}
+
+void mark(const PixelRect& area, Repaint when) {
+    const RECT dirty{area.left, area.top, area.right, area.bottom};
+    if (window() != nullptr) {
+        RedrawWindow(window(), &dirty, nullptr,
+                     RDW_INVALIDATE | RDW_NOERASE | (when == Repaint::now ? RDW_UPDATENOW : 0U));
+    }
+}
+
+void redraw(const PixelRect& rect, Repaint when) {
+    mark(inflated(rect, kRedrawMargin), when);
+}
+
+} // namespace
+
+void redrawControl(int index, Repaint when) {
+    if (index != kNoControl) {
+        redraw(controlClientRect(index, clientScale()), when);
+    }
+}
+
+void redrawSlider(int index, std::uint32_t oldOffset) {
+    const double scale = clientScale();
+    redraw(united(controlClientRect(index, scale, oldOffset), controlClientRect(index, scale)),
+           Repaint::now);
+}
+
+void redrawTempoBox() {
+    redraw(cardPanelRects(clientSize()).bpm, Repaint::now);
+}
+
+void redrawEffectsBox() {
+    redraw(cardPanelRects(clientSize()).effects, Repaint::later);
+}
+
+void redrawPanel() {
+    if (window() != nullptr) {
+        InvalidateRect(window(), nullptr, FALSE);
+        UpdateWindow(window());
+    }
+}
+
+void redrawCardDialog() {
+    mark(cardDialogArea(cardPanelRects(clientSize())), Repaint::now);
+}
+
+void redrawReader() {
+    mark(cardPanelRects(clientSize()).reader, Repaint::later);
+}
+
+void flushPainting() {
+    if (window() != nullptr) {
+        UpdateWindow(window());
+    }
+}
+
+} // namespace percussomatic

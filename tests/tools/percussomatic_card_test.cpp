@@ -1,0 +1,327 @@
+#include "cards/punch_card.h"
+#include "support/plain_engine.h"
+#include "support/wave_builder.h"
+#include "ui/assets.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace percussomatic {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kSixLines = "1000100010001000\n0000000000000000\n0000000000000000\n"
+                                  "0000000000000000\n0000000000000000\n1010000000000001\n";
+const std::string kOldCard = std::string("_PERCUSOMATIC_CARD_V2\nTITLE=\n") + kSixLines;
+
+std::string contents(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void put(const fs::path& path, std::string_view text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::vector<fs::path> factoryCards() {
+    std::vector<fs::path> cards;
+    for (const auto& entry : fs::directory_iterator(PERCUSSOMATIC_CARDS_DIR)) {
+        if (entry.path().extension() == ".vopcard") {
+            cards.push_back(entry.path());
+        }
+    }
+    return cards;
+}
+
+// Runs the tool in a folder of its own.
+class CardTool : public testing::Test {
+protected:
+    CardTool() {
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+        put(folder / "old.vopcard", kOldCard);
+    }
+    ~CardTool() override { fs::remove_all(folder.parent_path()); }
+
+    // The exit code; before: shell words in front of the tool.
+    int run(const std::string& words, const std::string& before = "") {
+        const std::string command = "cd '" + folder.string() + "' && " + before + " '" +
+                                    PERCUSSOMATIC_CARD_TOOL + "' " + words +
+                                    " >../tool_out 2>../tool_err";
+        const int status = std::system(command.c_str());
+        out = contents(folder.parent_path() / "tool_out");
+        err = contents(folder.parent_path() / "tool_err");
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    std::ptrdiff_t filesLeft() const {
+        return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+    }
+
+    const fs::path folder =
+        fs::current_path() /
+        ("card_tool_" +
+         std::string(testing::UnitTest::GetInstance()->current_test_info()->name())) /
+        "here";
+    std::string out, err;
+};
+
+TEST_F(CardTool, TellsMisuseFromHelp) {
+    for (const char* words : {"",
+                              "play x",
+                              "--bars 2",
+                              "check",
+                              "check --quiet x",
+                              "show",
+                              "show a b",
+                              "rewrite a",
+                              "rewrite a b c",
+                              "recordings",
+                              "midi a b --steps 3",
+                              "midi a b --bars 0",
+                              "render old.vopcard o.wav --bars 2 --steps 2",
+                              "render old.vopcard o.wav --bars 1.5",
+                              "render old.vopcard o.wav --bars -1",
+                              "render old.vopcard o.wav --bars ''",
+                              "render old.vopcard o.wav --bars",
+                              "render --steps 2x old.vopcard o.wav",
+                              "render --bars 1 --bars 2 old.vopcard o.wav",
+                              "render old.vopcard o.wav --tail 600.1",
+                              "render old.vopcard o.wav --tail -0.1",
+                              "render old.vopcard o.wav --tail nan",
+                              "render old.vopcard o.wav --tail 2s",
+                              "render old.vopcard --loud o.wav"}) {
+        EXPECT_EQ(run(words), 2) << words;
+        EXPECT_EQ(out, "") << words;
+        EXPECT_NE(err.find("--help"), std::string::npos) << words;
+    }
+    EXPECT_EQ(filesLeft(), 1);
+    for (const char* words : {"--help", "check --help", "show --help", "rewrite --help a",
+                              "render --help", "midi a b --help", "recordings --help"}) {
+        EXPECT_EQ(run(words), 0) << words;
+        EXPECT_EQ(out.substr(0, 25), "usage: percussomatic-card") << words;
+        EXPECT_EQ(err, "") << words;
+    }
+}
+
+TEST_F(CardTool, CheckNamesFaultsAndWarnings) {
+    put(folder / "odd.vopcard",
+        "_PERCUSSOMATIC_CARD_V3\nTITLE=ODD\nMASTER_VOLUME=1.5\n"
+        "TEMPO_NORMALIZED=0.5\nSEQUENCE_LENGTH=7\nLINE_VOLUMES=1,1,1,1,1,1\n"
+        "INSTRUMENTS=1,1,1,1,1,1,1,1,1,1,1,1\n" +
+            std::string(kSixLines));
+    put(folder / "bad.vopcard", "_PERCUSSOMATIC_CARD_V4\nTITLE=A\nMASTER_VOLUME=\x1B[2J\n");
+    EXPECT_EQ(run("check odd.vopcard old.vopcard"), 0);
+    EXPECT_EQ(out, "odd.vopcard: ok, version 3, \"ODD\"\nold.vopcard: ok, version 2, \"\"\n");
+    EXPECT_EQ(err,
+              "odd.vopcard:3: warning: MASTER_VOLUME is \"1.5\", outside 0 to 1; it becomes 1\n"
+              "odd.vopcard:5: warning: SEQUENCE_LENGTH is \"7\", not 5, 6, 9, 10, 12, 15 or "
+              "16; it becomes 16\n");
+    EXPECT_EQ(run("check bad.vopcard old.vopcard none.vopcard"), 1);
+    EXPECT_EQ(out, "old.vopcard: ok, version 2, \"\"\n");
+    EXPECT_EQ(err,
+              "bad.vopcard:3: MASTER_VOLUME is \"?[2J\", which is no number; expected a number "
+              "from 0 to 1\nnone.vopcard: cannot be read; expected a punch card\n");
+}
+
+TEST_F(CardTool, ShowsTheCardWithWhatIsNotPlayedInBrackets) {
+    EXPECT_EQ(run("show old.vopcard"), 0);
+    EXPECT_NE(out.find("Line 6   X.X. .... .... ...X"), std::string::npos) << out;
+    put(folder / "nine.vopcard",
+        "_PERCUSSOMATIC_CARD_V3\nTITLE=NINE\nMASTER_VOLUME=1\nTEMPO_NORMALIZED=0.5\n"
+        "SEQUENCE_LENGTH=9\nLINE_VOLUMES=1,1,1,1,1,0.5\nINSTRUMENTS=1,1,1,1,1,0,1,1,1,1,1,1\n" +
+            std::string(kSixLines));
+    EXPECT_EQ(run("show nine.vopcard"), 0);
+    for (const char* piece : {"NINE", "140.0 BPM", "9 steps", "X.X. .... . (... ...X)", "50 %",
+                              "Block 1 off; Bass Drum on"}) {
+        EXPECT_NE(out.find(piece), std::string::npos) << piece << '\n' << out;
+    }
+}
+
+TEST_F(CardTool, RewritesOldCardsWithPlainSettings) {
+    PunchCard expected = parsePunchCard(kOldCard).value();
+    expected.lineVolumes.fill(1.0f);
+    expected.instruments.fill(1);
+    EXPECT_EQ(run("rewrite old.vopcard new.vopcard"), 0);
+    EXPECT_EQ(contents(folder / "new.vopcard"), writePunchCard(expected, 0));
+    EXPECT_EQ(run("rewrite old.vopcard old.vopcard"), 0);
+    EXPECT_EQ(contents(folder / "old.vopcard"), writePunchCard(expected, 0));
+}
+
+TEST_F(CardTool, OutputsAreWholeOrNotThere) {
+    put(folder / "out", "precious");
+    put(folder / "bad.vopcard", "_PERCUSSOMATIC_CARD_V4\n");
+    for (const char* command : {"rewrite", "render", "midi"}) {
+        SCOPED_TRACE(command);
+        EXPECT_EQ(run(std::string(command) + " bad.vopcard out"), 1);
+        EXPECT_EQ(run(std::string(command) + " old.vopcard no/folder/out"), 1);
+        EXPECT_EQ(run(std::string(command) + " old.vopcard out", "ulimit -f 0;"), 1);
+        EXPECT_EQ(contents(folder / "out"), "precious");
+    }
+    EXPECT_EQ(run("render old.vopcard out", "ulimit -f 100;"), 1);
+    EXPECT_EQ(run("render old.vopcard out --bars 99999999999999999999"), 1);
+    EXPECT_EQ(run("midi old.vopcard out --bars 99999999999999999999"), 1);
+    EXPECT_EQ(contents(folder / "out"), "precious");
+    EXPECT_EQ(run("recordings out"), 1);
+    EXPECT_EQ(run("recordings kit", "ulimit -f 1000;"), 1);
+    EXPECT_TRUE(fs::is_empty(folder / "kit"));
+    EXPECT_NE(run("render old.vopcard out --bars 9999", "timeout --signal=INT 0.3"), 0);
+    EXPECT_EQ(contents(folder / "out"), "precious");
+    EXPECT_EQ(filesLeft(), 4);
+}
+
+// The contract of a render, written for reading, over the plain engine. Recordings that are left
+// out take no index, but sends stay with the instruments' own numbers.
+std::vector<std::int16_t> plainRender(const PunchCard& card, std::uint32_t steps, double tail,
+                                      const std::vector<std::string>& missing = {}) {
+    plain::PlainEngine engine;
+    engine.prepareForDevice();
+    engine.setAutoStop(true, 1e-5f, 100, 50);
+    int indexOf[6][2];
+    for (int line = 0; line < 6; ++line) {
+        const RhythmLine& row = kRhythmLines[static_cast<std::size_t>(line)];
+        for (int b = 0; b < 2; ++b) {
+            const std::string name(b == 0 ? row.sampleA : row.sampleB);
+            indexOf[line][b] = -1;
+            if (std::ranges::find(missing, name) == missing.end()) {
+                indexOf[line][b] = static_cast<int>(engine.samples.size());
+                engine.samples.push_back(parseWave(findAsset(name).span()).value());
+            }
+        }
+    }
+    double bpm = 120.0;
+    float gains[6] = {1, 1, 1, 1, 1, 1};
+    if (card.hasSettings) {
+        bpm = static_cast<double>(card.tempo) * 200.0 + 40.0;
+        engine.setMasterVolume(card.masterVolume * card.masterVolume);
+        constexpr int kEnginePresets[] = {0, 1, 4, 5};
+        engine.setEffectPreset(kEnginePresets[std::clamp(card.effectPreset, 0, 3)]);
+        for (std::size_t line = 0; line < 6; ++line) {
+            engine.setSend(static_cast<std::uint32_t>(2 * line), card.effectSends[line]);
+            engine.setSend(static_cast<std::uint32_t>(2 * line + 1), card.effectSends[6 + line]);
+            gains[line] = std::trunc(card.lineVolumes[line] * 650.0f + 0.5f) / 650.0f;
+        }
+        engine.setEffectReturn(card.effectReturn);
+        engine.setEffectRoomSize(card.effectRoomSize);
+        engine.setEffectDamping(card.effectDamping);
+        engine.setEffectWidth(card.effectWidth);
+        engine.setEffectPreDelayMs(card.effectPreDelayMs);
+        engine.setEffectEnabled(card.effectEnabled);
+    }
+    const double stepFrames = 48000.0 * 60.0 / (bpm * 4.0);
+    const auto end = static_cast<std::size_t>(std::floor(steps * stepFrames)) +
+                     static_cast<std::size_t>(std::floor(tail * 48000.0));
+    std::vector<std::int16_t> out(2 * end);
+    std::uint32_t next = 0;
+    for (std::size_t frame = 0; frame < end; ++frame) {
+        if (next < steps && frame == static_cast<std::size_t>(std::floor(next * stepFrames))) {
+            for (std::size_t line = 0; line < 6; ++line) {
+                if (!card.pattern.isSet(static_cast<int>(line),
+                                        static_cast<int>(next % card.sequenceLength)) ||
+                    !(gains[line] > 0.0f)) {
+                    continue;
+                }
+                for (std::size_t b = 0; b < 2; ++b) {
+                    if (!card.hasSettings || card.instruments[6 * b + line] != 0) {
+                        engine.trigger(indexOf[line][b], gains[line]);
+                    }
+                }
+            }
+            ++next;
+        }
+        engine.renderBlock(&out[2 * frame], 1);
+    }
+    return out;
+}
+
+void expectWave(const fs::path& path, const std::vector<std::int16_t>& values) {
+    const Bytes expected = WaveBuilder().format({.channels = 2}).values16(values).bytes();
+    const Bytes bytes = toBytes(contents(path));
+    ASSERT_EQ(bytes.size(), 44 + 2 * values.size());
+    std::uint32_t riffSize = 0;
+    std::memcpy(&riffSize, &bytes[4], 4);
+    EXPECT_EQ(riffSize, bytes.size() - 8);
+    EXPECT_TRUE(std::equal(bytes.begin() + 8, bytes.end(), expected.begin() + 8));
+}
+
+TEST_F(CardTool, RendersFactoryCardsAsThePlainEngineDoes) {
+    const auto cards = factoryCards();
+    ASSERT_EQ(cards.size(), 10u);
+    for (const fs::path& path : cards) {
+        SCOPED_TRACE(path);
+        const auto card = parsePunchCard(contents(path));
+        ASSERT_TRUE(card);
+        ASSERT_EQ(run("render --tail 0.3 '" + path.string() + "' o.wav --bars=1"), 0) << err;
+        EXPECT_EQ(err, "");
+        expectWave(folder / "o.wav", plainRender(*card, card->sequenceLength, 0.3));
+    }
+}
+
+TEST_F(CardTool, FactoryCardsAreFaultlessAndNeitherSilentNorDistorted) {
+    constexpr int kFullScale = 32767;
+    for (const fs::path& path : factoryCards()) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(run("check '" + path.string() + "'"), 0);
+        EXPECT_EQ(err, "");
+        ASSERT_EQ(run("render '" + path.string() + "' o.wav"), 0);
+        const auto wave = parseWave(toBytes(contents(folder / "o.wav")));
+        ASSERT_TRUE(wave);
+        std::size_t clipped = 0;
+        float peak = 0.0f;
+        for (const auto* plane : {&wave->left, &wave->right}) {
+            for (const float value : *plane) {
+                clipped += std::abs(value) >= kFullScale / 32768.0f ? 1 : 0;
+                peak = std::max(peak, std::abs(value));
+            }
+        }
+        EXPECT_LE(static_cast<double>(clipped),
+                  0.001 * 2.0 * static_cast<double>(wave->left.size()));
+        EXPECT_GT(peak, 0.1f);
+    }
+}
+
+TEST_F(CardTool, RendersOddCardsAsThePlainEngineDoes) {
+    const std::string text = contents(fs::path(PERCUSSOMATIC_CARDS_DIR) / "card_1.vopcard");
+    PunchCard card = parsePunchCard(text).value();
+    card.sequenceLength = 5;
+    card.tempo = 0.123457f;
+    card.masterVolume = 0.7f;
+    card.lineVolumes = {0.5f, 1.0f, 0.0f, 0.25f, 0.00077f, 0.75f};
+    card.instruments.fill(1);
+    card.pattern.steps.fill(1);
+    card.effectEnabled = true;
+    card.effectPreset = 99;
+    card.effectSends = {1.0f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f, 0.0f, 0.8f, 0.9f, 0.1f, 0.15f, 0.25f};
+    card.effectReturn = 3.0f;
+    card.effectPreDelayMs = 250.0f;
+    put(folder / "odd.vopcard", writePunchCard(card, 0));
+    card = parsePunchCard(contents(folder / "odd.vopcard")).value();
+
+    ASSERT_EQ(run("render odd.vopcard o.wav --steps 13 --tail 0"), 0);
+    expectWave(folder / "o.wav", plainRender(card, 13, 0.0));
+    ASSERT_EQ(run("render old.vopcard o.wav"), 0);
+    expectWave(folder / "o.wav", plainRender(parsePunchCard(kOldCard).value(), 64, 2.0));
+
+    // Recordings from a folder; then without one of them and with a broken one.
+    ASSERT_EQ(run("recordings made/kit"), 0);
+    ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
+    EXPECT_EQ(err, "");
+    expectWave(folder / "o.wav", plainRender(card, 3, 2.0));
+    fs::remove(folder / "made/kit/snare.wav");
+    put(folder / "made/kit/clave.wav", "RIFF");
+    ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
+    EXPECT_EQ(std::ranges::count(err, '\n'), 2) << err;
+    EXPECT_NE(err.find("made/kit/snare.wav: warning: "), std::string::npos) << err;
+    expectWave(folder / "o.wav", plainRender(card, 3, 2.0, {"snare.wav", "clave.wav"}));
+}
+
+} // namespace
+} // namespace percussomatic

@@ -1,0 +1,16 @@
+#include "commands.h"
+
+#include "files.h"
+#include "playing.h"
+
+namespace percussomatic::tool {
+
+int rewrite(const Arguments& arguments) {
+    const auto read = readCard(arguments.operands[0]);
+    if (!read) {
+        return kFailed;
+    }
+    return writeOutput(arguments.operands[1], writePunchCard(withSettings(read->card), 0));
+}
+
+} // namespace percussomatic::tool

@@ -1,0 +1,99 @@
+#include "commands.h"
+
+#include "cards/card_settings.h"
+#include "cards/card_text.h"
+#include "files.h"
+#include "playing.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+
+namespace percussomatic::tool {
+
+namespace {
+
+constexpr std::array<std::string_view, 4> kPresetNames{"DRUM ROOM", "WARM ROOM", "CONCERT HALL",
+                                                       "STADIUM"};
+
+template <typename... Values>
+std::string formatted(const char* format, Values... values) {
+    std::array<char, 128> text{};
+    std::snprintf(text.data(), text.size(), format, values...);
+    return text.data();
+}
+
+std::string percent(float value) {
+    return formatted("%.0f %%", 100.0 * double{unitValue(value)});
+}
+
+void showSettings(const PunchCard& card) {
+    std::cout << formatted("Tempo    %.1f BPM\n", tempoBpm(card)) << "Length   "
+              << card.sequenceLength << " steps\n"
+              << "Master   " << percent(card.masterVolume) << "\nEffect   ";
+    if (!card.effectEnabled) {
+        std::cout << "off, ";
+    }
+    const auto preset = static_cast<std::size_t>(std::clamp(card.effectPreset, 0, 3));
+    const double preDelayMs = card.effectPreDelayMs > 0.0f ? double{card.effectPreDelayMs} : 0.0;
+    std::cout << kPresetNames[preset] << ", return " << percent(card.effectReturn) << ", room "
+              << percent(card.effectRoomSize) << ", damping " << percent(card.effectDamping)
+              << ", width " << percent(card.effectWidth)
+              << formatted(", pre-delay %.0f ms\n", std::min(preDelayMs, 200.0));
+}
+
+std::string stepsOf(const PunchCard& card, int line) {
+    const auto length = static_cast<int>(card.sequenceLength);
+    std::string text;
+    for (int step = 0; step < kStepCount; ++step) {
+        text += step == length ? " (" : step % 4 == 0 && step > 0 ? " " : "";
+        text += card.pattern.isSet(line, step) ? 'X' : '.';
+    }
+    return text + (length < kStepCount ? ")" : "");
+}
+
+std::string instrumentOf(const PunchCard& card, std::size_t position) {
+    const std::uint32_t sampleIndex = sampleIndexOfSwitch(position);
+    std::string text(kInstruments[sampleIndex].name);
+    if (card.hasSettings) {
+        text += card.instruments[position] != 0 ? " on" : " off";
+        const float send = unitValue(card.effectSends[position]);
+        text += send > 0.0f ? ", send " + percent(send) : "";
+    }
+    return text;
+}
+
+void showLine(const PunchCard& card, int line) {
+    const auto at = static_cast<std::size_t>(line);
+    std::cout << "Line " << line + 1 << "   " << stepsOf(card, line) << "   ";
+    if (card.hasSettings) {
+        std::cout << formatted("%5s", percent(card.lineVolumes[at]).c_str()) << "   ";
+    }
+    std::cout << instrumentOf(card, at) << "; " << instrumentOf(card, at + kLineCount) << '\n';
+}
+
+} // namespace
+
+int show(const Arguments& arguments) {
+    const auto read = readCard(arguments.operands[0]);
+    if (!read) {
+        return kFailed;
+    }
+    const PunchCard& card = read->card;
+    std::cout << "Title    " << printableUtf8(cardLabel(card, 0)) << '\n';
+    if (card.hasSettings) {
+        showSettings(card);
+    } else {
+        std::cout << "A rhythm only: the panel keeps its tempo, length, volumes and switches.\n";
+    }
+    std::cout << "\n         1    5    9    13\n";
+    for (int line = 0; line < kLineCount; ++line) {
+        showLine(card, line);
+    }
+    if (card.sequenceLength < kStepCount) {
+        std::cout << "\nSteps in brackets are beyond the length and not played.\n";
+    }
+    return kDone;
+}
+
+} // namespace percussomatic::tool
