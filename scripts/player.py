@@ -59,6 +59,12 @@ class Picture:
         return total / (3 * w * h)
 
 
+    def greener(self, x, y, w, h):
+        """How much more green than red there is in a rectangle, in grey steps of its mean."""
+        rows = [self.pixels[3 * (row * self.width + x):3 * (row * self.width + x + w)] for row in range(y, y + h)]
+        return sum(sum(row[1::3]) - sum(row[0::3]) for row in rows) / (w * h)
+
+
 class Player:
     """One run of the program in a folder of its own."""
 
@@ -179,6 +185,11 @@ class Player:
 
     def brightness(self, name, picture=None):
         return (picture or self.screenshot()).brightness(*self._middle(name))
+
+    def greener(self, region):
+        """How much more green than red a box of the strip shows."""
+        left, top, right, bottom = self.regions()[region]
+        return self.screenshot().greener(self.x + left, self.y + top, right - left, bottom - top)
 
     def wait_for_end(self, seconds=30):
         return self.process.wait(timeout=seconds)

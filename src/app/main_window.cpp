@@ -3,6 +3,13 @@
 #include "audio/wave_out.h"
 #include "cards/card_panel.h"
 #include "cards/title_dialog.h"
+#include "midi/midi_clock.h"
+#include "midi/midi_connection.h"
+#include "midi/midi_device_window.h"
+#include "midi/midi_glide.h"
+#include "midi/midi_input.h"
+#include "midi/midi_learn.h"
+#include "midi/midi_message.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
@@ -90,6 +97,9 @@ LRESULT timer(HWND window, WPARAM id, LPARAM lParam) {
     case WindowTimer::cardInsertion:
         cardInsertionTick();
         return 0;
+    case WindowTimer::midiGlide:
+        midiSmoothingTick();
+        return 0;
     default:
         return DefWindowProcW(window, WM_TIMER, id, lParam);
     }
@@ -130,10 +140,12 @@ bool pressStripOrDialog(HWND window, PixelPoint point) {
     case PanelCommand::cancel:
         closeCardsDialog();
         break;
+    case PanelCommand::midi:
+        showMidiDeviceWindow(window);
+        break;
     case PanelCommand::swallowed:
     case PanelCommand::info:
     case PanelCommand::tempo:
-    case PanelCommand::midi:
     case PanelCommand::effects:
         break;
     }
@@ -146,6 +158,9 @@ void buttonDown(HWND window, PixelPoint point) {
         return;
     }
     const double scale = windowScale(window);
+    if (learnClick(point, scale)) {
+        return;
+    }
     if (beginRotaryDrag(point, scale) || beginSliderDrag(point, scale)) {
         SetCapture(window);
         return;
@@ -207,10 +222,37 @@ LRESULT mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
     return DefWindowProcW(window, WM_MOUSEWHEEL, wParam, lParam);
 }
 
+void midiNotify(WPARAM wParam, LPARAM lParam) {
+    switch (wParam) {
+    case kMidiCmdConnectionChanged:
+        if (lParam == 0) {
+            midiPortClosed();
+        } else {
+            midiPortOpened(midiInputContext().deviceName);
+        }
+        return;
+    case kMidiCmdLearn:
+        armMidiLearn();
+        return;
+    case kMidiCmdClearMappings:
+        clearMidiMappings();
+        return;
+    case kMidiCmdInternalClock:
+        followInternalClock();
+        return;
+    case kMidiCmdMidiClock:
+        followMidiClock();
+        return;
+    default:
+        handleMidiMessage(static_cast<std::uint32_t>(wParam));
+    }
+}
+
 void shutDown(HWND window) {
     setMainWindow(nullptr);
     clockStop();
     KillTimer(window, static_cast<UINT_PTR>(WindowTimer::powerOff));
+    closeMidiInput(midiInputContext());
     clockShutdown();
     waveOut().stop();
     PostQuitMessage(0);
@@ -250,6 +292,9 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         return 0;
     case WM_MOUSEWHEEL:
         return mouseWheel(window, wParam, lParam);
+    case kMidiNotifyMessage:
+        midiNotify(wParam, lParam);
+        return 0;
     case kStepTickMessage:
         onStepTick();
         return 0;

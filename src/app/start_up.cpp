@@ -4,6 +4,8 @@
 #include "audio/sound_engine.h"
 #include "audio/wave_out.h"
 #include "cards/card_panel.h"
+#include "midi/midi_input.h"
+#include "midi/midi_state.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
@@ -106,6 +108,7 @@ int runPercussomatic(HINSTANCE instance) {
     resetControlState();
     resetPanelState();
     resetSequencer();
+    resetMidiState();
 
     const PanelPictures pictures;
     const LayoutSize largest = windowSizeAt(1.0);
@@ -121,9 +124,11 @@ int runPercussomatic(HINSTANCE instance) {
     }
     SendMessageW(window, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(large.get()));
     SendMessageW(window, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(small.get()));
+    midiInputContext().notifyWindow = window;
     setClockWindow(window);
     setMainWindow(window);
     updateSyncStatus();
+    connectSavedMidiInput();
 
     ShowWindow(window, SW_SHOW);
     UpdateWindow(window);

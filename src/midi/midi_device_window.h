@@ -4,13 +4,11 @@
 
 namespace percussomatic {
 
-// The controls that show the MIDI state; null while the device window does not exist. GUI thread.
-struct MidiDeviceWindow {
-    HWND internalSync = nullptr; // radio buttons
-    HWND midiSync = nullptr;
-    HWND syncStatus = nullptr; // label
-};
+// The tool window in which a MIDI port is chosen, learn is started and the sync mode is set. It
+// keeps nothing itself: its handles lie in MidiInputContext, its buttons call the port's functions
+// or post commands to the main window. GUI thread.
 
-MidiDeviceWindow& midiDeviceWindow() noexcept;
+// Creates it on first use, otherwise brings it to the front with a fresh list.
+void showMidiDeviceWindow(HWND owner);
 
 } // namespace percussomatic

@@ -277,11 +277,13 @@ bool controlLit(int index) noexcept {
     if (isNamed(index, "sw_008")) {
         return now.editMode;
     }
+    const bool toggledOn =
+        isToggle(row) && controlState().toggleBits[static_cast<std::size_t>(index)] != 0;
     if (isNamed(index, "sw_018")) {
-        return now.clearAllHeld;
+        return now.clearAllHeld || toggledOn; // only MIDI sets the bit of a clear switch
     }
     if (clearedLine(index) >= 0) {
-        return index == now.heldLineClear;
+        return index == now.heldLineClear || toggledOn;
     }
     if (const std::uint32_t length = lengthOf(index); length != 0) {
         return length == now.sequenceLength;
@@ -289,7 +291,7 @@ bool controlLit(int index) noexcept {
     if (stepButtonNumber(row) != 0) {
         return stepLampLit(index);
     }
-    return isToggle(row) && controlState().toggleBits[static_cast<std::size_t>(index)] != 0;
+    return toggledOn;
 }
 
 } // namespace percussomatic

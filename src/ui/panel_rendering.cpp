@@ -2,6 +2,7 @@
 
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
+#include "midi/midi_input.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "ui/card_rendering.h"
@@ -110,7 +111,8 @@ void paintStrip(const Canvas& canvas, const PanelRects& rects) {
     box(rects.info, L"INFO", 13, kBoxText);
     box(rects.bpm, tempo, 14, now.externalSync ? kTempoExternal : kTempoInternal);
     box(rects.cards, L"CARDS", 13, kBoxText);
-    box(rects.midi, L"MIDI", 13, kBoxText);
+    const bool portOpen = midiInputContext().input != nullptr;
+    box(rects.midi, L"MIDI", 13, portOpen ? kBoxTextOn : kBoxText);
     // Asking the engine may wait for a block being rendered: only where it is seen.
     const bool effectOn = canvas.shows(rects.effects) && soundEngine().isEffectEnabled();
     box(rects.effects, L"EFFECTS", 13, effectOn ? kBoxTextOn : kBoxText);

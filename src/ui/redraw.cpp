@@ -59,6 +59,11 @@ void redrawEffectsBox() {
     redraw(cardPanelRects(clientSize()).effects, Repaint::later);
 }
 
+void redrawMidiBoxes() {
+    const PanelRects rects = cardPanelRects(clientSize());
+    redraw(united(rects.midi, rects.cards), Repaint::later);
+}
+
 void redrawPanel() {
     if (window() != nullptr) {
         InvalidateRect(window(), nullptr, FALSE);

@@ -20,6 +20,7 @@ void redrawSlider(int index, std::uint32_t oldOffset);
 
 void redrawTempoBox();
 void redrawEffectsBox();
+void redrawMidiBoxes(); // MIDI and, beside it, CARDS
 
 void redrawPanel();      // the whole client area, at once
 void redrawCardDialog(); // with its shadow

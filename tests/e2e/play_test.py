@@ -3,99 +3,11 @@
 
 usage: play_test.py BUILD_FOLDER [unittest arguments]      inside scripts/wine-env --virtual
 """
-import pathlib
-import shutil
-import subprocess
-import sys
-import tempfile
 import time
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
-from player import Player, Recorder, wait_until, xdotool  # noqa: E402
-
-BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
-PROGRAM = BUILD / "Percussomatic.exe"
-LISTEN = BUILD / "tests/listen.exe"
-STAND_IN = BUILD / "tests/winmm.dll"
-BLOCK_SECONDS = 512 / 48000
-STEPS = 16
-SAMPLE_INDEX = {"sw_001": 0, "sw_028": 1, "sw_002": 2, "sw_026": 3, "sw_003": 4, "sw_024": 5,
-                "sw_004": 6, "sw_022": 7, "sw_005": 8, "sw_020": 9, "sw_006": 10, "sw_017": 11}
-
-# Line 0..5: switches on (A before B), slider position 0..650 and steps. Every step sounds.
-RHYTHM = [(("sw_028",), 300, (0,)),
-          (("sw_002", "sw_026"), 520, (4, 12)),
-          (("sw_024",), 650, (2, 6, 10, 14)),
-          (("sw_022",), 455, (0, 3, 6, 10, 12)),
-          (("sw_005", "sw_020"), 390, (7, 15)),
-          (("sw_006",), 650, range(STEPS))]
-
-
-def listen(*words):
-    """The lines that the listener prints, split into words."""
-    done = subprocess.run(["wine64", str(LISTEN), *map(str, words)], capture_output=True, text=True)
-    if done.returncode != 0:
-        raise AssertionError(f"listen {words}: {done.stdout}{done.stderr}")
-    return [line.split() for line in done.stdout.splitlines()]
-
-
-def fitted(values):
-    """Start and interval of the straight line through (0, v0), (1, v1), ..."""
-    n = len(values)
-    mean_x, mean_y = (n - 1) / 2, sum(values) / n
-    slope = (sum((i - mean_x) * (v - mean_y) for i, v in enumerate(values))
-             / sum((i - mean_x) ** 2 for i in range(n)))
-    return mean_y - slope * mean_x, slope
-
-
-class Played(unittest.TestCase):
-    def setUp(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="percussomatic-"))
-        self.addCleanup(shutil.rmtree, self.folder)
-        shutil.copy(PROGRAM, self.folder)
-        self.record = self.folder / "record.bin"
-
-    def start(self, stand_in=False, **variables):
-        if stand_in:
-            shutil.copy(STAND_IN, self.folder)
-            variables["PERCUSSOMATIC_TEST_RECORD"] = str(self.record)
-        player = Player(self.folder / PROGRAM.name, self.folder, "winmm=n,b" if stand_in else None, variables)
-        self.addCleanup(player.close)
-        return player
-
-    def set_rhythm(self, player):
-        """Sets the panel; returns the steps as the listener reads them, with the sliders' true places."""
-        triggers = [[] for _ in range(STEPS)]
-        for line, (switches, position, steps) in enumerate(RHYTHM):
-            player.click(*switches)
-            place = player.slide(f"slider_{line + 1:03}", position)
-            player.set_steps(line, steps)
-            for step in steps:
-                triggers[step] += [f"{SAMPLE_INDEX[switch]}:{place}" for switch in switches]
-        return "".join(f"step {' '.join(step)}\n" for step in triggers)
-
-    def play(self, player, bpm, steps):
-        """Lets the rhythm play for so many steps."""
-        player.click("sw_007")
-        time.sleep(steps * 15 / bpm + 0.5)
-        player.click("sw_007")
-        time.sleep(0.2)
-
-    def replayed(self, rhythm):
-        """Block numbers of the steps' first voices, in order, after holding every recorded block against the engine."""
-        scenario = self.folder / "scenario.txt"
-        scenario.write_text("master 1\n" + rhythm)
-        lines = listen("replay", self.record, scenario)
-        hits = [[int(word) for word in line[1:]] for line in lines if line[0] == "hit"]
-        self.assertEqual([hit[0] for hit in hits], [i % STEPS for i in range(len(hits))], "a step is missing or double")
-        self.assertNotIn(["ambiguous"], lines)
-        return [hit[1] for hit in hits]
-
-    def check_grid(self, blocks, bpm, steps):
-        self.assertGreaterEqual(len(blocks), steps)
-        _, interval = fitted([block * BLOCK_SECONDS for block in blocks[:steps]])
-        self.assertAlmostEqual(interval / (15 / bpm), 1, delta=0.001)
+from played import RHYTHM, STEPS, Played, fitted, listen
+from player import Recorder, wait_until, xdotool
 
 
 class Lamps(Played):

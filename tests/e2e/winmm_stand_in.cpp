@@ -1,8 +1,8 @@
 // winmm.dll for tests, never installed: put beside a copy of the program, it is the wave-out
-// device. It plays nothing, but takes time as a device does: from the first write on it advances
-// with the performance counter and returns each buffer when it has been played. Every block is
-// written down with its times (listen_recording.h), so a test sees each frame, however busy the
-// machine is.
+// device and, in midi_stand_in.cpp, the MIDI inputs. It plays nothing, but takes time as a device
+// does: from the first write on it advances with the performance counter and returns each buffer
+// when it has been played. Every block is written down with its times (listen_recording.h), so a
+// test sees each frame, however busy the machine is.
 //
 // Environment variables, all with the prefix PERCUSSOMATIC_TEST_:
 //   RECORD         path of the recording; none is made without it
@@ -16,6 +16,7 @@
 #define _WINMM_ // NOLINT(bugprone-reserved-identifier): declares what follows without dllimport
 
 #include "listen_recording.h"
+#include "midi_stand_in.h"
 
 #include <windows.h>
 
@@ -32,9 +33,10 @@
 
 namespace {
 
+using namespace stand_in;
+
 using Callback = void(CALLBACK*)(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
 
-constexpr std::int64_t kNsPerSecond = 1'000'000'000, kNsPerMs = 1'000'000;
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
 struct QueuedBuffer {
@@ -60,29 +62,6 @@ struct Device {
 
 Device theDevice;
 const auto kHandle = std::bit_cast<HWAVEOUT>(&theDevice);
-
-class Lock {
-public:
-    Lock() { AcquireSRWLockExclusive(&theDevice.lock); }
-    ~Lock() { ReleaseSRWLockExclusive(&theDevice.lock); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-};
-
-std::int64_t counterNs() {
-    LARGE_INTEGER ticks, ticksPerSecond;
-    QueryPerformanceCounter(&ticks);
-    QueryPerformanceFrequency(&ticksPerSecond);
-    const std::int64_t second = ticksPerSecond.QuadPart;
-    return ticks.QuadPart / second * kNsPerSecond + ticks.QuadPart % second * kNsPerSecond / second;
-}
-
-std::wstring setting(const wchar_t* name) {
-    std::array<wchar_t, MAX_PATH> value{};
-    const std::wstring variable = std::wstring(L"PERCUSSOMATIC_TEST_") + name;
-    GetEnvironmentVariableW(variable.c_str(), value.data(), static_cast<DWORD>(value.size()));
-    return value.data();
-}
 
 int numberSetting(const wchar_t* name) {
     return std::wcstol(setting(name).c_str(), nullptr, 10);
@@ -132,7 +111,7 @@ void waitForChangeLocked(DWORD milliseconds) {
 
 DWORD WINAPI returnPlayed(void* /*nothing*/) {
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
-    const Lock lock;
+    const Lock lock(theDevice.lock);
     while (theDevice.open) {
         if (theDevice.queue.empty() || theDevice.queue.front().endsNs > theDevice.hungNs) {
             waitForChangeLocked(INFINITE);
@@ -150,12 +129,34 @@ DWORD WINAPI returnPlayed(void* /*nothing*/) {
 
 } // namespace
 
+std::int64_t stand_in::counterNs() {
+    LARGE_INTEGER ticks, ticksPerSecond;
+    QueryPerformanceCounter(&ticks);
+    QueryPerformanceFrequency(&ticksPerSecond);
+    const std::int64_t second = ticksPerSecond.QuadPart;
+    return ticks.QuadPart / second * kNsPerSecond + ticks.QuadPart % second * kNsPerSecond / second;
+}
+
+std::wstring stand_in::setting(const wchar_t* name) {
+    std::array<wchar_t, MAX_PATH> value{};
+    const std::wstring variable = std::wstring(L"PERCUSSOMATIC_TEST_") + name;
+    GetEnvironmentVariableW(variable.c_str(), value.data(), static_cast<DWORD>(value.size()));
+    return value.data();
+}
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE /*library*/, DWORD reason, LPVOID /*reserved*/) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        startMidiPlayer();
+    }
+    return TRUE;
+}
+
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): our own names
 
 MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX format,
                             DWORD_PTR callback, DWORD_PTR instance, DWORD /*flags*/) {
     {
-        const Lock lock;
+        const Lock lock(theDevice.lock);
         if (const int result = numberSetting(L"OPEN_RESULT"); result != 0) {
             return static_cast<MMRESULT>(result);
         }
@@ -182,7 +183,7 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX form
 }
 
 MMRESULT WINAPI waveOutPrepareHeader(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*/) {
-    const Lock lock;
+    const Lock lock(theDevice.lock);
     if (++theDevice.prepares == numberSetting(L"FAIL_PREPARE")) {
         return MMSYSERR_NOMEM;
     }
@@ -191,7 +192,7 @@ MMRESULT WINAPI waveOutPrepareHeader(HWAVEOUT /*device*/, LPWAVEHDR header, UINT
 }
 
 MMRESULT WINAPI waveOutUnprepareHeader(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*/) {
-    const Lock lock;
+    const Lock lock(theDevice.lock);
     if ((header->dwFlags & WHDR_INQUEUE) != 0) {
         return WAVERR_STILLPLAYING;
     }
@@ -200,7 +201,7 @@ MMRESULT WINAPI waveOutUnprepareHeader(HWAVEOUT /*device*/, LPWAVEHDR header, UI
 }
 
 MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*/) {
-    const Lock lock;
+    const Lock lock(theDevice.lock);
     if (!theDevice.open || (header->dwFlags & WHDR_PREPARED) == 0) {
         return theDevice.open ? MMRESULT{WAVERR_UNPREPARED} : MMRESULT{MMSYSERR_INVALHANDLE};
     }
@@ -227,7 +228,7 @@ MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*
 }
 
 MMRESULT WINAPI waveOutReset(HWAVEOUT /*device*/) {
-    const Lock lock;
+    const Lock lock(theDevice.lock);
     while (!theDevice.queue.empty()) {
         returnOldestLocked();
     }
@@ -237,7 +238,7 @@ MMRESULT WINAPI waveOutReset(HWAVEOUT /*device*/) {
 MMRESULT WINAPI waveOutClose(HWAVEOUT /*device*/) {
     HANDLE thread = nullptr;
     {
-        const Lock lock;
+        const Lock lock(theDevice.lock);
         if (!theDevice.open || !theDevice.queue.empty()) {
             return theDevice.open ? MMRESULT{WAVERR_STILLPLAYING} : MMRESULT{MMSYSERR_INVALHANDLE};
         }

@@ -114,14 +114,15 @@ TEST_F(FrontPanel, LampsShowTheState) {
         {"a length without a switch",
          [&] { now.sequenceLength = 14; },
          {"sw_018", "sw_023", "pw_001"}},
-        {"all others by their bits, and only they",
+        {"all others by their bits, the clear switches too, but no step, start, edit or length",
          [&] {
              now = Sequencer{};
              controlState().toggleBits.fill(1);
              toggleBit("pw_001") = 0;
          },
-         {"sw_001", "sw_002", "sw_003", "sw_004", "sw_005", "sw_006", "sw_014", "sw_016", "sw_017",
-          "sw_020", "sw_022", "sw_024", "sw_026", "sw_028"}},
+         {"sw_001", "sw_002", "sw_003", "sw_004", "sw_005", "sw_006", "sw_014",
+          "sw_016", "sw_017", "sw_018", "sw_019", "sw_020", "sw_021", "sw_022",
+          "sw_023", "sw_024", "sw_025", "sw_026", "sw_027", "sw_028", "sw_029"}},
     };
     for (const auto& [what, set, lit] : cases) {
         set();

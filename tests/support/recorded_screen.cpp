@@ -105,6 +105,10 @@ void redrawEffectsBox() {
     request(kEffectsBox, Repaint::later, nameOf(kEffectsBox));
 }
 
+void redrawMidiBoxes() {
+    recordedScreen().requests.emplace_back("midi boxes");
+}
+
 void redrawPanel() {
     markAll();
     recordedScreen().requests.emplace_back("panel");

@@ -1,0 +1,74 @@
+#include "midi/midi_message.h"
+
+#include "midi/midi_clock.h"
+#include "midi/midi_mapping.h"
+#include "midi/midi_state.h"
+
+#include <string>
+
+namespace percussomatic {
+
+namespace {
+
+// Kinds of channel messages, by the upper half of the status byte.
+constexpr std::uint32_t kNoteOff = 0x80, kNoteOn = 0x90, kControlChange = 0xB0, kPitchBend = 0xE0;
+
+// Realtime messages, by the whole status byte.
+constexpr std::uint32_t kTimingClock = 0xF8, kStart = 0xFA, kContinue = 0xFB, kStop = 0xFC;
+
+void showNote(bool on, int note, int velocity, int channel) {
+    // Keyboards that never send Note Off send a velocity of 0 instead.
+    setLearnStatus((on && velocity > 0 ? L"Received: NOTE ON " : L"Received: NOTE OFF ") +
+                   std::to_wstring(note) + L" Value " + std::to_wstring(velocity) + L" CH " +
+                   std::to_wstring(channel + 1));
+}
+
+void showPitchBend(int bend, int channel) {
+    setLearnStatus(L"Received: PITCH BEND " + std::to_wstring(bend) + L" CH " +
+                   std::to_wstring(channel + 1));
+}
+
+void handleRealtime(std::uint32_t status) {
+    switch (status) {
+    case kTimingClock:
+        midiClockPulse();
+        break;
+    case kStart:
+        midiStart();
+        break;
+    case kContinue:
+        midiContinue();
+        break;
+    case kStop:
+        midiStop();
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+void handleMidiMessage(std::uint32_t message) {
+    const std::uint32_t status = message & 0xFF;
+    const auto first = static_cast<int>(message >> 8 & 0x7F);
+    const auto second = static_cast<int>(message >> 16 & 0x7F);
+    const auto channel = static_cast<int>(status & 0x0F);
+    switch (status & 0xF0) {
+    case kControlChange:
+        handleControlChange(channel, first, second);
+        break;
+    case kNoteOn:
+    case kNoteOff:
+        showNote((status & 0xF0) == kNoteOn, first, second, channel);
+        break;
+    case kPitchBend:
+        showPitchBend(second * 128 + first, channel);
+        break;
+    default:
+        handleRealtime(status);
+        break;
+    }
+}
+
+} // namespace percussomatic

@@ -1,0 +1,132 @@
+// "Percussomatic.ini" beside the program, through the system's private-profile functions.
+
+#include "cards/card_file.h"
+#include "midi/midi_system.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace percussomatic {
+
+namespace {
+
+constexpr char kByteOrderMark[] = "\xFF\xFE"; // UTF-16, little-endian
+
+// The working directory where the program's own folder cannot be told.
+std::filesystem::path settingsFolder() {
+    constexpr DWORD kPathCharacters = 260;
+    std::array<wchar_t, kPathCharacters> path{};
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), kPathCharacters);
+    if (length < 1 || length >= kPathCharacters) {
+        return std::filesystem::current_path();
+    }
+    return std::filesystem::path(path.data()).parent_path();
+}
+
+const std::filesystem::path& settingsPath() {
+    static const std::filesystem::path path = settingsFolder() / "Percussomatic.ini";
+    return path;
+}
+
+std::string bytesOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Whether the system's 8-bit code page has every character. Such text comes back from an 8-bit file
+// as it was; any other with question marks.
+bool fitsCodePage(const std::wstring& text) {
+    if (text.empty()) {
+        return true;
+    }
+    BOOL replaced = FALSE;
+    const int length = static_cast<int>(text.size());
+    return WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length, nullptr, 0,
+                               nullptr, &replaced) > 0 &&
+           replaced == FALSE;
+}
+
+std::wstring widened(const std::string& bytes) {
+    const int length = static_cast<int>(bytes.size());
+    std::wstring text(bytes.size(), L'\0');
+    text.resize(static_cast<std::size_t>(MultiByteToWideChar(
+        CP_ACP, 0, bytes.data(), length, text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+// Turns an 8-bit settings file, or none, into UTF-16 with its content. From then on the
+// private-profile functions keep it so.
+void makeWide() {
+    const std::string bytes = bytesOf(settingsPath());
+    if (bytes.starts_with(kByteOrderMark)) {
+        return;
+    }
+    const std::wstring text = bytes.empty() ? std::wstring() : widened(bytes);
+    FileReplacement file(settingsPath());
+    file.write(kByteOrderMark);
+    file.write({reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)});
+    file.take(); // on failure the name is kept as well as 8 bits can
+}
+
+} // namespace
+
+std::vector<std::wstring> settingKeys(const std::wstring& section) {
+    constexpr DWORD kCharacters = 32768;
+    std::wstring list(kCharacters, L'\0');
+    list.resize(GetPrivateProfileStringW(section.c_str(), nullptr, L"", list.data(), kCharacters,
+                                         settingsPath().c_str()));
+    std::vector<std::wstring> keys;
+    for (std::size_t begin = 0; begin < list.size();) {
+        const std::size_t end = std::min(list.find(L'\0', begin), list.size());
+        keys.push_back(list.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return keys;
+}
+
+bool sectionHasKeys(const std::wstring& section) {
+    std::array<wchar_t, 4> probe{};
+    return GetPrivateProfileStringW(section.c_str(), nullptr, L"", probe.data(),
+                                    static_cast<DWORD>(probe.size()), settingsPath().c_str()) > 0;
+}
+
+std::wstring readSetting(const std::wstring& section, const std::wstring& key,
+                         std::size_t bufferCharacters) {
+    std::wstring value(bufferCharacters, L'\0');
+    value.resize(GetPrivateProfileStringW(section.c_str(), key.c_str(), L"", value.data(),
+                                          static_cast<DWORD>(value.size()),
+                                          settingsPath().c_str()));
+    return value;
+}
+
+void writeSetting(const std::wstring& section, const std::wstring& key, const std::wstring& value) {
+    if (!fitsCodePage(section) || !fitsCodePage(key) || !fitsCodePage(value)) {
+        flushSettings();
+        makeWide();
+    }
+    WritePrivateProfileStringW(section.c_str(), key.c_str(), value.c_str(), settingsPath().c_str());
+}
+
+void deleteSettings(const std::wstring& section) {
+    WritePrivateProfileStringW(section.c_str(), nullptr, nullptr, settingsPath().c_str());
+}
+
+void flushSettings() {
+    WritePrivateProfileStringW(nullptr, nullptr, nullptr, settingsPath().c_str());
+}
+
+std::optional<std::string> readLegacyMidiMap() {
+    const std::filesystem::path path = settingsPath().parent_path() / "MidiMappings.ini";
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return {};
+    }
+    return bytesOf(path);
+}
+
+} // namespace percussomatic

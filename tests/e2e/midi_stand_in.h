@@ -1,0 +1,33 @@
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+
+// The two halves of the stand-in for winmm.dll: winmm_stand_in.cpp has what both use and the
+// wave-out device, midi_stand_in.cpp the MIDI inputs.
+namespace stand_in {
+
+constexpr std::int64_t kNsPerSecond = 1'000'000'000, kNsPerMs = 1'000'000, kNsPerUs = 1'000;
+
+std::int64_t counterNs(); // the performance counter
+
+// The environment variable PERCUSSOMATIC_TEST_name; empty without it.
+std::wstring setting(const wchar_t* name);
+
+class Lock {
+public:
+    explicit Lock(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+    ~Lock() { ReleaseSRWLockExclusive(&lock_); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+private:
+    SRWLOCK& lock_;
+};
+
+// Starts the thread that plays the script, when there is one. Called once, as the program loads.
+void startMidiPlayer();
+
+} // namespace stand_in

@@ -1,0 +1,216 @@
+#include "midi/midi_clock.h"
+
+#include "audio/sound_engine.h"
+#include "midi/midi_message.h"
+#include "midi/midi_state.h"
+#include "sequencer/sequencer.h"
+#include "support/recorded_midi.h"
+#include "support/recorded_screen.h"
+#include "support/virtual_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace percussomatic {
+namespace {
+
+using Names = std::vector<std::string>;
+
+constexpr std::uint32_t kPulse = 0xF8, kStart = 0xFA, kContinue = 0xFB, kStop = 0xFC;
+constexpr std::int64_t kPulseNs = 20'833'333; // at 120 BPM
+const std::wstring kWaiting = L"SYNC: MIDI CLOCK Waiting for clock...";
+
+// Starts one tiny recording per step: the number of voices is the number of steps that sounded.
+class MidiClock : public testing::Test {
+protected:
+    MidiClock() {
+        for (int step = 0; step < kStepCount; ++step) {
+            sequencer().pattern.set(0, step, true);
+        }
+        controlState().sliderOffset[static_cast<std::size_t>(findControl("slider_001"))] = 650;
+        controlState().toggleBits[static_cast<std::size_t>(findControl("sw_001"))] = 1;
+        resetRecordedScreen();
+    }
+
+    void pulses(int count, std::int64_t intervalNs = kPulseNs) {
+        for (int pulse = 0; pulse < count; ++pulse) {
+            passTimeTo(nowNs_ += intervalNs);
+            handleMidiMessage(kPulse);
+            EXPECT_EQ(staleControls(), Names{});
+        }
+    }
+
+    static auto takeVoices() {
+        const auto& voices = soundEngine().voices;
+        const auto sounding =
+            std::count_if(voices.begin(), voices.end(), [](const Voice& v) { return v.active; });
+        soundEngine().deactivateAllVoices();
+        return sounding;
+    }
+
+    FreshMidi instrument_;
+    std::int64_t nowNs_ = 0;
+};
+
+TEST_F(MidiClock, TempoComesWithTheSecondPulseAndIsSmoothed) {
+    const struct {
+        const char* what;
+        std::int64_t intervalNs;
+        int count;
+        std::wstring status;
+    } cases[] = {
+        {"first", kPulseNs, 1, kWaiting},
+        {"second", kPulseNs, 1, L"SYNC: MIDI CLOCK BPM: 120.00"},
+        {"steady", kPulseNs, 200, L"SYNC: MIDI CLOCK BPM: 120.00"},
+        {"a pause of 2 s counts as 1.25 BPM", 2'000'000'000, 1, L"SYNC: MIDI CLOCK BPM: 105.75"},
+        {"on with it", kPulseNs, 1, L"SYNC: MIDI CLOCK BPM: 107.46"},
+        {"recovered", kPulseNs, 100, L"SYNC: MIDI CLOCK BPM: 120.00"},
+        {"just not too near", 100'001, 1, L"SYNC: MIDI CLOCK BPM: 3105.57"}};
+    followMidiClock();
+    for (const auto& [what, intervalNs, count, status] : cases) {
+        pulses(count, intervalNs);
+        EXPECT_EQ(recordedSystem().syncStatus, status) << what;
+    }
+    followMidiClock();
+    EXPECT_EQ(recordedSystem().syncStatus, kWaiting);
+    pulses(2, 10 * kPulseNs);
+    EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: MIDI CLOCK BPM: 12.00") << "begun anew";
+    EXPECT_EQ(sequencer().bpm, 120.0) << "the instrument's own tempo";
+}
+
+TEST_F(MidiClock, JitterOfAMillisecondMovesTheTempoByLessThanTwoPercent) {
+    followMidiClock();
+    handleMidiMessage(kStart);
+    std::mt19937 random(24); // the engine's numbers are the same everywhere
+    std::int64_t late = 0;
+    for (int pulse = 0; pulse < 960; ++pulse) {
+        const auto next = static_cast<std::int64_t>(random() % 1000) * 1000;
+        pulses(1, kPulseNs + next - late);
+        late = next;
+        if (pulse > 1) {
+            EXPECT_NEAR(sequencer().midiBpm, 120.0, 2.4) << pulse;
+        }
+    }
+    EXPECT_EQ(sequencer().currentStep, 0u) << "160 steps";
+}
+
+TEST_F(MidiClock, PulseTooNearCountsButIsNotMeasured) {
+    followMidiClock();
+    handleMidiMessage(kStart);
+    pulses(4);
+    const double bpm = sequencer().midiBpm;
+    pulses(1, 100'000);
+    pulses(1, 0);
+    EXPECT_EQ(sequencer().midiBpm, bpm);
+    EXPECT_EQ(sequencer().currentStep, 1u) << "six in all";
+    pulses(1);
+    EXPECT_NEAR(sequencer().midiBpm, bpm, 1e-9) << "measured from the near one";
+}
+
+TEST_F(MidiClock, SixPulsesAreAStepAndNinetySixARound) {
+    followMidiClock();
+    sequencer().currentStep = 7;
+    handleMidiMessage(kStart);
+    EXPECT_EQ(sequencer().currentStep, 0u);
+    EXPECT_EQ(takeVoices(), 1) << "the first step at once";
+    for (int pulse = 1; pulse <= 2 * 96; ++pulse) {
+        pulses(1);
+        EXPECT_EQ(sequencer().currentStep, static_cast<std::uint32_t>(pulse / 6 % 16));
+        EXPECT_EQ(takeVoices(), pulse % 6 == 0 ? 1 : 0) << pulse;
+    }
+    EXPECT_EQ(takePostedTicks(), std::vector<PostedTick>{}) << "the step clock stands still";
+}
+
+TEST_F(MidiClock, TransportFollowsOnlyWhileTheMidiClockLeads) {
+    struct Step {
+        const char* what;
+        std::uint32_t message;
+        int pulses; // after it
+        bool running;
+        std::uint32_t currentStep;
+        int voices;
+    };
+    const Step internal[] = {{"start", kStart, 12, false, 0, 0},
+                             {"continue", kContinue, 12, false, 0, 0},
+                             {"stop", kStop, 12, false, 0, 0}};
+    const Step external[] = {{"stopped, pulses do not count", kStop, 11, false, 0, 0},
+                             {"continue from a stand", kContinue, 5, true, 0, 0},
+                             {"it began to count there", kPulse, 0, true, 1, 1},
+                             {"start from further on", kStart, 13, true, 2, 3},
+                             {"a started step is dropped", kStop, 7, false, 2, 0},
+                             {"continue resumes after the step", kContinue, 6, true, 3, 1},
+                             {"continue while running begins the step anew", kPulse, 2, true, 3, 0},
+                             {"...", kContinue, 5, true, 3, 0},
+                             {"...", kPulse, 0, true, 4, 1},
+                             {"start again", kStart, 0, true, 0, 1},
+                             {"stop", kStop, 0, false, 0, 0},
+                             {"and again", kStop, 0, false, 0, 0}};
+    const auto play = [this](const Step& step) {
+        SCOPED_TRACE(step.what);
+        handleMidiMessage(step.message);
+        EXPECT_EQ(staleControls(), Names{});
+        pulses(step.pulses);
+        EXPECT_EQ(sequencer().running, step.running);
+        EXPECT_EQ(sequencer().currentStep, step.currentStep);
+        EXPECT_EQ(takeVoices(), step.voices);
+    };
+    std::for_each(std::begin(internal), std::end(internal), play);
+    followMidiClock();
+    std::for_each(std::begin(external), std::end(external), play);
+    pulses(5);
+    toggleRunning(); // by hand
+    takeVoices();
+    pulses(5);
+    EXPECT_EQ(sequencer().currentStep, 0u) << "pulses while stopped did not count";
+    pulses(1);
+    EXPECT_EQ(takeVoices(), 1);
+
+    toggleEditMode();
+    handleMidiMessage(kStart);
+    pulses(6);
+    EXPECT_EQ(sequencer().currentStep, 1u);
+    EXPECT_EQ(takeVoices(), 0) << "silent in edit mode";
+}
+
+TEST_F(MidiClock, LeaderChangesWhileTheRhythmRuns) {
+    toggleRunning();
+    passTimeTo(nowNs_ += 250 * kNsPerMs);
+    EXPECT_EQ(takePostedTicks().size(), 2u);
+    takeVoices();
+    pulses(9); // 187.5 ms: measured, but the step clock leads
+    EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: INTERNAL BPM: 120.00");
+    EXPECT_NEAR(sequencer().midiBpm, 120.0, 1e-3);
+    EXPECT_EQ(takePostedTicks().size(), 1u);
+
+    takeRedraws();
+    followMidiClock();
+    EXPECT_EQ(takeRedraws(), Names{"tempo box"});
+    EXPECT_TRUE(sequencer().running);
+    EXPECT_TRUE(recordedSystem().externalSyncShown);
+    EXPECT_EQ(recordedSystem().syncStatus, kWaiting);
+    pulses(12, kPulseNs / 2);
+    EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: MIDI CLOCK BPM: 240.00");
+    EXPECT_EQ(takeVoices(), 2);
+    EXPECT_EQ(takePostedTicks().size(), 0u);
+
+    pulses(5); // of a step that is never finished
+    followInternalClock();
+    EXPECT_FALSE(recordedSystem().externalSyncShown);
+    EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: INTERNAL BPM: 120.00");
+    EXPECT_EQ(sequencer().midiBpm, 0.0);
+    passTimeTo(nowNs_ += 1000 * kNsPerMs);
+    EXPECT_EQ(takePostedTicks().size(), 8u) << "at its own tempo again";
+    followMidiClock();
+    pulses(5);
+    EXPECT_EQ(takeVoices(), 0);
+    pulses(1);
+    EXPECT_EQ(takeVoices(), 1);
+}
+
+} // namespace
+} // namespace percussomatic

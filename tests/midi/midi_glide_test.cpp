@@ -1,0 +1,155 @@
+#include "midi/midi_glide.h"
+
+#include "audio/sound_engine.h"
+#include "midi/midi_mapping.h"
+#include "midi/midi_state.h"
+#include "sequencer/front_panel.h"
+#include "sequencer/panel_state.h"
+#include "sequencer/sequencer.h"
+#include "support/recorded_midi.h"
+#include "support/recorded_screen.h"
+#include "support/virtual_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace percussomatic {
+namespace {
+
+using Names = std::vector<std::string>;
+
+std::uint32_t& offsetOf(std::string_view name) {
+    return controlState().sliderOffset[static_cast<std::size_t>(findControl(name))];
+}
+
+bool timerRuns() {
+    return recordedSystem().timers.contains(WindowTimer::midiGlide);
+}
+
+// Ticks until all has landed; at most 100.
+int glideToTheEnd() {
+    int ticks = 0;
+    while (timerRuns() && ticks < 100) {
+        midiSmoothingTick();
+        EXPECT_EQ(staleControls(), Names{});
+        ++ticks;
+    }
+    return ticks;
+}
+
+class MidiGlide : public testing::Test {
+protected:
+    FreshMidi instrument_;
+};
+
+TEST_F(MidiGlide, TempoGoesThirtyFivePercentOfTheRestAndLandsExactly) {
+    toggleRunning();
+    passTimeTo(1 * kNsPerMs);
+    applyMidiToControl(findControl("rotary_002"), 127, true);
+    EXPECT_EQ(sequencer().bpm, 120.0) << "nothing moves before the first tick";
+    double rest = 120.0; // BPM below 240
+    for (int tick = 0; tick < 13; ++tick) {
+        takeRedraws();
+        midiSmoothingTick();
+        EXPECT_NEAR(sequencer().bpm, 240.0 - (rest *= 0.65), 1e-9) << tick;
+        EXPECT_EQ(takeRedraws(), (Names{"tempo box", "rotary_002 now"}));
+        EXPECT_TRUE(timerRuns());
+    }
+    midiSmoothingTick(); // from 0.0022 of the way before the end to 0.0014
+    EXPECT_TRUE(timerRuns());
+    midiSmoothingTick();
+    EXPECT_EQ(sequencer().bpm, 240.0);
+    EXPECT_EQ(panelState().tempo.value, 1.0);
+    EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: INTERNAL BPM: 240.00");
+    EXPECT_FALSE(timerRuns());
+    passTimeTo(1000 * kNsPerMs);
+    EXPECT_EQ(takePostedTicks().size(), 1u + 14u) << "125 ms, from then on 62.5 ms";
+}
+
+TEST_F(MidiGlide, EveryControllerValueIsReached) {
+    for (const int value : {0, 1, 64, 126, 127, 63, 0}) {
+        SCOPED_TRACE(value);
+        for (const char* name : {"rotary_001", "rotary_002", "slider_001", "slider_006"}) {
+            applyMidiToControl(findControl(name), value, false);
+        }
+        EXPECT_LT(glideToTheEnd(), 20);
+        const double t = value / 127.0;
+        EXPECT_EQ(soundEngine().masterVolume, static_cast<float>(t * t));
+        EXPECT_EQ(panelState().master.value, t);
+        EXPECT_EQ(sequencer().bpm, t * 200.0 + 40.0);
+        EXPECT_EQ(offsetOf("slider_001"), static_cast<std::uint32_t>(t * 650.0 + 0.5));
+        EXPECT_EQ(offsetOf("slider_006"), offsetOf("slider_001"));
+        EXPECT_EQ(offsetOf("slider_002"), 0u);
+    }
+}
+
+TEST_F(MidiGlide, RunningTimerIsLeftAloneAndTheLatestTargetCounts) {
+    const int slider = findControl("slider_004"), rotary = findControl("rotary_001");
+    applyMidiToControl(slider, 127, true);
+    EXPECT_EQ(recordedSystem().timers.at(WindowTimer::midiGlide), 16u);
+    recordedSystem().timers[WindowTimer::midiGlide] = 1; // would be overwritten by a new begin
+    midiSmoothingTick();
+    EXPECT_EQ(takeRedraws(), Names{"slider_004 from 0"});
+    EXPECT_EQ(offsetOf("slider_004"), 227u); // 0.35 of 650, just short of 227.5
+    applyMidiToControl(rotary, 0, false);
+    applyMidiToControl(slider, 0, false);
+    EXPECT_EQ(recordedSystem().timers.at(WindowTimer::midiGlide), 1u);
+    midiSmoothingTick();
+    EXPECT_EQ(offsetOf("slider_004"), 148u); // 0.65 of 227
+    glideToTheEnd();
+    EXPECT_EQ(offsetOf("slider_004"), 0u);
+    EXPECT_EQ(panelState().master.value, 0.0);
+    applyMidiToControl(slider, 1, false);
+    EXPECT_EQ(recordedSystem().timers.at(WindowTimer::midiGlide), 16u) << "begun again";
+}
+
+TEST_F(MidiGlide, SliderStopsOneUnitShortOfSomeTargets) {
+    const struct {
+        double target; // offset
+        std::uint32_t from, offset;
+        bool lands;
+    } cases[] = {{301.29, 300, 301, true}, {301.31, 300, 300, false}, {301.42, 300, 300, false},
+                 {301.44, 300, 301, true}, {298.69, 300, 300, false}, {298.58, 300, 300, false},
+                 {298.71, 300, 299, true}, {298.56, 300, 299, true},  {320.4, 0, 319, false}};
+    for (const auto& [target, from, offset, lands] : cases) {
+        SCOPED_TRACE(target);
+        const FreshMidi instrument;
+        const int slider = findControl("slider_002");
+        offsetOf("slider_002") = from;
+        resetRecordedScreen();
+        glideTo(slider, target / kSliderTravel);
+        EXPECT_EQ(glideToTheEnd() < 100, lands);
+        EXPECT_EQ(offsetOf("slider_002"), offset);
+        EXPECT_EQ(midiState().midiTargetValue[static_cast<std::size_t>(slider)] < 0.0, lands);
+        takeRedraws();
+        midiSmoothingTick();
+        EXPECT_EQ(takeRedraws(), Names{}) << "nothing to paint while it waits";
+        applyMidiToControl(slider, 127, false);
+        EXPECT_LT(glideToTheEnd(), 20);
+        EXPECT_EQ(offsetOf("slider_002"), 650u);
+    }
+}
+
+TEST_F(MidiGlide, RotaryIsTakenOutOfTheHand) {
+    const int rotary = findControl("rotary_001");
+    const PixelRect rect = controlClientRect(rotary, 0.25);
+    const PixelPoint centre{rect.left + rect.width() / 2, rect.top + rect.height() / 2};
+    ASSERT_TRUE(beginRotaryDrag(centre, 0.25));
+    dragRotary(centre.y + 42, false);
+    applyMidiToControl(rotary, 0, false);
+    midiSmoothingTick();
+    const double value = panelState().master.value;
+    EXPECT_DOUBLE_EQ(value, 0.9 * 0.65);
+    EXPECT_EQ(panelState().master.dragStartValue, value);
+    EXPECT_EQ(panelState().master.dragStartY, 0);
+    dragRotary(centre.y - 420, false);
+    EXPECT_EQ(panelState().master.value, value);
+    endRotaryDrag();
+    glideToTheEnd();
+    EXPECT_EQ(soundEngine().masterVolume, 0.0f);
+}
+
+} // namespace
+} // namespace percussomatic

@@ -1,0 +1,271 @@
+#include "midi/midi_mapping.h"
+
+#include "audio/sound_engine.h"
+#include "midi/midi_learn.h"
+#include "midi/midi_state.h"
+#include "sequencer/front_panel.h"
+#include "sequencer/sequencer.h"
+#include "support/recorded_midi.h"
+#include "support/recorded_screen.h"
+#include "support/virtual_clock.h"
+#include "ui/control_layout.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace percussomatic {
+namespace {
+
+using Names = std::vector<std::string>;
+
+constexpr double kScale = 1040.0 / 5153.0; // of the panel on a screen of 1920 x 1080
+
+PixelPoint centreOf(std::string_view name) {
+    const PixelRect rect = controlClientRect(findControl(name), kScale);
+    return {rect.left + rect.width() / 2, rect.top + rect.height() / 2};
+}
+
+std::uint8_t& toggleBit(std::string_view name) {
+    return controlState().toggleBits[static_cast<std::size_t>(findControl(name))];
+}
+
+bool lit(std::string_view name) {
+    return controlLit(findControl(name));
+}
+
+void learn(std::string_view name, int channel, int controller) {
+    armMidiLearn();
+    EXPECT_TRUE(learnClick(centreOf(name), kScale));
+    handleControlChange(channel, controller, 0);
+}
+
+auto activeVoices() {
+    const auto& voices = soundEngine().voices;
+    return std::count_if(voices.begin(), voices.end(), [](const Voice& v) { return v.active; });
+}
+
+class MidiMappings : public testing::Test {
+protected:
+    FreshMidi instrument_;
+};
+
+TEST_F(MidiMappings, LearnTakesTheTopmostControlUnderTheClick) {
+    const PixelRect power = controlClientRect(findControl("pw_001"), kScale);
+    ASSERT_FALSE(hitsControl(findControl("pw_001"), {power.left, power.top}, kScale));
+    const auto slider = static_cast<std::size_t>(findControl("slider_003"));
+    const PixelPoint sliderAtRest = centreOf("slider_003");
+    controlState().sliderOffset[slider] = 400;
+    const struct {
+        PixelPoint click;
+        const char* id; // empty: asks again
+    } cases[] = {{centreOf("rotary_001"), "rotary_001"},
+                 {centreOf("rotary_002"), "rotary_002"},
+                 {centreOf("bottone_096"), "bottone_096"},
+                 {centreOf("sw_007"), "sw_007"},
+                 {centreOf("sw_014"), "sw_015"}, // lies on top
+                 {centreOf("sw_018"), "sw_018"},
+                 {{power.left, power.top}, "pw_001"}, // every pixel that is drawn
+                 {{power.right - 1, power.bottom - 1}, "pw_001"},
+                 {{power.right, power.bottom - 1}, ""},
+                 {centreOf("slider_003"), "slider_003"},
+                 {sliderAtRest, ""}, // only the thumb
+                 {centreOf("bin_001"), ""},
+                 {centreOf("c_scheda_001"), ""},
+                 {{0, 0}, ""}};
+    EXPECT_EQ(midiState().learnStatusText, L"Learn status: idle");
+    for (const auto& [click, id] : cases) {
+        SCOPED_TRACE(testing::Message() << click.x << ", " << click.y << ": " << id);
+        const std::string target = id;
+        armMidiLearn();
+        EXPECT_EQ(recordedMidi().learnLine, L"Learn: click a control on the instrument");
+        EXPECT_TRUE(learnClick(click, kScale));
+        EXPECT_EQ(midiState().learnArmed, target.empty());
+        EXPECT_EQ(midiState().learnWaitingForMidi, !target.empty());
+        EXPECT_EQ(midiState().learnTargetId, target);
+        EXPECT_EQ(recordedMidi().learnLine,
+                  target.empty()
+                      ? L"Learn: click a rotary, slider or button"
+                      : L"Move a MIDI control for: " + std::wstring(target.begin(), target.end()));
+        EXPECT_EQ(learnClick(click, kScale), target.empty()) << "only as long as it is armed";
+    }
+    EXPECT_EQ(takeRedraws(), Names{});
+}
+
+TEST_F(MidiMappings, LearnEndsWithAControlChangeThatMovesNothing) {
+    midiState().profileDeviceName = L"Keys";
+    handleControlChange(2, 7, 127);
+    EXPECT_EQ(recordedMidi().learnLine, L"Received: CC 7 Value 127 CH 3");
+    learn("sw_001", 9, 99); // the same control twice, and the same Control Change twice
+    armMidiLearn();
+    learnClick(centreOf("sw_001"), kScale);
+    handleControlChange(2, 7, 100);
+    EXPECT_EQ(recordedMidi().learnLine, L"Mapped sw_001 to CC 7 / CH 3");
+    EXPECT_EQ(midiState().mappings, (std::vector<MidiMapping>{{"sw_001", 2, 7}}));
+    EXPECT_EQ(settingsText(), L"[GENERAL]\nLastMidiDevice=Keys\n[DEVICE:Keys]\nsw_001=2,7\n");
+    handleControlChange(2, 7, 127);
+    EXPECT_EQ(toggleBit("sw_001"), 0) << "it was above 63 already when it was learned";
+    handleControlChange(2, 7, 0);
+    handleControlChange(2, 7, 64);
+    EXPECT_EQ(toggleBit("sw_001"), 1);
+    handleControlChange(3, 7, 0);
+    handleControlChange(2, 8, 0);
+    handleControlChange(2, 7, 127);
+    EXPECT_EQ(toggleBit("sw_001"), 1) << "another channel and another controller";
+
+    learn("rotary_001", 0, 1);
+    EXPECT_TRUE(recordedSystem().timers.empty()) << "nothing glides";
+
+    armMidiLearn();
+    learnClick(centreOf("sw_002"), kScale);
+    clearMidiMappings();
+    EXPECT_EQ(recordedMidi().learnLine, L"All MIDI mappings cleared");
+    EXPECT_EQ(settingsText(), L"[GENERAL]\nLastMidiDevice=Keys\n");
+    handleControlChange(2, 7, 0);
+    EXPECT_TRUE(midiState().mappings.empty()) << "the learn has ended";
+    EXPECT_EQ(midiState().ccLastValue[2][7], 127) << "kept for mapped ones only";
+    armMidiLearn();
+    clearMidiMappings();
+    EXPECT_FALSE(learnClick(centreOf("sw_002"), kScale));
+}
+
+TEST_F(MidiMappings, FirstMappingDecidesAndNamesAreFoundInAnyCase) {
+    midiState().mappings = {{"no_such", 0, 1}, {"sw_001", 0, 1}, {"SW_002", 0, 2}};
+    handleControlChange(0, 1, 127);
+    EXPECT_EQ(midiState().ccLastValue[0][1], 127);
+    EXPECT_EQ(toggleBit("sw_001"), 0);
+    handleControlChange(0, 2, 127);
+    EXPECT_EQ(toggleBit("sw_002"), 1);
+    for (const int index : {-1, kControlCount, findControl("bin_001"), findControl("mobile_001")}) {
+        takeRedraws();
+        applyMidiToControl(index, 127, true);
+        EXPECT_EQ(takeRedraws(), Names{});
+    }
+}
+
+TEST_F(MidiMappings, SwitchesFlipAtRisingEdgesAndClearSwitchesFollow) {
+    const struct {
+        int value, edge, level; // bits afterwards
+    } cases[] = {{63, 0, 0}, {64, 1, 1}, {127, 1, 1}, {64, 1, 1}, {63, 1, 0},
+                 {64, 0, 1}, {0, 0, 0},  {127, 1, 1}, {0, 1, 0},  {127, 0, 1}};
+    for (const char* name : {"sw_001", "sw_014", "sw_017", "bottone_018", "pw_001"}) {
+        midiState().mappings = {{name, 5, 6}};
+        midiState().ccLastValue[5][6] = 0; // as at start-up: the first may be a rising edge
+        toggleBit(name) = 0;
+        int before = 0;
+        for (const auto& [value, edge, level] : cases) {
+            takeRedraws();
+            handleControlChange(5, 6, value);
+            EXPECT_EQ(toggleBit(name), edge) << name << " at " << value;
+            EXPECT_EQ(takeRedraws(), edge == before ? Names{} : Names{std::string(name) + " now"});
+            before = edge;
+        }
+    }
+    const Pattern allSet = [] {
+        Pattern pattern;
+        pattern.steps.fill(1);
+        return pattern;
+    }();
+    sequencer().pattern = allSet;
+    for (const char* name :
+         {"sw_018", "sw_019", "sw_021", "sw_023", "sw_025", "sw_027", "sw_029"}) {
+        midiState().mappings = {{name, 5, 6}};
+        int before = 0;
+        for (const auto& [value, edge, level] : cases) {
+            takeRedraws();
+            handleControlChange(5, 6, value);
+            EXPECT_EQ(lit(name), level != 0) << name << " at " << value;
+            EXPECT_EQ(takeRedraws(), level == before ? Names{} : Names{std::string(name) + " now"});
+            before = level;
+        }
+        handleControlChange(5, 6, 0);
+    }
+    EXPECT_EQ(sequencer().pattern.steps, allSet.steps);
+    EXPECT_FALSE(panelState().powerOffPending);
+    EXPECT_EQ(staleControls(), Names{});
+}
+
+TEST_F(MidiMappings, ClearSwitchShowsTheHandAndMidi) {
+    for (const char* name : {"sw_018", "sw_023"}) {
+        pressControl(centreOf(name), kScale);
+        applyMidiToControl(findControl(name), 127, true);
+        applyMidiToControl(findControl(name), 0, false);
+        EXPECT_TRUE(lit(name)) << "still held";
+        applyMidiToControl(findControl(name), 127, true);
+        releaseControls();
+        EXPECT_TRUE(lit(name));
+        EXPECT_FALSE(lit("sw_025")) << "only this one";
+        applyMidiToControl(findControl(name), 0, false);
+        EXPECT_FALSE(lit(name));
+        EXPECT_EQ(staleControls(), Names{});
+    }
+}
+
+TEST_F(MidiMappings, StartSwitchByMidiPlaysNoFirstStep) {
+    Sequencer& now = sequencer();
+    now.pattern.set(0, 0, true);
+    now.pattern.set(0, 3, true);
+    now.currentStep = 3;
+    controlState().sliderOffset[static_cast<std::size_t>(findControl("slider_001"))] = 650;
+    toggleBit("sw_001") = 1;
+    const int start = findControl("sw_007");
+    const struct {
+        bool externalSync, on;
+        std::size_t ticks; // in the second after it, at 120 BPM
+    } cases[] = {{false, true, 8}, {false, false, 0}, {true, true, 0}, {true, false, 0}};
+    std::int64_t timeNs = 0;
+    for (const auto& [externalSync, on, ticks] : cases) {
+        SCOPED_TRACE(testing::Message() << externalSync << on);
+        now.externalSync = externalSync;
+        now.currentStep = 3;
+        takeRedraws();
+        applyMidiToControl(start, 127, false);
+        EXPECT_EQ(takeRedraws(), Names{});
+        applyMidiToControl(start, 127, true);
+        EXPECT_EQ(now.running, on);
+        EXPECT_EQ(now.currentStep, on ? 0u : 3u);
+        EXPECT_EQ(takeRedraws(), (Names{"sw_007 later", "bin_001 later", "flush"})) << "no column";
+        EXPECT_EQ(activeVoices(), 0);
+        passTimeTo(timeNs += 1000 * kNsPerMs);
+        EXPECT_EQ(takePostedTicks().size(), ticks);
+    }
+}
+
+TEST_F(MidiMappings, LengthSwitchesByMidiLeaveTheStepWhereItIs) {
+    sequencer().currentStep = 12;
+    sequencer().running = true;
+    resetRecordedScreen();
+    for (const LengthSwitch& each : kLengthSwitches) {
+        takeRedraws();
+        applyMidiToControl(findControl(each.name), 127, true);
+        EXPECT_EQ(sequencer().sequenceLength, each.length);
+        EXPECT_TRUE(lit(each.name));
+        EXPECT_EQ(takeRedraws().back(), "flush");
+        EXPECT_EQ(staleControls(), Names{});
+        EXPECT_EQ(sequencer().currentStep, 12u);
+        EXPECT_EQ(toggleBit(each.name), 0);
+        applyMidiToControl(findControl(each.name), 127, true);
+        EXPECT_EQ(takeRedraws(), Names{});
+    }
+    applyMidiToControl(findControl("sw_009"), 64, true);
+    onStepTick();
+    EXPECT_EQ(sequencer().currentStep, 3u) << "13 in five steps";
+}
+
+TEST_F(MidiMappings, EditSwitchByMidiMutesLikeTheHand) {
+    sequencer().pattern.set(2, 5, true);
+    for (const bool on : {true, false}) {
+        soundEngine().stopAllVoicesRequest = 0;
+        applyMidiToControl(findControl("sw_008"), 64, true);
+        EXPECT_EQ(sequencer().editMode, on);
+        EXPECT_EQ(soundEngine().outputMuted, on ? 1 : 0);
+        EXPECT_EQ(soundEngine().stopAllVoicesRequest, on ? 1 : 0);
+        EXPECT_EQ(staleControls(), Names{});
+    }
+}
+
+} // namespace
+} // namespace percussomatic
