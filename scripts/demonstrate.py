@@ -8,7 +8,7 @@ import sys
 import time
 import wave
 
-from player import Player, Recorder
+from player import Player, Recorder, wait_until
 
 # Line 0..5: switches on, slider position 0..650, steps.
 RHYTHM = [(("sw_028",), 260, (0,)),
@@ -28,6 +28,12 @@ def write_wave(raw, file):
         out.writeframes(raw)
 
 
+def first_step(player):
+    """A picture in which the first step is lit."""
+    picture = player.screenshot()
+    return picture if player.brightness("bottone_001", picture) > 120 else None
+
+
 def main(folder, out):
     out.mkdir(parents=True, exist_ok=True)
     player = Player(folder / "Percussomatic.exe", folder)
@@ -40,7 +46,8 @@ def main(folder, out):
         recorder = Recorder(heard)
         player.click("sw_007")
         time.sleep(SECONDS)
-        player.screenshot(out / "panel.png")
+        picture = wait_until(lambda: first_step(player), "a look at the first step")
+        player.save(picture, out / "panel.png")
         player.click("sw_007")
         recorder.stop()
         write_wave(heard.read_bytes(), out / "heard.wav")

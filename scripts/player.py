@@ -5,8 +5,10 @@ Runs inside scripts/wine-env. Positions come from the program's own control tabl
 import os
 import pathlib
 import re
+import struct
 import subprocess
 import time
+import zlib
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 TABLE = ROOT / "src/ui/control_layout_table.cpp"
@@ -58,6 +60,13 @@ class Picture:
             total += sum(self.pixels[start:start + 3 * w])
         return total / (3 * w * h)
 
+
+    def save(self, file, x, y, w, h):
+        """A rectangle as a PNG file."""
+        rows = b"".join(b"\0" + self.pixels[3 * (row * self.width + x):3 * (row * self.width + x + w)] for row in range(y, y + h))
+        chunk = lambda kind, data: struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+        pathlib.Path(file).write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 2, 0, 0, 0))
+                                       + chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b""))
 
     def greener(self, x, y, w, h):
         """How much more green than red there is in a rectangle, in grey steps of its mean."""
@@ -175,13 +184,15 @@ class Player:
         """Sets steps 0..15 of line 0..5."""
         self.click(*(f"bottone_{16 * line + step + 1:03}" for step in steps))
 
-    def screenshot(self, file=None):
-        if file:
-            subprocess.run(["import", "-window", "root", "-crop", f"{self.width}x{self.height}+{self.x}+{self.y}", "+repage",
-                            str(file)], check=True)
+    def screenshot(self):
+        """The whole display."""
         raw = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"], check=True, capture_output=True).stdout
         width = int(xdotool("getdisplaygeometry").split()[0])
         return Picture(width, len(raw) // (3 * width), raw)
+
+    def save(self, picture, file):
+        """The panel's part of a picture as a PNG file."""
+        picture.save(file, self.x, self.y, self.width, self.height)
 
     def brightness(self, name, picture=None):
         return (picture or self.screenshot()).brightness(*self._middle(name))
