@@ -85,9 +85,14 @@ class Player:
         self.turned = {name: 0 for name in self.controls if name.startswith("slider_")}
         self.process = subprocess.Popen(["wine64", str(program)], cwd=folder, env=environment,
                                         stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.window = wait_until(self._find, "the panel", 60)
-        self.place()
-        wait_until(lambda: self.screenshot().brightness(*self._middle("pannello_frontale_001")) > 16, "the panel's picture")
+        try:
+            self.window = wait_until(self._find, "the panel", 60)
+            self.place()
+            wait_until(lambda: self.screenshot().brightness(*self._middle("pannello_frontale_001")) > 16, "the panel's picture")
+        except BaseException:
+            self.process.kill()
+            self.process.wait()
+            raise
 
     def _find(self):
         assert self.process.poll() is None, f"the program ended with {self.process.returncode}"
