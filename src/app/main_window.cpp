@@ -96,6 +96,9 @@ LRESULT timer(HWND window, WPARAM id, LPARAM lParam) {
         return 0;
     case WindowTimer::cardInsertion:
         cardInsertionTick();
+        if (cardPanel().cardInserted) {
+            endGlides(); // or a controller's last word would undo the card
+        }
         return 0;
     case WindowTimer::midiGlide:
         midiSmoothingTick();

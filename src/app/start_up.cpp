@@ -1,6 +1,7 @@
 #include "app/start_up.h"
 
 #include "app/main_window.h"
+#include "audio/effect_choice.h"
 #include "audio/sound_engine.h"
 #include "audio/wave_out.h"
 #include "cards/card_panel.h"
@@ -71,7 +72,7 @@ void startSound() {
     constexpr std::uint32_t kInstruments = 12;
     SoundEngine& engine = soundEngine();
     waveOut().start(); // without a device the instrument runs silently
-    engine.setEffectPreset(0);
+    selectPreset(0);
     engine.setEffectEnabled(false);
     for (std::uint32_t index = 0; index < kInstruments; ++index) {
         engine.setSend(index, 0.0f);

@@ -164,6 +164,9 @@ SaveResult FileReplacement::finish() {
 SaveResult FileReplacement::take() {
     if (finish() == SaveResult::saved) {
         std::error_code error;
+        if (const auto old = std::filesystem::status(target_, error); exists(old)) {
+            std::filesystem::permissions(temporary_, old.permissions(), error);
+        }
         std::filesystem::rename(temporary_, target_, error); // replaces on every system
         if (error) {
             fail();

@@ -82,7 +82,7 @@ void setTravel(LayoutSize client) {
     CardPanel& panel = cardPanel();
     const PanelRects rects = cardPanelRects(client);
     panel.insertStartY = -rects.readerCard.height() - 8;
-    const int plate = findControl("c_scheda_001");
+    const int plate = controlShowing("c_scheda.PNG");
     panel.insertTargetY =
         plate == kNoControl
             ? rects.reader.bottom
@@ -131,6 +131,14 @@ void redrawStepButtons() {
         for (int step = 0; step < kStepCount; ++step) {
             redrawControl(stepButtonIndex(line, step), Repaint::later);
         }
+    }
+}
+
+// The card shown may lie in the reader as well, half of it outside the dialog.
+void redrawShownCard() {
+    redrawCardDialog();
+    if (cardPanel().cardInserted && cardPanel().insertedSlot == cardPanel().dialogSlot) {
+        redrawReader();
     }
 }
 
@@ -222,7 +230,7 @@ void saveCard() {
     captureCard(card);
     card.used = true;
     writeCardFile(card, cardPanel().dialogSlot);
-    redrawCardDialog();
+    redrawShownCard();
 }
 
 void setCardTitle(std::wstring title) {
@@ -234,7 +242,7 @@ void setCardTitle(std::wstring title) {
     if (card.used) {
         writeCardFile(card, cardPanel().dialogSlot);
     }
-    redrawCardDialog();
+    redrawShownCard();
 }
 
 void beginCardInsertion(LayoutSize client) {

@@ -58,7 +58,7 @@ enum class PanelCommand {
     cancel
 };
 
-// Boxes that overlap in a small window: the one drawn last takes the click.
+// Boxes of the strip that overlap in a small window: the one drawn last takes the click.
 PanelCommand panelCommandAt(PixelPoint client, const PanelRects& rects) noexcept;
 
 void toggleCardsDialog();

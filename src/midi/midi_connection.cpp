@@ -7,6 +7,9 @@
 #include "sequencer/transport.h"
 #include "ui/redraw.h"
 
+#include <utility>
+#include <vector>
+
 namespace percussomatic {
 
 namespace {
@@ -23,10 +26,15 @@ void midiPortOpened(const std::wstring& deviceName) {
     MidiState& midi = midiState();
     resetMidiClock();
     midi.profileDeviceName = deviceName;
+    midi.mappings.clear();
     rememberMidiDevice(deviceName);
     flushSettings();
     importLegacyMidiMap();
+    std::vector<MidiMapping> imported = midi.mappings;
     loadMidiProfile();
+    if (midi.mappings.empty()) {
+        midi.mappings = std::move(imported); // the settings file could not take them
+    }
     setLearnStatus(midi.mappings.empty()
                        ? L"Connected - no profile found. Press LEARN."
                        : L"Profile loaded: " + std::to_wstring(midi.mappings.size()) +

@@ -60,6 +60,11 @@ void glideTo(int index, double target) {
     }
 }
 
+void endGlides() {
+    midiState().midiTargetValue.fill(kNoMidiTarget);
+    stopTimer(WindowTimer::midiGlide);
+}
+
 void midiSmoothingTick() {
     for (int index = 0; index < kControlCount; ++index) {
         double& target = midiState().midiTargetValue[static_cast<std::size_t>(index)];

@@ -13,4 +13,7 @@ void glideTo(int index, double target);
 // landed.
 void midiSmoothingTick();
 
+// Leaves everything where it stands: a card has just placed it.
+void endGlides();
+
 } // namespace percussomatic

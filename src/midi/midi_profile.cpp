@@ -120,7 +120,9 @@ bool sameDeviceName(std::wstring_view a, std::wstring_view b) noexcept {
 }
 
 std::wstring midiProfileSectionName(std::wstring_view deviceName) {
-    std::wstring name(deviceName.empty() ? L"Unknown MIDI Device" : deviceName);
+    // Blanks at the end of a section's name do not survive in the file.
+    const std::wstring_view kept = deviceName.substr(0, deviceName.find_last_not_of(L' ') + 1);
+    std::wstring name(kept.empty() ? L"Unknown MIDI Device" : kept);
     for (wchar_t& c : name) {
         if (c == L'[' || c == L']' || c == L'\r' || c == L'\n') {
             c = L'_';

@@ -33,15 +33,24 @@ const std::filesystem::path& settingsPath() {
     return path;
 }
 
-std::string bytesOf(const std::filesystem::path& path) {
+// Empty for a file that is not there; nothing for one that is but cannot be read to its end.
+std::optional<std::string> bytesOf(const std::filesystem::path& path) {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error) && !error) {
+        return std::string();
+    }
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    if (!file.is_open() || file.bad() || bytes.size() != std::filesystem::file_size(path, error)) {
+        return {};
+    }
+    return bytes;
 }
 
 // Whether the system's 8-bit code page has every character. Such text comes back from an 8-bit file
 // as it was; any other with question marks.
 bool fitsCodePage(const std::wstring& text) {
-    if (text.empty()) {
+    if (text.empty() || GetACP() == CP_UTF8) {
         return true;
     }
     BOOL replaced = FALSE;
@@ -61,16 +70,20 @@ std::wstring widened(const std::string& bytes) {
 
 // Turns an 8-bit settings file, or none, into UTF-16 with its content. From then on the
 // private-profile functions keep it so.
-void makeWide() {
-    const std::string bytes = bytesOf(settingsPath());
-    if (bytes.starts_with(kByteOrderMark)) {
-        return;
+// False leaves the file as it is.
+bool makeWide() {
+    const std::optional<std::string> bytes = bytesOf(settingsPath());
+    if (!bytes) {
+        return false;
     }
-    const std::wstring text = bytes.empty() ? std::wstring() : widened(bytes);
+    if (bytes->starts_with(kByteOrderMark)) {
+        return true;
+    }
+    const std::wstring text = bytes->empty() ? std::wstring() : widened(*bytes);
     FileReplacement file(settingsPath());
     file.write(kByteOrderMark);
     file.write({reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)});
-    file.take(); // on failure the name is kept as well as 8 bits can
+    return file.take() == SaveResult::saved;
 }
 
 } // namespace
@@ -107,7 +120,9 @@ std::wstring readSetting(const std::wstring& section, const std::wstring& key,
 void writeSetting(const std::wstring& section, const std::wstring& key, const std::wstring& value) {
     if (!fitsCodePage(section) || !fitsCodePage(key) || !fitsCodePage(value)) {
         flushSettings();
-        makeWide();
+        if (!makeWide()) {
+            return; // question marks in the file would be worse than nothing; memory works on
+        }
     }
     WritePrivateProfileStringW(section.c_str(), key.c_str(), value.c_str(), settingsPath().c_str());
 }

@@ -2,7 +2,6 @@
 
 #include "cards/card_panel.h"
 
-#include <algorithm>
 #include <string>
 
 namespace percussomatic {
@@ -66,15 +65,6 @@ void drawHoles(GpGraphics* graphics, const PixelRect& rect, const Pattern& patte
             drawPicture(graphics, *hole, {left, top, left + width, top + height}, edges);
         }
     }
-}
-
-// First row that shows the picture, or kNoControl.
-int controlShowing(std::string_view image) noexcept {
-    const auto rows = controlRows();
-    const auto found = std::find_if(rows.begin(), rows.end(), [image](const ControlRow& row) {
-        return row.visible != 0 && sameName(row.image, image);
-    });
-    return found == rows.end() ? kNoControl : static_cast<int>(found - rows.begin());
 }
 
 } // namespace

@@ -13,6 +13,15 @@ char lowered(char c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+template <typename Accept>
+int firstVisible(Accept accept) noexcept {
+    const auto rows = controlRows();
+    const auto found = std::find_if(rows.begin(), rows.end(), [&accept](const ControlRow& row) {
+        return row.visible != 0 && accept(row);
+    });
+    return found == rows.end() ? kNoControl : static_cast<int>(found - rows.begin());
+}
+
 } // namespace
 
 ControlState& controlState() noexcept {
@@ -34,14 +43,11 @@ bool sameName(std::string_view a, std::string_view b) noexcept {
 }
 
 int findControl(std::string_view name) noexcept {
-    const auto rows = controlRows();
-    for (int index = 0; index < kControlCount; ++index) {
-        const ControlRow& row = rows[static_cast<std::size_t>(index)];
-        if (row.visible != 0 && sameName(row.name, name)) {
-            return index;
-        }
-    }
-    return kNoControl;
+    return firstVisible([name](const ControlRow& row) { return sameName(row.name, name); });
+}
+
+int controlShowing(std::string_view image) noexcept {
+    return firstVisible([image](const ControlRow& row) { return sameName(row.image, image); });
 }
 
 bool isToggle(const ControlRow& row) noexcept {

@@ -65,6 +65,9 @@ bool sameName(std::string_view a, std::string_view b) noexcept;
 // Index of the first visible row of that name, or kNoControl.
 int findControl(std::string_view name) noexcept;
 
+// Index of the first visible row whose normal picture that is, or kNoControl.
+int controlShowing(std::string_view image) noexcept;
+
 bool isToggle(const ControlRow& row) noexcept; // type compared exactly
 bool isSlider(const ControlRow& row) noexcept;
 bool isRotary(const ControlRow& row) noexcept; // rotary_001 or rotary_002

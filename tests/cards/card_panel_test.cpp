@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <random>
 #include <string>
@@ -70,12 +71,6 @@ std::string contentsOf(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A card's text with the line of that key replaced.
-std::string withLine(std::string text, const std::string& key, const std::string& value) {
-    const std::size_t begin = text.find("\n" + key + "=") + 1;
-    return text.replace(begin, text.find('\n', begin) - begin, key + "=" + value);
-}
-
 PunchCard fullCard() {
     PunchCard card;
     card.used = card.hasSettings = true;
@@ -89,11 +84,9 @@ PunchCard fullCard() {
 class PunchCards : public testing::Test {
 protected:
     PunchCards() {
-        namespace fs = std::filesystem;
-        for (int number = 1; folder_.empty() || !fs::create_directory(folder_); ++number) {
-            folder_ = fs::temp_directory_path() / ("punch_cards_" + std::to_string(number));
-        }
-        fs::current_path(folder_);
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directory(folder_);
+        std::filesystem::current_path(folder_);
         soundEngine().setEffectEnabled(false);
         resetRecordedScreen();
     }
@@ -113,9 +106,8 @@ protected:
             toggleBit(line.switchB) = static_cast<std::uint8_t>(upTo(2));
             sliderOffset(line.slider) = static_cast<std::uint32_t>(upTo(kSliderTravel + 1));
         }
-        for (std::uint8_t& step : sequencer().pattern.steps) {
-            step = static_cast<std::uint8_t>(upTo(2));
-        }
+        std::ranges::generate(sequencer().pattern.steps,
+                              [&] { return static_cast<std::uint8_t>(upTo(2)); });
         sequencer().sequenceLength = kLengthSwitches[static_cast<std::size_t>(upTo(7))].length;
         SoundEngine& engine = soundEngine();
         selectPreset(upTo(4));
@@ -149,19 +141,14 @@ protected:
         begin();
         tick(kLastTick);
     }
-    void loadText(const std::string& text) {
-        loadCards(); // makes the folder
-        std::ofstream(cardFilePath(0), std::ios::binary) << text;
-        resetCardPanel();
-        loadCards();
-        ASSERT_TRUE(shown().used);
-    }
 
     FreshInstrument instrument_;
     CardPanel& panel_ = cardPanel();
     std::int64_t nowMs_ = 0;
     std::mt19937 random_{1965}; // the engine's numbers are the same everywhere
-    std::filesystem::path cameFrom_ = std::filesystem::current_path(), folder_;
+    std::filesystem::path cameFrom_ = std::filesystem::current_path();
+    std::filesystem::path folder_ =
+        cameFrom_ / testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
 TEST_F(PunchCards, SavedPanelComesBackWhole) {
@@ -191,36 +178,6 @@ TEST_F(PunchCards, SavedPanelComesBackWhole) {
         EXPECT_EQ(contentsOf(cardFilePath(slot)), bytes);
     }
     EXPECT_TRUE(recordedSystem().problems.empty());
-}
-
-TEST_F(PunchCards, FileHasThePanelInItsOrder) {
-    for (int line = 0; line < kLineCount; ++line) {
-        sliderOffset("slider_00" + std::to_string(line + 1)) =
-            static_cast<std::uint32_t>(130 * line);
-        sequencer().pattern.set(line, 3 * line, true);
-    }
-    turn("rotary_001", 0.5);
-    turn("rotary_002", 0.25);
-    toggleBit("sw_002") = toggleBit("sw_028") = 1;
-    sequencer().sequenceLength = 14; // no switch for it
-    sequencer().sampleIndices.fill(-1);
-    selectPreset(3);
-    soundEngine().setEffectEnabled(true);
-    for (std::uint32_t sample = 0; sample < kInstrumentCount; ++sample) {
-        soundEngine().setSend(sample, static_cast<float>(sample) / 16.0f);
-    }
-    saveCard();
-    EXPECT_EQ(contentsOf("PunchCards/card_1.vopcard"),
-              "_PERCUSSOMATIC_CARD_V4\nTITLE=PUNCH CARD 01\nMASTER_VOLUME=0.500000\n"
-              "TEMPO_NORMALIZED=0.250000\nSEQUENCE_LENGTH=16\n"
-              "LINE_VOLUMES=0.000000,0.200000,0.400000,0.600000,0.800000,1.000000\n"
-              "INSTRUMENTS=0,1,0,0,0,0,1,0,0,0,0,0\nEFFECT_ENABLED=1\nEFFECT_PRESET=3\n"
-              "EFFECT_RETURN=0.380000\nEFFECT_ROOM_SIZE=0.970000\nEFFECT_DAMPING=0.580000\n"
-              "EFFECT_WIDTH=0.880000\nEFFECT_PREDELAY_MS=32.000000\n"
-              "EFFECT_SENDS=0.000000,0.125000,0.250000,0.375000,0.500000,0.625000,"
-              "0.062500,0.187500,0.312500,0.437500,0.562500,0.687500\n"
-              "1000000000000000\n0001000000000000\n0000001000000000\n0000000001000000\n"
-              "0000000000001000\n0000000000000001\n");
 }
 
 TEST_F(PunchCards, CardSlidesThroughAndIsReadColumnByColumn) {
@@ -264,16 +221,12 @@ TEST_F(PunchCards, CardSlidesThroughAndIsReadColumnByColumn) {
     EXPECT_EQ(panel_.columnsLoaded, kStepCount);
     EXPECT_TRUE(panel_.cardInserted && !panel_.insertingCard);
     EXPECT_EQ(recordedSystem().timers, Timers{});
-    EXPECT_TRUE(sequencer().editMode);
-    EXPECT_EQ(soundEngine().outputMuted, 1) << "until the player leaves edit mode";
+    EXPECT_TRUE(sequencer().editMode && soundEngine().outputMuted == 1);
     EXPECT_EQ(clockThreads(), ClockThreads{}) << "the machine stood still and goes on so";
 
     hideInsertedCard();
     EXPECT_FALSE(panel_.cardInserted);
     EXPECT_EQ(takeRedraws(), Names{"reader"});
-    hideInsertedCard();
-    cardInsertionTick();
-    EXPECT_EQ(takeRedraws(), Names{});
 }
 
 TEST_F(PunchCards, NothingElseIsReadOrSavedMeanwhile) {
@@ -292,23 +245,18 @@ TEST_F(PunchCards, NothingElseIsReadOrSavedMeanwhile) {
     EXPECT_EQ(panel_.columnsLoaded, columns);
     EXPECT_FALSE(panel_.slots[4].hasSettings || std::filesystem::exists(kCardFolder));
     tick(kLastTick - 40);
-    EXPECT_TRUE(panel_.cardInserted);
     EXPECT_EQ(panel_.insertedSlot, 5);
     Pattern expected = fullCard().pattern;
     expected.set(5, 0, false);
     EXPECT_EQ(sequencer().pattern.steps, expected.steps);
 
-    takeRedraws();
     panel_.dialogSlot = 6; // an empty slot
     begin();
     EXPECT_TRUE(panel_.cardInserted && !panel_.insertingCard);
-    EXPECT_EQ(takeRedraws(), Names{});
 }
 
 TEST_F(PunchCards, ResizeKeepsThePartOfTheWay) {
     constexpr LayoutSize kHalf{809, 520};
-    placeReaderCard(kHalf);
-    EXPECT_EQ(panel_.readerCardY, 0.0) << "an empty reader";
     shown() = fullCard();
     begin();
     tick(50);
@@ -318,11 +266,9 @@ TEST_F(PunchCards, ResizeKeepsThePartOfTheWay) {
     placeReaderCard({0, 0}); // minimised
     placeReaderCard(kClient);
     EXPECT_NEAR(panel_.readerCardY, kStartY + (kTargetY - kStartY) * part, 1e-9);
-    placeReaderCard(kHalf);
     tick(kLastTick - 50);
+    placeReaderCard(kHalf);
     EXPECT_EQ(panel_.readerCardY, 223.0);
-    placeReaderCard(kClient);
-    EXPECT_EQ(panel_.readerCardY, kTargetY);
 }
 
 TEST_F(PunchCards, RunningClockTakesTheTempoOverAndNoStepIsPlayed) {
@@ -336,7 +282,7 @@ TEST_F(PunchCards, RunningClockTakesTheTempoOverAndNoStepIsPlayed) {
     tick(kLastTick);
     passTimeTo(2000 * kNsPerMs);
     std::vector<PostedTick> ticks;
-    for (const int ms : {125, 250, 375, 500, 625, 750, 875, 1000, 1125, 1250}) {
+    for (int ms = 125; ms <= 1250; ms += 125) {
         ticks.push_back({nullptr, ms * kNsPerMs});
     }
     ticks.push_back({mainWindow(), 1375 * kNsPerMs}); // waited for at the former tempo
@@ -362,55 +308,47 @@ TEST_F(PunchCards, ClockStandsStillUnderAnotherLeaderAndWithoutPower) {
     EXPECT_EQ(recordedSystem().timers, (Timers{{WindowTimer::powerOff, 1000}}));
     toggleEditMode();
     EXPECT_EQ(soundEngine().outputMuted, 1);
-    EXPECT_EQ(staleControls(), Names{});
 }
 
 TEST_F(PunchCards, OldCardBringsItsRhythmOnly) {
     shufflePanel();
     const std::string before = livePanel();
     const std::string line = "1000100010001001\n", rhythm = line + line + line + line + line + line;
-    loadText("_PERCUSSOMATIC_CARD_V1\n" + rhythm);
+    shown() = parsePunchCard("_PERCUSSOMATIC_CARD_V1\n" + rhythm).value();
     insert();
     expectPanel(before.substr(0, before.size() - rhythm.size()) + rhythm);
-    EXPECT_TRUE(panel_.cardInserted);
-}
-
-// A card's text with something else for every number with decimals.
-std::string withNumbers(const std::string& text, std::string_view other) {
-    std::string result;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t digits = text.find_first_not_of("0123456789", at);
-        const bool decimals = digits != at && digits != std::string::npos && text[digits] == '.';
-        const std::size_t end = decimals ? digits + 7 : at + 1; // six decimals
-        result.append(decimals ? other : std::string_view(text).substr(at, 1));
-        at = end;
-    }
-    return result;
 }
 
 TEST_F(PunchCards, OddValuesAreAppliedAsThePanelHasThem) {
-    const std::string good = writePunchCard(fullCard(), 0);
+    PunchCard odd = fullCard(), zero = odd;
+    const auto setNumbers = [](PunchCard& card, float value) {
+        card.lineVolumes.fill(value);
+        card.effectSends.fill(value);
+        card.masterVolume = card.tempo = card.effectReturn = card.effectRoomSize = value;
+        card.effectDamping = card.effectWidth = card.effectPreDelayMs = value;
+    };
+    setNumbers(odd, std::numeric_limits<float>::quiet_NaN());
+    setNumbers(zero, 0.0f);
+    odd.effectPreset = std::numeric_limits<std::int32_t>::min();
     shufflePanel();
-    loadText(withLine(withNumbers(good, "nan"), "EFFECT_PRESET", "-2147483648"));
+    shown() = odd;
     insert();
-    expectPanel(withNumbers(good, "0.000000"));
+    expectPanel(writePunchCard(zero, 0));
 
     const struct {
-        std::uint32_t before, step;
-        const char* onCard;
-        std::uint32_t after, stepAfter;
-    } lengths[] = {{9, 8, "7", 16, 8}, {16, 12, "5", 5, 0}, {16, 5, "5", 5, 0}, {16, 4, "5", 5, 4}};
+        std::uint32_t before, step, onCard, stepAfter;
+    } lengths[] = {{9, 8, 16, 8}, {16, 12, 5, 0}, {16, 5, 5, 0}, {16, 4, 5, 4}};
     sequencer().running = true;
-    for (const auto& [before, step, onCard, after, stepAfter] : lengths) {
+    for (const auto& [before, step, onCard, stepAfter] : lengths) {
         SCOPED_TRACE(step);
         sequencer().sequenceLength = before;
         sequencer().currentStep = step;
         updateBeatLamp();
-        loadText(withLine(good, "SEQUENCE_LENGTH", onCard));
+        shown().sequenceLength = onCard;
         begin();
         toggleEditMode(); // the step on which it stands shows
         tick(kLastTick);
-        EXPECT_EQ(sequencer().sequenceLength, after);
+        EXPECT_EQ(sequencer().sequenceLength, onCard);
         EXPECT_EQ(sequencer().currentStep, stepAfter);
         EXPECT_EQ(staleControls(), Names{});
     }
@@ -427,31 +365,10 @@ TEST_F(PunchCards, NothingOnTheScreenIsEverStale) {
         }
         const int control = upTo(2) == 0 ? findControl(switches[upTo(6)])
                                          : stepButtonIndex(upTo(kLineCount), upTo(kStepCount));
-        switch (upTo(8)) {
-        case 0:
-            press(control);
-            break;
-        case 1:
-        case 2:
-            onStepTick();
-            break;
-        default:
-            tick();
-            break;
-        }
+        const int choice = upTo(8);
+        choice == 0 ? press(control) : choice < 3 ? onStepTick() : tick();
         ASSERT_EQ(staleControls(), Names{}) << "act " << act << ", control " << control;
     }
-}
-
-TEST_F(PunchCards, DialogTurnsRoundAtItsEnds) {
-    showPreviousCard();
-    EXPECT_EQ(panel_.dialogSlot, 9);
-    showPreviousCard();
-    EXPECT_EQ(panel_.dialogSlot, 8);
-    showNextCard();
-    showNextCard();
-    EXPECT_EQ(panel_.dialogSlot, 0);
-    EXPECT_EQ(takeRedraws(), Names(4, "card dialog"));
 }
 
 TEST_F(PunchCards, TitleIsTrimmedAndWrittenToAUsedSlotOnly) {
@@ -459,65 +376,33 @@ TEST_F(PunchCards, TitleIsTrimmedAndWrittenToAUsedSlotOnly) {
     setCardTitle(L"\t EMPTY SLOT ");
     EXPECT_EQ(shown().title, L"EMPTY SLOT");
     EXPECT_FALSE(shown().used || std::filesystem::exists(kCardFolder));
-
     saveCard();
     const std::string saved = contentsOf(cardFilePath(9));
+    const std::string label = "EMPTY SLOT";
+    const std::size_t at = saved.find(label);
     sequencer().pattern.set(0, 0, true); // not meant to be saved
     const struct {
         const wchar_t *entered, *title;
         const char* written;
     } cases[] = {{L" BOSSA  NOVA\t", L"BOSSA  NOVA", "BOSSA  NOVA"},
                  {L" \t ", L"", "PUNCH CARD 10"},
-                 {L"X", L"X", "X"},
                  {L"", L"", "PUNCH CARD 10"}};
     for (const auto& [entered, title, written] : cases) {
         setCardTitle(entered);
         EXPECT_EQ(shown().title, title);
-        EXPECT_EQ(contentsOf(cardFilePath(9)), withLine(saved, "TITLE", written));
+        EXPECT_EQ(contentsOf(cardFilePath(9)),
+                  std::string(saved).replace(at, label.size(), written));
     }
-}
-
-TEST_F(PunchCards, FailedSaveIsToldOnceAndKeepsTheRhythm) {
-    std::ofstream(kCardFolder) << "in the way";
-    loadCards();
-    shufflePanel();
-    const std::string saved = livePanel();
-    panel_.dialogSlot = 2;
-    saveCard();
-    const auto& problems = recordedSystem().problems;
-    ASSERT_EQ(problems.size(), 1u);
-    EXPECT_NE(problems[0].find(L"card_3.vopcard"), std::wstring::npos);
-    EXPECT_EQ(contentsOf(kCardFolder), "in the way");
-
-    shufflePanel();
-    insert();
-    expectPanel(saved);
-    std::filesystem::remove(kCardFolder);
-    saveCard();
-    EXPECT_EQ(problems.size(), 1u);
-    EXPECT_TRUE(std::filesystem::exists(cardFilePath(2)));
 }
 
 TEST_F(PunchCards, BrokenFilesLeaveTheirSlotsAlone) {
-    const std::string good = writePunchCard(fullCard(), 0);
-    const std::string titled = withLine(good, "TITLE", "GOOD");
-    std::filesystem::create_directories(cardFilePath(9));
-    int slot = 0;
-    for (const std::string& text :
-         {withLine(good, "MASTER_VOLUME", "loud"), titled,
-          withLine(good, "EFFECT_PRESET", "2147483648"), withLine(good, "TEMPO_NORMALIZED", "1e99"),
-          good.substr(0, good.size() - 2), withLine(good, "SEQUENCE_LENGTH", ""), std::string(),
-          titled}) {
-        std::ofstream(cardFilePath(slot++), std::ios::binary) << text;
-    }
-    for (PunchCard& card : panel_.slots) {
-        card.title = L"BEFORE";
-    }
+    std::filesystem::create_directories(cardFilePath(0));
+    std::ofstream(cardFilePath(1)) << "_PERCUSSOMATIC_CARD_V2\n";
+    std::ofstream(cardFilePath(2)) << "_PERCUSSOMATIC_CARD_V4\nTITLE=\nMASTER_VOLUME=loud\n";
+    std::ofstream(cardFilePath(3)) << writePunchCard(fullCard(), 3);
     loadCards();
     for (std::size_t i = 0; i < kCardSlots; ++i) {
-        const bool loaded = i == 1 || i == 7;
-        EXPECT_EQ(panel_.slots[i].used, loaded) << i;
-        EXPECT_EQ(panel_.slots[i].title, loaded ? L"GOOD" : L"BEFORE") << i;
+        EXPECT_EQ(panel_.slots[i].used, i == 3) << i;
     }
     EXPECT_TRUE(recordedSystem().problems.empty());
 }
@@ -529,21 +414,11 @@ TEST_F(PunchCards, ClicksFindWhatIsDrawnOnTop) {
         LayoutSize client;
         PixelPoint point;
         PanelCommand closed, open; // the dialog
-    } cases[] = {{kClient, {100, 20}, info, info},
-                 {kClient, {500, 20}, tempo, tempo},
-                 {kClient, {1500, 20}, cards, cards},
-                 {kClient, {1400, 20}, midi, midi},
-                 {kClient, {1300, 20}, effects, effects},
-                 {kClient, {300, 20}, none, none},
+    } cases[] = {{kClient, {1500, 20}, cards, cards},
                  {kClient, {226, 500}, none, none},
                  {kClient, {227, 500}, none, swallowed},
-                 {kClient, {280, 520}, none, previousCard},
-                 {kClient, {1340, 520}, none, nextCard},
-                 {kClient, {700, 940}, none, title},
                  {kClient, {758, 940}, none, swallowed},
                  {kClient, {800, 940}, none, save},
-                 {kClient, {900, 940}, none, load},
-                 {kClient, {1300, 100}, none, cancel},
                  // The dialog reaches over the strip.
                  {kSmall, {100, 30}, effects, swallowed},
                  {kSmall, {300, 35}, cards, cancel},
@@ -551,11 +426,10 @@ TEST_F(PunchCards, ClicksFindWhatIsDrawnOnTop) {
                  {kNarrow, {92, 13}, info, info},
                  {kNarrow, {85, 13}, effects, effects},
                  {kNarrow, {120, 13}, midi, midi},
-                 {kMiddling, {456, 20}, tempo, tempo},
                  {kMiddling, {443, 20}, midi, midi},
                  {kMiddling, {500, 20}, cards, cards}};
     for (const auto& [client, point, closed, open] : cases) {
-        SCOPED_TRACE(testing::Message() << client.width << ": " << point.x << ", " << point.y);
+        SCOPED_TRACE(point.x);
         const PanelRects rects = cardPanelRects(client);
         EXPECT_EQ(panelCommandAt(point, rects), closed);
         toggleCardsDialog();

@@ -8,6 +8,7 @@
 #include <array>
 #include <limits>
 #include <locale>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -52,11 +53,8 @@ std::vector<std::string> linesOf(std::string_view text) {
 }
 
 std::string joined(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) {
-        text += line + '\n';
-    }
-    return text;
+    return std::accumulate(lines.begin(), lines.end(), std::string(),
+                           [](auto text, const auto& line) { return text + line + '\n'; });
 }
 
 std::string withLine(int line, std::string_view replacement) {
@@ -76,48 +74,35 @@ std::string refusalOf(std::string_view text, CardReport& report) {
     }
 }
 
-std::string commas(std::string_view field, int count) {
-    std::string text(field);
-    for (int i = 1; i < count; ++i) {
-        text.append(",").append(field);
-    }
-    return text;
+std::string commas(const std::string& field, int count) {
+    return count > 1 ? field + "," + commas(field, count - 1) : field;
 }
 
 TEST(PunchCardReader, KnowsEveryFieldInItsOrder) {
-    const auto card = parsePunchCard(kGood);
-    ASSERT_TRUE(card);
-    EXPECT_TRUE(card->used);
-    EXPECT_TRUE(card->hasSettings);
-    EXPECT_EQ(utf8FromWide(card->title), "SL\u00d6W \U0001f941");
-    EXPECT_EQ(card->masterVolume, 0.75f);
-    EXPECT_EQ(card->tempo, 0.333333f);
-    EXPECT_EQ(card->sequenceLength, 12u);
-    EXPECT_EQ(card->lineVolumes, (std::array<float, 6>{0.0f, 0.1f, 0.25f, 0.5f, 0.9f, 1.0f}));
-    EXPECT_EQ(card->instruments,
-              (std::array<std::uint8_t, 12>{1, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 1}));
-    EXPECT_TRUE(card->effectEnabled);
-    EXPECT_EQ(card->effectPreset, 2);
-    EXPECT_EQ(card->effectReturn, 0.34f);
-    EXPECT_EQ(card->effectRoomSize, 0.92f);
-    EXPECT_EQ(card->effectDamping, 0.42f);
-    EXPECT_EQ(card->effectWidth, 0.125f);
-    EXPECT_EQ(card->effectPreDelayMs, 26.0f);
-    EXPECT_EQ(card->effectSends[1], 0.01f);
-    EXPECT_EQ(card->effectSends[11], 1.0f);
-    EXPECT_TRUE(card->pattern.isSet(0, 15));
-    EXPECT_TRUE(card->pattern.isSet(4, 11));
-    EXPECT_FALSE(card->pattern.isSet(4, 5));
-    EXPECT_EQ(writePunchCard(*card, 0), kGood);
+    const PunchCard card = parsePunchCard(kGood).value();
+    EXPECT_TRUE(card.used && card.hasSettings && card.effectEnabled);
+    EXPECT_EQ(card.title, wideFromUtf8("SL\u00d6W \U0001f941"));
+    EXPECT_EQ(std::tuple(card.masterVolume, card.tempo, card.sequenceLength, card.effectPreset),
+              std::tuple(0.75f, 0.333333f, 12u, 2));
+    EXPECT_EQ(std::tuple(card.effectReturn, card.effectRoomSize, card.effectDamping,
+                         card.effectWidth, card.effectPreDelayMs),
+              std::tuple(0.34f, 0.92f, 0.42f, 0.125f, 26.0f));
+    EXPECT_EQ(card.lineVolumes, (std::array<float, 6>{0.0f, 0.1f, 0.25f, 0.5f, 0.9f, 1.0f}));
+    EXPECT_EQ(std::tuple(card.instruments[7], card.instruments[9], card.effectSends[1]),
+              std::tuple(1, 0, 0.01f));
+    EXPECT_TRUE(card.pattern.isSet(4, 11) && !card.pattern.isSet(4, 5));
+    EXPECT_EQ(writePunchCard(card, 0), kGood);
 }
 
 // Old cards bring less; what they lack is at its default.
 TEST(PunchCardReader, ReadsEveryVersionInBothSpellings) {
     const std::vector<std::string> good = linesOf(kGood);
+    const std::vector<std::string> plain = linesOf(writePunchCard({}, 4));
+    const int heads[] = {1, 2, 7, 15};
     for (const std::string spelling : {"_PERCUSSOMATIC_CARD_V", "_PERCUSOMATIC_CARD_V"}) {
-        for (const int version : {1, 2, 3, 4}) {
+        for (int version = 1; version <= 4; ++version) {
             SCOPED_TRACE(spelling + std::to_string(version));
-            const int head = std::array{0, 1, 2, 7, 15}[static_cast<std::size_t>(version)];
+            const int head = heads[version - 1];
             std::vector<std::string> lines(good.begin(), good.begin() + head);
             lines[0] = spelling + std::to_string(version);
             lines.insert(lines.end(), good.end() - 6, good.end());
@@ -126,27 +111,10 @@ TEST(PunchCardReader, ReadsEveryVersionInBothSpellings) {
             ASSERT_TRUE(card);
             EXPECT_EQ(report.version, version);
             EXPECT_TRUE(report.warnings.empty());
-
-            PunchCard expected = parsePunchCard(kGood).value();
-            const PunchCard plain;
-            if (version < 4) {
-                expected.effectEnabled = false;
-                expected.effectPreset = 0;
-                expected.effectSends = {};
-                std::tie(expected.effectReturn, expected.effectRoomSize, expected.effectDamping,
-                         expected.effectWidth, expected.effectPreDelayMs) =
-                    std::tuple(0.2f, 0.42f, 0.58f, 0.92f, 5.0f);
-            }
-            if (version < 3) {
-                expected.masterVolume = 1.0f;
-                expected.tempo = 0.4f;
-                expected.sequenceLength = 16;
-                expected.lineVolumes = {};
-                expected.instruments = {};
-            }
             EXPECT_EQ(card->hasSettings, version >= 3);
-            expected.title = version < 2 ? L"" : expected.title;
-            EXPECT_EQ(writePunchCard(*card, 4), writePunchCard(expected, 4));
+            std::vector<std::string> expected = good;
+            std::copy(plain.begin() + head, plain.begin() + 15, expected.begin() + head);
+            EXPECT_EQ(writePunchCard(*card, 4), joined(expected));
         }
     }
 }
@@ -162,39 +130,20 @@ TEST(PunchCardReader, TakesOddLinesAsItShould) {
     const Case cases[] = {
         {2, "TITLE=\xC0\x80", "TITLE=PUNCH CARD 10"}, // overlong
         {2, "TITLE=", "TITLE=PUNCH CARD 10", 0},
-        {2, "title=X", "TITLE=PUNCH CARD 10"},
-        {2, "TITLE=A\r", "TITLE=A\r", 0},
         {2, "TITLE==,\t ", "TITLE==,\t ", 0},
         {3, "MASTER_VOLUME=1.5", "MASTER_VOLUME=1.000000"},
-        {3, "MASTER_VOLUME=-inf", "MASTER_VOLUME=0.000000"},
         {3, "MASTER_VOLUME=nan", "MASTER_VOLUME=nan"},
         {3, "MASTER_VOLUME=-0", "MASTER_VOLUME=-0.000000", 0},
-        {3, "MASTER_VOLUME= \t+.5e0", "MASTER_VOLUME=0.500000", 0},
-        {3, "MASTER_VOLUME=0x.8p0", "MASTER_VOLUME=0.500000", 0},
-        {3, "MASTER_VOLUME=0,9", "MASTER_VOLUME=0.000000"},
         {4, "TEMPO_NORMALIZED=0.4 BPM", "TEMPO_NORMALIZED=0.400000"},
-        {4, "TEMPO_NORMALIZED=0.4\r", "TEMPO_NORMALIZED=0.400000", 0},
         {5, "SEQUENCE_LENGTH=7", "SEQUENCE_LENGTH=16"},
-        {5, "SEQUENCE_LENGTH=0", "SEQUENCE_LENGTH=16"},
-        {5, "SEQUENCE_LENGTH=-1", "SEQUENCE_LENGTH=16"},
         {5, "SEQUENCE_LENGTH=-4294967287", "SEQUENCE_LENGTH=9"},
-        {5, "SEQUENCE_LENGTH=015", "SEQUENCE_LENGTH=15", 0},
         {5, "SEQUENCE_LENGTH=0x10", "SEQUENCE_LENGTH=16", 2},
         {6, "LINE_VOLUMES=0,2,-1,1,.5,1e-3",
          "LINE_VOLUMES=0.000000,1.000000,0.000000,1.000000,0.500000,0.001000", 2},
-        {7, on + " ", "INSTRUMENTS=" + commas("1", 11) + ",0"},
         {7, on + "\r", "INSTRUMENTS=" + commas("1", 11) + ",0"},
         {7, "INSTRUMENTS=,01,+1,true,1,0,1,1,1,1,1,1", "INSTRUMENTS=0,0,0,0,1,0,1,1,1,1,1,1", 4},
-        {8, "EFFECT_ENABLED=-7", "EFFECT_ENABLED=1"},
-        {8, "EFFECT_ENABLED=0.9", "EFFECT_ENABLED=0"},
-        {9, "EFFECT_PRESET=-2147483648", "EFFECT_PRESET=-2147483648"},
-        {10, "EFFECT_RETURN=7.25", "EFFECT_RETURN=7.250000"},
         {12, "EFFECT_DAMPING=3e38",
          "EFFECT_DAMPING=300000000549775575777803994281145270272.000000"},
-        {13, "EFFECT_WIDTH=-INFINITY", "EFFECT_WIDTH=-inf"},
-        {14, "EFFECT_PREDELAY_MS=200", "EFFECT_PREDELAY_MS=200.000000", 0},
-        {16, "100000000000000100", "1000000000000001"},
-        {16, "1000000000000001\r", "1000000000000001", 0},
         {16, "1O00 00x\t0000002", "1000000000000000"},
         {21, "1111111111111111\nmore", "1111111111111111"},
     };
@@ -219,41 +168,23 @@ TEST(PunchCardReader, RefusesAndNamesTheLine) {
     const std::string refused = "refused";
     const Case cases[] = {
         {1, "_PERCUSSOMATIC_CARD_V5", refused},
-        {1, "_PERCUSSOMATIC_CARD_V0", refused},
-        {1, "_PERCUSSOMATIC_CARD_V4 ", refused},
         {1, "_PERCUSSOMATIC_CARD_V4\r", refused},
         {1, "\xEF\xBB\xBF_PERCUSSOMATIC_CARD_V4", refused},
-        {1, "_percussomatic_card_v4", refused},
-        {1, "", refused},
-        {3, "master_volume=1", refused},
         {3, " MASTER_VOLUME=1", refused},
-        {3, "MASTER_VOLUME=", "invalid stof argument"},
-        {3, "MASTER_VOLUME=--1", "invalid stof argument"},
-        {3, "MASTER_VOLUME=+-1", "invalid stof argument"},
-        {3, "MASTER_VOLUME=e5", "invalid stof argument"},
         {3, std::string("MASTER_VOLUME=\0001", 16), "invalid stof argument"},
         {3, "MASTER_VOLUME=1e39", "stof argument out of range"},
-        {3, "MASTER_VOLUME=1e-50", "stof argument out of range"},
         {3, "MASTER_VOLUME=1e-40", "stof argument out of range"},
         {5, "SEQUENCE_LENGTH=x", "invalid stoul argument"},
-        {5, "SEQUENCE_LENGTH=- 5", "invalid stoul argument"},
         {5, "SEQUENCE_LENGTH=4294967296", "stoul argument out of range"},
         {5, "SEQUENCE_LENGTH=-4294967296", "stoul argument out of range"},
-        {6, "LINE_VOLUMES=" + commas("1", 5), refused},
         {6, "LINE_VOLUMES=" + commas("1", 6) + ",", refused},
         {6, "LINE_VOLUMES=" + commas("x", 7), refused}, // counted before they are read
         {6, "LINE_VOLUMES=1,1,,1,1,1", "invalid stof argument"},
-        {7, "INSTRUMENTS=" + commas("1", 13), refused},
-        {7, "INSTRUMENTS=", refused},
         {8, "EFFECT_ENABLED=on", "invalid stoi argument"},
         {9, "EFFECT_PRESET=2147483648", "stoi argument out of range"},
-        {9, "EFFECT_PRESET=-2147483649", "stoi argument out of range"},
         {9, "EFFECT_RETURN=0.2", refused}, // out of turn
-        {14, "EFFECT_PREDELAY_MS=ms", "invalid stof argument"},
-        {15, "EFFECT_SENDS=" + commas("0", 11), refused},
         {15, "EFFECT_SENDS=" + commas("0", 11) + ",y", "invalid stof argument"},
         {16, "100000000000000", refused},
-        {18, "", refused},
     };
     for (const auto& [line, replacement, refusal] : cases) {
         SCOPED_TRACE(replacement);
@@ -287,9 +218,10 @@ TEST(CardText, NumbersAreReadAsTheLibraryReadsThem) {
     const std::string_view pieces[] = {"0", "1",  "9",  "5",   ".",   "e",   "E-3", "e-4",  "0x",
                                        "p", "-",  "+",  " ",   "inf", "nan", "f",   "p-12", "e3",
                                        "8", "00", "\t", "p-1", "99",  "a",   "X",   ",",    "e+3"};
-    const auto outcome = [](const std::string& text, const auto& convert) -> std::string {
+    const auto outcome = [](const auto& convert) -> std::string {
         try {
-            return convert(text);
+            const auto [value, length] = convert();
+            return sixDecimals(static_cast<float>(value) * 0x1p100f) + " " + std::to_string(length);
         } catch (const std::invalid_argument&) {
             return "invalid";
         } catch (const std::out_of_range&) {
@@ -304,66 +236,48 @@ TEST(CardText, NumbersAreReadAsTheLibraryReadsThem) {
         if (round % 3 == 0) { // near the smallest normal float
             text = std::to_string(117549420 + dice() % 30) + "e-46";
         }
-        const std::string ours = outcome(text, [](const std::string& it) {
-            const auto [value, length] = readFloat(it);
-            return sixDecimals(value * 0x1p100f) + " " + std::to_string(length);
-        });
-        const std::string theirs = outcome(text, [](const std::string& it) {
-            std::size_t length = 0;
-            const float value = std::stof(it, &length);
-            return sixDecimals(value * 0x1p100f) + " " + std::to_string(length);
-        });
-        ASSERT_EQ(ours, theirs) << '"' << text << '"';
-        ASSERT_EQ(outcome(text, [](auto& it) { return std::to_string(readInteger(it).value); }),
-                  outcome(text, [](auto& it) { return std::to_string(std::stoi(it)); }))
-            << '"' << text << '"';
+        std::size_t end = 0;
+        ASSERT_EQ(outcome([&] { return readFloat(text); }), outcome([&] {
+                      const float value = std::stof(text, &end);
+                      return std::pair(value, end);
+                  }))
+            << text;
+        ASSERT_EQ(outcome([&] { return std::pair(readInteger(text).value, 0); }),
+                  outcome([&] { return std::pair(std::stoi(text), 0); }))
+            << text;
     }
 }
+
 #endif
 
 TEST(CardText, Utf8IsStrictAndReachesBeyondTheBasicPlane) {
-    for (const char* text : {"", "A", "\x7F", "\u0080", "\u07ff", "\u0800", "\ud7ff", "\ue000",
-                             "\uffff", "\U00010000", "\U0001f941 x", "\U0010ffff"}) {
-        SCOPED_TRACE(text);
-        const auto wide = wideFromUtf8(text);
-        ASSERT_TRUE(wide);
-        EXPECT_EQ(utf8FromWide(*wide), text);
+    for (const char* text : {"", "\x7F", "\u0080", "\u07ff", "\u0800", "\ud7ff", "\ue000", "\uffff",
+                             "\U00010000", "\U0001f941 x", "\U0010ffff"}) {
+        EXPECT_EQ(utf8FromWide(wideFromUtf8(text).value()), text);
     }
-    for (const char* broken : {"\x80", "\xC3", "\xC3(", "\xC1\xBF", "\xE0\x9F\xBF", "\xE2\x82",
+    for (const char* broken : {"\x80", "\xC3(", "\xC1\xBF", "\xE0\x9F\xBF", "\xE2\x82",
                                "\xED\xA0\x80", "\xED\xBF\xBF", "\xF0\x8F\xBF\xBF", "\xF0\x9F\xA5",
                                "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF", "good\xC3"}) {
         EXPECT_FALSE(wideFromUtf8(broken)) << quoted(broken);
     }
-    const wchar_t high = 0xD83E;
-    const wchar_t low = 0xDD41;
+    const wchar_t high = 0xD83E, low = 0xDD41;
     EXPECT_EQ(utf8FromWide(std::wstring{high, low}), "\U0001f941");
-    EXPECT_EQ(utf8FromWide(std::wstring{high}), "\ufffd");
     EXPECT_EQ(utf8FromWide(std::wstring{low, high, L'A'}), "\ufffd\ufffdA");
 }
 
 // A locale with a decimal comma and grouped thousands must not reach the cards.
-class CommaLocale {
-public:
-    CommaLocale() : former_(std::locale::global(std::locale(std::locale::classic(), new Commas))) {}
-    CommaLocale(const CommaLocale&) = delete;
-    CommaLocale& operator=(const CommaLocale&) = delete;
-    ~CommaLocale() { std::locale::global(former_); }
-
-private:
-    struct Commas : std::numpunct<char> {
-        char do_decimal_point() const override { return ','; }
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\3"; }
-    };
-    std::locale former_;
+struct Commas : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    std::string do_grouping() const override { return "\3"; }
 };
 
 TEST(PunchCard, RandomPanelsComeBackTheSame) {
-    const CommaLocale commaLocale;
+    const std::locale former = std::locale::global(std::locale(std::locale::classic(), new Commas));
     std::mt19937 dice(7);
     const auto below = [&](std::uint32_t limit) {
         return static_cast<std::uint32_t>(dice()) % limit;
     };
+    const auto bit = [&] { return static_cast<std::uint8_t>(below(2)); };
     const auto unit = [&] { return static_cast<float>(below(1000001)) / 1e6f; };
     for (int round = 0; round < 300; ++round) {
         PunchCard card;
@@ -371,15 +285,12 @@ TEST(PunchCard, RandomPanelsComeBackTheSame) {
             card.title +=
                 static_cast<wchar_t>(below(4) == 0 ? 0xA0 + below(0xD000) : 32 + below(94));
         }
-        std::array<std::uint32_t, kLineCount> sliders{};
-        for (std::size_t line = 0; line < sliders.size(); ++line) {
-            sliders[line] = below(kSliderTravel + 1);
-            card.lineVolumes[line] = static_cast<float>(sliders[line]) / kSliderTravel;
+        for (float& volume : card.lineVolumes) {
+            volume = static_cast<float>(below(kSliderTravel + 1)) / kSliderTravel;
         }
-        for (std::size_t at = 0; at < kInstrumentCount; ++at) {
-            card.instruments[at] = static_cast<std::uint8_t>(below(2));
-            card.effectSends[at] = unit();
-        }
+        std::ranges::generate(card.instruments, bit);
+        std::ranges::generate(card.effectSends, unit);
+        std::ranges::generate(card.pattern.steps, bit);
         card.masterVolume = unit();
         card.tempo = unit();
         card.sequenceLength = std::array{5u, 6u, 9u, 10u, 12u, 15u, 16u}[below(7)];
@@ -387,25 +298,24 @@ TEST(PunchCard, RandomPanelsComeBackTheSame) {
         card.effectPreset = static_cast<std::int32_t>(below(4));
         card.effectReturn = unit();
         card.effectPreDelayMs = 200.0f * unit();
-        for (auto& step : card.pattern.steps) {
-            step = static_cast<std::uint8_t>(below(2));
-        }
 
         const std::string text = writePunchCard(card, 3);
+        SCOPED_TRACE(text);
         CardReport report;
-        const auto again = parsePunchCard(text, &report);
-        ASSERT_TRUE(again) << text;
-        EXPECT_TRUE(report.warnings.empty()) << text;
-        EXPECT_EQ(writePunchCard(*again, 3), text);
-        EXPECT_EQ(again->title, cardLabel(card, 3));
-        EXPECT_EQ(again->pattern.steps, card.pattern.steps);
-        EXPECT_EQ(again->instruments, card.instruments);
-        for (std::size_t line = 0; line < sliders.size(); ++line) {
-            EXPECT_EQ(sliderPositionOf(again->lineVolumes[line]), sliders[line]);
+        const PunchCard again = parsePunchCard(text, &report).value();
+        EXPECT_TRUE(report.warnings.empty());
+        EXPECT_EQ(writePunchCard(again, 3), text);
+        EXPECT_EQ(again.title, cardLabel(card, 3));
+        EXPECT_EQ(again.pattern.steps, card.pattern.steps);
+        EXPECT_EQ(again.instruments, card.instruments);
+        for (std::size_t line = 0; line < kLineCount; ++line) {
+            EXPECT_EQ(sliderPositionOf(again.lineVolumes[line]),
+                      sliderPositionOf(card.lineVolumes[line]));
         }
-        EXPECT_NEAR(again->tempo, card.tempo, 5.1e-7);
-        EXPECT_NEAR(again->effectPreDelayMs, card.effectPreDelayMs, 1e-5);
+        EXPECT_NEAR(again.tempo, card.tempo, 5.1e-7);
+        EXPECT_NEAR(again.effectPreDelayMs, card.effectPreDelayMs, 1e-5);
     }
+    std::locale::global(former);
 }
 
 TEST(PunchCard, LineEndInATitleDoesNotBreakTheCard) {
@@ -415,18 +325,12 @@ TEST(PunchCard, LineEndInATitleDoesNotBreakTheCard) {
 }
 
 TEST(CardSettings, SwitchesReachTheirSampleAndSlidersTheirPlace) {
-    std::array<int, kInstrumentCount> hits{};
-    for (std::size_t position = 0; position < kInstrumentCount; ++position) {
-        ++hits.at(sampleIndexOfSwitch(position));
-    }
-    EXPECT_EQ(hits, (std::array<int, kInstrumentCount>{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}));
     EXPECT_EQ(sampleIndexOfSwitch(5), 10u);  // A of line 6
     EXPECT_EQ(sampleIndexOfSwitch(11), 11u); // B of line 6
     EXPECT_EQ(sampleIndexOfSwitch(6), 1u);   // B of line 1
     EXPECT_EQ(sliderPositionOf(0.00076f), 0u);
     EXPECT_EQ(sliderPositionOf(0.00077f), 1u);
     EXPECT_EQ(sliderPositionOf(3e38f), 650u);
-    EXPECT_EQ(sliderPositionOf(-1.0f), 0u);
     EXPECT_EQ(sliderPositionOf(std::numeric_limits<float>::quiet_NaN()), 0u);
 }
 

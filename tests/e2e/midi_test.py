@@ -9,7 +9,7 @@ import time
 import unittest
 
 from midi_ports import START, STOP, MidiPorts, clock_pulses
-from played import BUILD, STEPS, Played
+from played import BLOCK_SECONDS, BUILD, STEPS, Played
 from player import wait_until, xdotool
 
 PEEK = BUILD / "tests/peek.exe"
@@ -74,6 +74,7 @@ class Midi(Played):
         self.wait_for_line(LEARN_LINE, f"Mapped {control} to CC {controller} / CH {channel + 1}")
 
     def test_ports_are_listed_connected_and_lost_again(self):
+        (self.folder / "MidiMappings.ini").write_text("LUMIVARDA_MIDI_MAP_V1\nsw_001,0,20\nsw_002,16,20\nsw_003,0,21\n")
         player = self.start_with(["Keys [A]", "!caps Ghost", "!open Busy", "!start Stuck", "A name of thirty-one characters"])
         self.open_window(player)
         self.assertEqual(self.control(LIST).text.split("\t"), ["Keys [A]", "Busy", "Stuck", "A name of thirty-one characters"])
@@ -82,7 +83,8 @@ class Midi(Played):
         self.select(3)
         self.push(CONNECT)
         self.wait_for_line(CONNECTION, "Connected to: A name of thirty-one characters")
-        self.wait_for_line(LEARN_LINE, "Connected - no profile found. Press LEARN.")
+        self.wait_for_line(LEARN_LINE, "Profile loaded: 2 mapping(s)")
+        self.assertFalse((self.folder / "Percussomatic.ini").read_bytes().startswith(b"\xff\xfe"), "a name that fits keeps it 8-bit")
         self.assertIn("LastMidiDevice=A name of thirty-one characters\n", self.settings())
         for entry in (1, 2):                                   # a failed open leaves nothing open
             self.select(entry)
@@ -101,7 +103,10 @@ class Midi(Played):
         self.assertEqual(player.close(), 0)
 
     def test_learned_controls_move_and_come_back_after_a_restart(self):
-        name = "Pads \u4e2d"                                   # not in the 8-bit code page
+        name = "Pads \u4e2d with thirty-one in [1]"             # one letter is not in the 8-bit code page
+        by_hand = b"[DEVICE:Fl\xfcgel]\r\nrotary_001=1,9\r\nby hand=kept\r\n"
+        (self.folder / "Percussomatic.ini").write_bytes(by_hand)
+        section = "DEVICE:" + name.replace("[", "_").replace("]", "_")
         player = self.start_with([name])
         self.open_window(player)
         self.select(0)
@@ -114,7 +119,8 @@ class Midi(Played):
         self.learn(player, "rotary_002", 0, 21)
         self.learn(player, "slider_005", 0, 7)
         self.learn(player, "sw_007", 9, 64)
-        self.assertIn(f"[DEVICE:{name}]\nrotary_002=0,21\nslider_005=0,7\nsw_007=9,64\n", self.settings())
+        self.assertIn(f"[{section}]\nrotary_002=0,21\nslider_005=0,7\nsw_007=9,64\n", self.settings())
+        self.assertIn("[DEVICE:Fl\u00fcgel]\nrotary_001=1,9\nby hand=kept\n", self.settings())
         self.push(CLOSE)
         self.assertEqual(player.close(), 0)
 
@@ -135,7 +141,7 @@ class Midi(Played):
         self.assertEqual(self.line(CONNECTION), f"Connected to: {name}")
         self.push(CLEAR)
         self.wait_for_line(LEARN_LINE, "All MIDI mappings cleared")
-        self.assertNotIn("DEVICE", self.settings())
+        self.assertNotIn(section, self.settings())
         self.push(CLOSE)
         self.assertEqual(player.close(), 0)
 
@@ -144,6 +150,21 @@ class Midi(Played):
         self.assertEqual(self.control(LIST).text, "No MIDI IN device detected")
         self.assertEqual(self.line(LEARN_LINE), f"Saved MIDI device not connected: {name}")
         self.push(CLOSE)
+        self.assertEqual(player.close(), 0)
+
+    def test_without_a_settings_file_everything_works_from_memory(self):
+        (self.folder / "Percussomatic.ini").mkdir()            # nothing can be written there
+        player = self.start_with(["Keys"])
+        dark = player.brightness("sw_003")
+        self.open_window(player)
+        self.select(0)
+        self.push(CONNECT)
+        self.wait_for_line(CONNECTION, "Connected to: Keys")
+        self.learn(player, "sw_003", 2, 30)
+        self.midi.send(0xB2, 30, 0)
+        self.midi.send(0xB2, 30, 100)
+        self.push(CLOSE)
+        wait_until(lambda: player.brightness("sw_003") > dark + 40, "the switch")
         self.assertEqual(player.close(), 0)
 
     def shown_tempo(self):
@@ -192,7 +213,13 @@ class Midi(Played):
         player.click("sw_007")
         time.sleep(0.2)
         self.assertEqual(player.close(), 0)
-        self.assertGreaterEqual(len(self.replayed(rhythm)), STEPS)
+        blocks = self.replayed(rhythm)
+        self.assertGreaterEqual(len(blocks), STEPS)
+        gaps = [(b - a) * BLOCK_SECONDS for a, b in zip(blocks, blocks[1:])]
+        self.assertLess(max(gaps), 1.5 * 0.125, "a step was dropped")
+        delivered = self.midi.delivered()
+        self.assertEqual(len(delivered), 2000)
+        self.assertLess(delivered[-1].ns - delivered[0].ns, 1.2e9)
 
 
 if __name__ == "__main__":

@@ -169,7 +169,8 @@ class Cards(Played):
         wait_until(lambda: not xdotool("search", "--onlyvisible", "--name", "^Percussomatic$").split()[1:], "the message's end")
         player.choose("LOAD")                                  # the slot kept the rhythm in memory
         wait_until(lambda: player.brightness("sw_008") > 150, "the insertion")
-        player.click("pw_001")                                 # power-off in the middle of it
+        player.click("pw_001")                                 # power-off in the middle of it, then a dialog
+        player.choose("CARDS", "TITLE")
         self.assertEqual(player.wait_for_end(), 0)
         self.assertEqual([p.name for p in cards.iterdir() if "saving" in p.name], [])
 
@@ -180,6 +181,14 @@ class Device(Played):
         dark = player.brightness("bottone_001")
         player.click("sw_008", "bottone_001")
         wait_until(lambda: player.brightness("bottone_001") > dark + 40, "the lit step")
+        self.assertEqual(player.close(), 0)
+
+    def test_a_device_that_stops_answering_does_not_hang_the_panel(self):
+        player = self.start(stand_in=True, PERCUSSOMATIC_TEST_STOP_AFTER_MS="500")
+        dark = player.brightness("sw_007")
+        time.sleep(1.0)
+        player.click("sw_007")
+        wait_until(lambda: player.brightness("sw_007") > dark + 40, "the start lamp")
         self.assertEqual(player.close(), 0)
 
     def test_a_buffer_that_cannot_be_prepared_leaves_it_silent(self):

@@ -62,19 +62,20 @@ TEST_F(MidiClock, TempoComesWithTheSecondPulseAndIsSmoothed) {
         const char* what;
         std::int64_t intervalNs;
         int count;
-        std::wstring status;
-    } cases[] = {
-        {"first", kPulseNs, 1, kWaiting},
-        {"second", kPulseNs, 1, L"SYNC: MIDI CLOCK BPM: 120.00"},
-        {"steady", kPulseNs, 200, L"SYNC: MIDI CLOCK BPM: 120.00"},
-        {"a pause of 2 s counts as 1.25 BPM", 2'000'000'000, 1, L"SYNC: MIDI CLOCK BPM: 105.75"},
-        {"on with it", kPulseNs, 1, L"SYNC: MIDI CLOCK BPM: 107.46"},
-        {"recovered", kPulseNs, 100, L"SYNC: MIDI CLOCK BPM: 120.00"},
-        {"just not too near", 100'001, 1, L"SYNC: MIDI CLOCK BPM: 3105.57"}};
+        const wchar_t* bpm;
+    } cases[] = {{"second", kPulseNs, 1, L"120.00"},
+                 {"steady", kPulseNs, 200, L"120.00"},
+                 {"a pause of 2 s counts as 1.25 BPM", 2'000'000'000, 1, L"105.75"},
+                 {"on with it", kPulseNs, 1, L"107.46"},
+                 {"recovered", kPulseNs, 100, L"120.00"},
+                 {"just not too near", 100'001, 1, L"3105.57"}};
     followMidiClock();
-    for (const auto& [what, intervalNs, count, status] : cases) {
+    pulses(1);
+    EXPECT_EQ(recordedSystem().syncStatus, kWaiting);
+    for (const auto& [what, intervalNs, count, bpm] : cases) {
         pulses(count, intervalNs);
-        EXPECT_EQ(recordedSystem().syncStatus, status) << what;
+        EXPECT_EQ(recordedSystem().syncStatus, std::wstring(L"SYNC: MIDI CLOCK BPM: ") + bpm)
+            << what;
     }
     followMidiClock();
     EXPECT_EQ(recordedSystem().syncStatus, kWaiting);
@@ -127,41 +128,37 @@ TEST_F(MidiClock, SixPulsesAreAStepAndNinetySixARound) {
 }
 
 TEST_F(MidiClock, TransportFollowsOnlyWhileTheMidiClockLeads) {
-    struct Step {
+    handleMidiMessage(kStart);
+    pulses(12);
+    EXPECT_FALSE(sequencer().running) << "the step clock leads";
+    followMidiClock();
+    const struct {
         const char* what;
         std::uint32_t message;
         int pulses; // after it
         bool running;
         std::uint32_t currentStep;
         int voices;
-    };
-    const Step internal[] = {{"start", kStart, 12, false, 0, 0},
-                             {"continue", kContinue, 12, false, 0, 0},
-                             {"stop", kStop, 12, false, 0, 0}};
-    const Step external[] = {{"stopped, pulses do not count", kStop, 11, false, 0, 0},
-                             {"continue from a stand", kContinue, 5, true, 0, 0},
-                             {"it began to count there", kPulse, 0, true, 1, 1},
-                             {"start from further on", kStart, 13, true, 2, 3},
-                             {"a started step is dropped", kStop, 7, false, 2, 0},
-                             {"continue resumes after the step", kContinue, 6, true, 3, 1},
-                             {"continue while running begins the step anew", kPulse, 2, true, 3, 0},
-                             {"...", kContinue, 5, true, 3, 0},
-                             {"...", kPulse, 0, true, 4, 1},
-                             {"start again", kStart, 0, true, 0, 1},
-                             {"stop", kStop, 0, false, 0, 0},
-                             {"and again", kStop, 0, false, 0, 0}};
-    const auto play = [this](const Step& step) {
-        SCOPED_TRACE(step.what);
-        handleMidiMessage(step.message);
+    } cases[] = {{"stopped, pulses do not count", kStop, 11, false, 0, 0},
+                 {"continue from a stand", kContinue, 5, true, 0, 0},
+                 {"it began to count there", kPulse, 0, true, 1, 1},
+                 {"start from further on", kStart, 13, true, 2, 3},
+                 {"a started step is dropped", kStop, 7, false, 2, 0},
+                 {"continue resumes after the step", kContinue, 6, true, 3, 1},
+                 {"continue while running begins the step anew", kPulse, 2, true, 3, 0},
+                 {"...", kContinue, 5, true, 3, 0},
+                 {"...", kPulse, 0, true, 4, 1},
+                 {"start again", kStart, 0, true, 0, 1},
+                 {"stop", kStop, 0, false, 0, 0}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        handleMidiMessage(each.message);
+        pulses(each.pulses);
         EXPECT_EQ(staleControls(), Names{});
-        pulses(step.pulses);
-        EXPECT_EQ(sequencer().running, step.running);
-        EXPECT_EQ(sequencer().currentStep, step.currentStep);
-        EXPECT_EQ(takeVoices(), step.voices);
-    };
-    std::for_each(std::begin(internal), std::end(internal), play);
-    followMidiClock();
-    std::for_each(std::begin(external), std::end(external), play);
+        EXPECT_EQ(sequencer().running, each.running);
+        EXPECT_EQ(sequencer().currentStep, each.currentStep);
+        EXPECT_EQ(takeVoices(), each.voices);
+    }
     pulses(5);
     toggleRunning(); // by hand
     takeVoices();
@@ -169,12 +166,6 @@ TEST_F(MidiClock, TransportFollowsOnlyWhileTheMidiClockLeads) {
     EXPECT_EQ(sequencer().currentStep, 0u) << "pulses while stopped did not count";
     pulses(1);
     EXPECT_EQ(takeVoices(), 1);
-
-    toggleEditMode();
-    handleMidiMessage(kStart);
-    pulses(6);
-    EXPECT_EQ(sequencer().currentStep, 1u);
-    EXPECT_EQ(takeVoices(), 0) << "silent in edit mode";
 }
 
 TEST_F(MidiClock, LeaderChangesWhileTheRhythmRuns) {
@@ -187,11 +178,8 @@ TEST_F(MidiClock, LeaderChangesWhileTheRhythmRuns) {
     EXPECT_NEAR(sequencer().midiBpm, 120.0, 1e-3);
     EXPECT_EQ(takePostedTicks().size(), 1u);
 
-    takeRedraws();
     followMidiClock();
-    EXPECT_EQ(takeRedraws(), Names{"tempo box"});
     EXPECT_TRUE(sequencer().running);
-    EXPECT_TRUE(recordedSystem().externalSyncShown);
     EXPECT_EQ(recordedSystem().syncStatus, kWaiting);
     pulses(12, kPulseNs / 2);
     EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: MIDI CLOCK BPM: 240.00");
@@ -200,7 +188,6 @@ TEST_F(MidiClock, LeaderChangesWhileTheRhythmRuns) {
 
     pulses(5); // of a step that is never finished
     followInternalClock();
-    EXPECT_FALSE(recordedSystem().externalSyncShown);
     EXPECT_EQ(recordedSystem().syncStatus, L"SYNC: INTERNAL BPM: 120.00");
     EXPECT_EQ(sequencer().midiBpm, 0.0);
     passTimeTo(nowNs_ += 1000 * kNsPerMs);

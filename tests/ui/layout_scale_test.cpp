@@ -32,9 +32,8 @@ TEST_F(LayoutScale, FileHoldsOneNumberAndAnythingBehindIt) {
         const char* text;
         double scale;
     } cases[] = {
-        {"0.850", 0.85}, {"2", 1.0},    {"0.1", 0.25}, {"0.25", 0.25},    {"-3", 0.25},
-        {"abc", 1.0},    {"", 1.0},     {"  \n", 1.0}, {"  0.5xyz", 0.5}, {"\n\t5e-1 0.3", 0.5},
-        {"1e9", 1.0},    {"x0.5", 1.0}, {"nan", 1.0},  {".75", 0.75},     {"0.6\r\n", 0.6},
+        {"0.850", 0.85}, {"2", 1.0},        {"0.1", 0.25},         {"-3", 0.25}, {"abc", 1.0},
+        {"", 1.0},       {"  0.5xyz", 0.5}, {"\n\t5e-1 0.3", 0.5}, {"nan", 1.0}, {"0.6\r\n", 0.6},
     };
     for (const auto& [text, scale] : cases) {
         write(text);
@@ -53,16 +52,6 @@ TEST_F(LayoutScale, FileIsReplacedWithThreeDecimalsAndNoLineEnd) {
     writeLayoutScale("no such folder/scale.txt", 0.5);
 }
 
-TEST_F(LayoutScale, StepsEndExactlyAtTheLimits) {
-    // A limit compares equal to itself, which is how the program sees that nothing is to be
-    // written.
-    EXPECT_EQ(steppedLayoutScale(0.27, -0.05), 0.25);
-    EXPECT_EQ(steppedLayoutScale(0.25, -0.05), 0.25);
-    EXPECT_EQ(steppedLayoutScale(0.97, 0.05), 1.0);
-    EXPECT_EQ(steppedLayoutScale(1.0, 0.05), 1.0);
-    EXPECT_DOUBLE_EQ(steppedLayoutScale(0.5, 0.05), 0.55);
-}
-
 TEST_F(LayoutScale, WindowFitsTheScreenWithItsMargin) {
     const struct {
         int screenWidth, screenHeight;
@@ -73,9 +62,7 @@ TEST_F(LayoutScale, WindowFitsTheScreenWithItsMargin) {
         {1920, 1080, 0.25, 405, 260},    {1920, 1080, 0.85, 1376, 884},
         {1080, 1920, 1.0, 1040, 668},    // as wide as allowed
         {20000, 20000, 1.0, 8019, 5153}, // never larger than the artwork
-        {20000, 20000, 0.5, 4010, 2577}, // halves round up
         {100, 100, 1.0, 320, 206},       {100, 100, 0.25, 120, 90},
-        {0, 0, 1.0, 320, 206},
     };
     for (const auto& [screenWidth, screenHeight, scale, width, height] : cases) {
         const LayoutSize size = initialWindowSize(screenWidth, screenHeight, scale);

@@ -29,20 +29,29 @@ volatile std::sig_atomic_t interrupted = 0;
 // While one lives, an interrupt ends the rendering in order: nothing half-written stays behind.
 class CatchInterrupts {
 public:
-    CatchInterrupts()
-        : formerInterrupt_(std::signal(SIGINT, note)), formerEnd_(std::signal(SIGTERM, note)) {}
+    CatchInterrupts() {
+        for (std::size_t at = 0; at < former_.size(); ++at) {
+            former_[at] = std::signal(kSignals[at], note);
+        }
+    }
     CatchInterrupts(const CatchInterrupts&) = delete;
     CatchInterrupts& operator=(const CatchInterrupts&) = delete;
     ~CatchInterrupts() {
-        std::signal(SIGINT, formerInterrupt_);
-        std::signal(SIGTERM, formerEnd_);
+        for (std::size_t at = 0; at < former_.size(); ++at) {
+            std::signal(kSignals[at], former_[at]);
+        }
     }
 
 private:
     using Handler = void (*)(int);
     static void note(int) { interrupted = 1; }
 
-    Handler formerInterrupt_, formerEnd_;
+#ifdef SIGHUP
+    static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+#else
+    static constexpr std::array kSignals{SIGINT, SIGTERM};
+#endif
+    std::array<Handler, kSignals.size()> former_{};
 };
 
 using SampleIndices = std::array<std::int32_t, kInstrumentCount>;
@@ -168,11 +177,13 @@ private:
     bool shown_;
 };
 
-void renderFrames(FileReplacement& output, std::uint64_t frames) {
+// Up to the frame `end`, or until it is interrupted or cannot be written.
+void renderFrames(FileReplacement& output, std::uint64_t frame, std::uint64_t end,
+                  Progress& progress) {
     std::array<std::int16_t, std::size_t{kDeviceBufferFrames} * kChannels> block{};
-    while (frames > 0) {
+    while (frame < end && interrupted == 0 && output.result() == SaveResult::saved) {
         const auto now =
-            static_cast<std::uint32_t>(std::min<std::uint64_t>(frames, kDeviceBufferFrames));
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(end - frame, kDeviceBufferFrames));
         soundEngine().renderBlock(block.data(), now);
         std::string bytes;
         bytes.reserve(std::size_t{now} * kFrameBytes);
@@ -180,7 +191,8 @@ void renderFrames(FileReplacement& output, std::uint64_t frames) {
             appendLittleEndian(bytes, static_cast<std::uint16_t>(block[at]), 2);
         }
         output.write(bytes);
-        frames -= now;
+        frame += now;
+        progress.at(frame);
     }
 }
 
@@ -195,10 +207,9 @@ void play(const Course& course, const PunchCard& card, const SampleIndices& indi
         for (const Stroke& stroke : strokesOn(card, column)) {
             soundEngine().trigger(indices[stroke.sampleIndex], stroke.gain);
         }
-        renderFrames(output, course.startOf(step + 1) - course.startOf(step));
-        progress.at(course.startOf(step + 1));
+        renderFrames(output, course.startOf(step), course.startOf(step + 1), progress);
     }
-    renderFrames(output, course.frames - course.startOf(course.steps));
+    renderFrames(output, course.startOf(course.steps), course.frames, progress);
 }
 
 } // namespace

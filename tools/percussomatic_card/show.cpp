@@ -42,11 +42,31 @@ void showSettings(const PunchCard& card) {
               << formatted(", pre-delay %.0f ms\n", std::min(preDelayMs, 200.0));
 }
 
+// Between the step and the one before it: beats apart, steps that are not played in brackets.
+std::string_view gapBefore(int step, int length) {
+    return step == length ? " (" : step % 4 == 0 && step > 0 ? " " : "";
+}
+
+// 1, 5, 9 and 13 over their steps.
+std::string stepNumbers(int length) {
+    std::string text;
+    std::size_t column = 0;
+    for (int step = 0; step < kStepCount; ++step) {
+        column += gapBefore(step, length).size();
+        if (step % 4 == 0) {
+            text.resize(column, ' ');
+            text += std::to_string(step + 1);
+        }
+        ++column;
+    }
+    return text;
+}
+
 std::string stepsOf(const PunchCard& card, int line) {
     const auto length = static_cast<int>(card.sequenceLength);
     std::string text;
     for (int step = 0; step < kStepCount; ++step) {
-        text += step == length ? " (" : step % 4 == 0 && step > 0 ? " " : "";
+        text += gapBefore(step, length);
         text += card.pattern.isSet(line, step) ? 'X' : '.';
     }
     return text + (length < kStepCount ? ")" : "");
@@ -86,7 +106,7 @@ int show(const Arguments& arguments) {
     } else {
         std::cout << "A rhythm only: the panel keeps its tempo, length, volumes and switches.\n";
     }
-    std::cout << "\n         1    5    9    13\n";
+    std::cout << "\n         " << stepNumbers(static_cast<int>(card.sequenceLength)) << '\n';
     for (int line = 0; line < kLineCount; ++line) {
         showLine(card, line);
     }
