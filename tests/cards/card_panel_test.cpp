@@ -397,9 +397,10 @@ TEST_F(PunchCards, TitleIsTrimmedAndWrittenToAUsedSlotOnly) {
 
 TEST_F(PunchCards, BrokenFilesLeaveTheirSlotsAlone) {
     std::filesystem::create_directories(cardFilePath(0));
-    std::ofstream(cardFilePath(1)) << "_PERCUSSOMATIC_CARD_V2\n";
-    std::ofstream(cardFilePath(2)) << "_PERCUSSOMATIC_CARD_V4\nTITLE=\nMASTER_VOLUME=loud\n";
-    std::ofstream(cardFilePath(3)) << writePunchCard(fullCard(), 3);
+    std::ofstream(cardFilePath(1), std::ios::binary) << "_PERCUSSOMATIC_CARD_V2\n";
+    std::ofstream(cardFilePath(2), std::ios::binary)
+        << "_PERCUSSOMATIC_CARD_V4\nTITLE=\nMASTER_VOLUME=loud\n";
+    std::ofstream(cardFilePath(3), std::ios::binary) << writePunchCard(fullCard(), 3);
     loadCards();
     for (std::size_t i = 0; i < kCardSlots; ++i) {
         EXPECT_EQ(panel_.slots[i].used, i == 3) << i;
