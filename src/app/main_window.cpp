@@ -38,12 +38,6 @@ PixelPoint pointOf(LPARAM lParam) noexcept {
     return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
 }
 
-LayoutSize clientSize(HWND window) noexcept {
-    RECT client{};
-    GetClientRect(window, &client);
-    return {client.right, client.bottom};
-}
-
 bool shiftIsDown() noexcept {
     return GetKeyState(VK_SHIFT) < 0;
 }

@@ -32,12 +32,6 @@ BackgroundCache& backgroundCache() noexcept {
     return cache;
 }
 
-LayoutSize clientSize(HWND window) noexcept {
-    RECT client{};
-    GetClientRect(window, &client);
-    return {client.right, client.bottom};
-}
-
 // Each static picture replaces what lies beneath it, which is quicker than blending; all of them
 // are opaque where they overlap. It is scaled at the origin of a bitmap of its own first: scaled in
 // place, rounding of far coordinates can lose its first row or column.
@@ -130,6 +124,12 @@ void paintOverlay(const Canvas& canvas, LayoutSize client, double scale) {
 }
 
 } // namespace
+
+LayoutSize clientSize(HWND window) noexcept {
+    RECT client{};
+    GetClientRect(window, &client);
+    return {client.right, client.bottom};
+}
 
 double windowScale(HWND window) noexcept {
     const LayoutSize client = clientSize(window);

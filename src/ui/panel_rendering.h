@@ -10,6 +10,9 @@ namespace percussomatic {
 // cache: the static pictures at the present client size, under the controls of every paint. GUI
 // thread.
 
+// In pixels; 0 x 0 without a window.
+LayoutSize clientSize(HWND window) noexcept;
+
 // Client pixels per layout unit of the window.
 double windowScale(HWND window) noexcept;
 

@@ -5,6 +5,7 @@
 #include "cards/card_panel.h"
 #include "sequencer/system.h"
 #include "ui/card_rendering.h"
+#include "ui/panel_rendering.h"
 
 namespace percussomatic {
 
@@ -14,15 +15,12 @@ HWND window() noexcept {
     return static_cast<HWND>(mainWindow());
 }
 
-LayoutSize clientSize() noexcept {
-    RECT client{};
-    GetClientRect(window(), &client);
-    return {client.right, client.bottom};
+LayoutSize mainClient() noexcept {
+    return clientSize(window());
 }
 
 double clientScale() noexcept {
-    const LayoutSize client = clientSize();
-    return viewScale(client.width, client.height);
+    return windowScale(window());
 }
 
 void mark(const PixelRect& area, Repaint when) {
@@ -52,15 +50,15 @@ void redrawSlider(int index, std::uint32_t oldOffset) {
 }
 
 void redrawTempoBox() {
-    redraw(cardPanelRects(clientSize()).bpm, Repaint::now);
+    redraw(cardPanelRects(mainClient()).bpm, Repaint::now);
 }
 
 void redrawEffectsBox() {
-    redraw(cardPanelRects(clientSize()).effects, Repaint::later);
+    redraw(cardPanelRects(mainClient()).effects, Repaint::later);
 }
 
 void redrawMidiBoxes() {
-    const PanelRects rects = cardPanelRects(clientSize());
+    const PanelRects rects = cardPanelRects(mainClient());
     redraw(united(rects.midi, rects.cards), Repaint::later);
 }
 
@@ -72,11 +70,11 @@ void redrawPanel() {
 }
 
 void redrawCardDialog() {
-    mark(cardDialogArea(cardPanelRects(clientSize())), Repaint::now);
+    mark(cardDialogArea(cardPanelRects(mainClient())), Repaint::now);
 }
 
 void redrawReader() {
-    mark(cardPanelRects(clientSize()).reader, Repaint::later);
+    mark(cardPanelRects(mainClient()).reader, Repaint::later);
 }
 
 void flushPainting() {
