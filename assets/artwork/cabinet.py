@@ -1,6 +1,6 @@
 """The cabinet: walnut boards around the openings of the panels, and the card's tray."""
 from drawing import blur, linear, path, rect, svg
-from materials import TRAY, tray, veneer
+from materials import CURL, TRAY, tray, veneer
 from table import CABINET, CARD_REST, FRONT, LOWER, READER
 
 STILE = 342                                 # width of the two upright side boards
@@ -20,11 +20,11 @@ def opening(x, y, w, h):
 def shading():
     """Sheen over all boards, and the rounded outer edges."""
     x, y, w, h = CABINET
-    glow = "#ffdca8"
-    defs = (linear("sheen", 0, 0, 1, 1, (0, "#ffe2b5", 0.16), (0.4, "#ffe2b5", 0), (1, "#000", 0.26))
-            + linear("round_top", 0, 0, 0, 1, (0, glow, 0.34), (0.35, glow, 0.05), (1, "#000", 0))
+    glow = "#ffc98a"
+    defs = (linear("sheen", 0, 0, 1, 1, (0, "#ffc98f", 0.16), (0.4, "#ffc98f", 0), (1, "#000", 0.26))
+            + linear("round_top", 0, 0, 0, 1, (0, glow, 0.26), (0.35, glow, 0.04), (1, "#000", 0))
             + linear("round_bottom", 0, 0, 0, 1, (0, "#000", 0), (1, "#000", 0.6))
-            + linear("round_left", 0, 0, 1, 0, (0, glow, 0.26), (0.4, glow, 0.04), (1, "#000", 0))
+            + linear("round_left", 0, 0, 1, 0, (0, glow, 0.16), (0.35, glow, 0.03), (1, "#000", 0))
             + linear("round_right", 0, 0, 1, 0, (0, "#000", 0), (1, "#000", 0.6)))
     out = rect(x, y, w, h, "url(#sheen)")
     for joint in (x + STILE, x + w - STILE):                        # a hair-line where boards meet
@@ -43,7 +43,7 @@ def cabinet():
               veneer("left", x, y, STILE, h, 41, upright=True, tone=0.03),
               veneer("right", x + w - STILE, y, STILE, h, 53, upright=True, tone=-0.04)]
     shade_defs, shade = shading()
-    defs = "".join(outline for outline, _ in boards) + TRAY + shade_defs
+    defs = "".join(outline for outline, _ in boards) + CURL + TRAY + shade_defs
     defs += linear("plate_shade", 0, 0, 0, 1, (0, "#000", 0.8), (1, "#000", 0))
     defs += blur("soft", 22, 6200, 500, 1600, 3800)
     out = rect(x, y, w, h, "#1a110a") + "".join(board for _, board in boards) + shade

@@ -13,23 +13,28 @@ def key(size, inset, r, colours, lit):
     """A translucent key seen from above: skirt, bevel, lens. Lit, it also lights its surroundings."""
     (w, h), (core, body, rim) = size, colours
     x, y, key_w, key_h = inset, inset, w - 2 * inset, h - 2 * inset
-    defs = linear("bevel", 0, 0, 1, 1, (0, "#fff", 0.75 if lit else 0.34), (0.42, "#fff", 0.05),
+    defs = linear("bevel", 0, 0, 1, 1, (0, "#fff", 0.75 if lit else 0.40), (0.42, "#fff", 0.05),
                   (0.58, "#000", 0.04 if lit else 0.05), (1, "#000", 0.22 if lit else 0.62))
+    dip = (rim, 0.8, 0.55) if lit else ("#000", 0.3, 0.2)
+    defs += linear("edge", 0, 0, 1, 1, (0, *dip[:2]), (0.5, dip[0], 0.06), (1, "#fff", dip[2]))
     if lit:
-        defs += radial("face", 0.5, 0.46, 0.70, (0, core), (0.22, core), (0.62, body), (1, rim))
+        defs += radial("face", 0.5, 0.46, 0.70, (0, core), (0.10, core), (0.68, body), (1, rim))
         defs += radial("spill", 0.5, 0.5, 0.72, (0, body, 1), (0.58, body, 0.8), (0.74, rim, 0.35),
                        (0.92, rim, 0))
         out = rect(0, 0, w, h, "url(#spill)", r + inset)
         out += rect(x - 1, y - 1, key_w + 2, key_h + 2, rim, r)
     else:
         defs += linear("face", 0, 0, 0.35, 1, (0, core), (0.55, body), (1, rim))
+        defs += linear("gloss", 0, 0, 0.25, 1, (0, "#fff", 0.24), (0.30, "#fff", 0.07), (0.62, "#fff", 0))
+        defs += radial("inner", 0.66, 0.86, 0.55, (0, core, 0.55), (1, core, 0))
         out = rect(x + 3, y + 5, key_w, key_h, "#000", r, opacity=0.7)
     out += rect(x, y, key_w, key_h, "url(#face)", r) + rect(x, y, key_w, key_h, "url(#bevel)", r)
     e = 13                                                          # the lens lies inside the bevel
-    out += rect(x + e, y + e, key_w - 2 * e, key_h - 2 * e, "url(#face)", max(4, r - 5))
-    if not lit:                                                     # reflection near the top
-        out += path(f"M{x + e + 8} {y + e + 5}H{x + key_w - e - 8}", "#fff", 7, opacity=0.20,
-                    stroke_linecap="round")
+    lens = x + e, y + e, key_w - 2 * e, key_h - 2 * e
+    out += rect(*lens, "url(#face)", max(4, r - 5))
+    if not lit:                     # gloss where the light enters, a glow where it leaves the lens
+        out += rect(*lens, "url(#inner)", max(4, r - 5)) + rect(*lens, "url(#gloss)", max(4, r - 5))
+    out += rect(*lens, "none", max(4, r - 5), stroke="url(#edge)", stroke_width=4)
     return svg(size, defs, out)
 
 
@@ -42,31 +47,46 @@ def switch(lit):
 
 
 def power_rocker(lit):
-    """A rocker: on, the upper half is pressed in and dark, the lower one stands out, the window glows."""
+    """A rocker seen from the front: on, its upper half is pressed into the frame.
+
+    The half that stands out is nearer: wider, brighter, and it shows its end, lit when that faces
+    up and dark when it faces down. The half pressed in is narrower and lies in the frame's shadow.
+    """
     w, h = PICTURES["PW_on.PNG"]
-    raised, pressed = ("#737277", "#37373a"), ("#060607", "#232325")    # from the end to the pivot
+    pivot, c = h / 2, w / 2
+
+    def half(end, wide, fill):
+        """From the pivot to end; wide is half the breadth there."""
+        return path(f"M{c - 64} {pivot}H{c + 64}L{c + wide} {end}H{c - wide}Z", fill=fill)
+
+    glass = (((0, "#fff3ea"), (0.22, RUBY_CORE), (0.62, RUBY), (1, "#d42a1d")) if lit
+             else ((0, "#6d2019"), (0.6, RUBY_DARK), (1, "#38090a")))
+    defs = (linear("raised", 0, 0, 0, 1, (0, "#4c4c50"), (1, "#76757b")) if lit
+            else linear("raised", 0, 0, 0, 1, (0, "#7d7c82"), (1, "#4d4d51")))
+    defs += (linear("pressed", 0, 0, 0, 1, (0, "#020202"), (0.45, "#121213"), (1, "#2b2b2e")) if lit
+             else linear("pressed", 0, 0, 0, 1, (0, "#2b2b2e"), (0.6, "#1a1a1c"), (1, "#0c0c0d")))
+    defs += (linear("end_up", 0, 0, 0, 1, (0, "#f2f1f4"), (1, "#b1b0b6"))
+             + linear("end_down", 0, 0, 0, 1, (0, "#2a2a2d"), (1, "#050506"))
+             + linear("side", 0, 0, 1, 0, (0, "#fff", 0.30), (0.08, "#fff", 0), (0.90, "#000", 0),
+                      (1, "#000", 0.5))
+             + radial("window", 0.5, 0.45, 0.75, *glass)
+             + radial("spill", 0.5, 0.5, 0.5, (0, RUBY, 0.75), (1, RUBY, 0)))
+    out = rect(4, 4, w - 8, h - 8, "#060607", 14)
     if lit:
-        upper, lower, edge = pressed, raised, h - 17
-        glass = (0, "#fff3ea"), (0.22, RUBY_CORE), (0.62, RUBY), (1, "#d42a1d")
+        out += half(46, 56, "url(#pressed)") + half(324, 70, "url(#raised)") + half(324, 70, "url(#side)")
+        out += path(f"M{c - 70} 324H{c + 70}L{c + 64} 356H{c - 64}Z", fill="url(#end_down)")
+        out += path(f"M{c - 66} 321H{c + 66}", "#fff", 6, opacity=0.55, stroke_linecap="round")
     else:
-        upper, lower, edge = raised, pressed, 17
-        glass = (0, "#6d2019"), (0.6, RUBY_DARK), (1, "#38090a")
-    defs = (linear("upper", 0, 0, 0, 1, (0, upper[0]), (1, upper[1]))
-            + linear("lower", 0, 1, 0, 0, (0, lower[0]), (1, lower[1]))
-            + linear("side", 0, 0, 1, 0, (0, "#fff", 0.28), (0.10, "#fff", 0), (0.90, "#000", 0),
-                     (1, "#000", 0.5))
-            + radial("window", 0.5, 0.45, 0.75, *glass)
-            + radial("spill", 0.5, 0.5, 0.5, (0, RUBY, 0.75), (1, RUBY, 0)))
-    out = rect(4, 4, w - 8, h - 8, "#0a0a0b", 14)
-    out += rect(11, 11, w - 22, 173, "url(#upper)", 8) + rect(11, 182, w - 22, 173, "url(#lower)", 8)
-    out += rect(11, 11, w - 22, h - 22, "url(#side)", 8)
-    out += path(f"M18 {edge}H140", "#fff", 8, opacity=0.35, stroke_linecap="round")
-    out += path("M14 183H144", "#000", 6, opacity=0.5)
+        out += half(326, 56, "url(#pressed)") + half(44, 70, "url(#raised)") + half(44, 70, "url(#side)")
+        out += path(f"M{c - 70} 44H{c + 70}L{c + 64} 10H{c - 64}Z", fill="url(#end_up)")
+    out += path(f"M{c - 64} {pivot}H{c + 64}", "#000", 6, opacity=0.5)
     if lit:
-        out += ellipse(79, 98, 72, 90, "url(#spill)")
-    out += rect(36, 34, 86, 126, "#000", 14) + rect(43, 41, 72, 112, "url(#window)", 9)
-    out += rect(52, 49, 54, 12, "#fff", 6, opacity=0.55 if lit else 0.22)
-    out += circle(79, 268, 25, "none", stroke=INK, stroke_width=9)
+        out += ellipse(c, 126, 66, 74, "url(#spill)")
+    out += rect(44, 92, 70, 78, "#000", 12) + rect(51, 99, 56, 64, "url(#window)", 8)
+    out += rect(58, 105, 42, 10, "#fff", 5, opacity=0.55 if lit else 0.22)
+    out += path("M79 58V80" if lit else "M79 57V81", INK, 9, stroke_linecap="round")
+    out += (ellipse(c, 262, 24, 26, "none", stroke=INK, stroke_width=9) if lit
+            else ellipse(c, 256, 21, 20, "none", stroke=INK, stroke_width=8, opacity=0.8))
     return svg((w, h), defs, out)
 
 
@@ -107,17 +127,23 @@ def rotary():
                    (1, "#161617"))
             + radial("disc", 0.5, 0.5, 0.5, (0, "#a5a198"), (0.55, "#c9c5bb"), (0.86, "#b3aea3"),
                      (0.93, "#efece4"), (1, "#77736b")))
-    knurl = []                                                      # twenty waves around the skirt
-    for i in range(240):
-        a = math.tau * i / 240
-        r = 132 + 5 * math.cos(20 * a)
+    knurl = []                                                      # thirty flutes around the skirt
+    for i in range(360):
+        a = math.tau * i / 360
+        r = 133.5 + 4.5 * abs(math.cos(15 * a)) ** 0.6
         knurl.append(f"{c + r * math.sin(a):.1f} {c - r * math.cos(a):.1f}")
     rim = "M" + "L".join(knurl) + "Z"
     out = path(rim, fill="#141415")
     out += path(rim, fill="url(#skirt)", transform=f"translate({c} {c}) scale(.97) translate({-c} {-c})")
+    flutes = "".join(f"M{c + 108 * math.sin(a):.1f} {c - 108 * math.cos(a):.1f}"
+                     f"L{c + 132 * math.sin(a):.1f} {c - 132 * math.cos(a):.1f}"
+                     for a in (math.tau * (i + 0.5) / 30 for i in range(30)))
+    out += path(flutes, "#0c0c0d", 7, opacity=0.75, stroke_linecap="round")
+    out += circle(c, c, 100, "none", stroke="#58585c", stroke_width=4, opacity=0.7)
     out += circle(c, c, 92, "#0e0e0f") + circle(c, c, 86, "url(#disc)")
-    for r in (30, 48, 66):
-        out += circle(c, c, r, "none", stroke="#6f6b63", stroke_width=5, opacity=0.28)
+    for i, r in enumerate(range(8, 82, 3)):                         # turned on a lathe
+        out += circle(c, c, r, "none", stroke="#fff" if i * 7 % 5 < 2 else "#4f4b44", stroke_width=2,
+                      opacity=0.10 + 0.05 * (i * 5 % 4))
     a = math.radians(ROTARY_ZERO)
     inner, outer = (f"{c + r * math.sin(a):.1f} {c - r * math.cos(a):.1f}" for r in (52, 124))
     pointer = f"M{inner}L{outer}"
@@ -128,11 +154,14 @@ def rotary():
 
 def slider_thumb():
     """A ribbed thumb; its dark middle line is the index."""
-    defs = (linear("body", 0, 0, 1, 0, (0, "#f1eee6"), (0.18, "#c4bfb4"), (0.42, "#8d887e"),
-                   (0.58, "#d7d3c9"), (0.82, "#a39e93"), (1, "#55514a"))
-            + linear("shade", 0, 0, 0, 1, (0, "#fff", 0.35), (0.1, "#fff", 0), (0.88, "#000", 0),
-                     (1, "#000", 0.45)))
-    out = rect(5, 7, 56, 152, "#000", 10, opacity=0.55) + rect(1, 1, 55, 151, "#0e0e0f", 9)
-    out += rect(4, 4, 49, 145, "url(#body)", 7) + rect(4, 4, 49, 145, "url(#shade)", 7)
-    out += rect(23, 4, 11, 145, "#16120e")
+    defs = (linear("body", 0, 0, 1, 0, (0, "#f4f1ea"), (0.10, "#d5d0c5"), (0.30, "#a8a297"),
+                   (0.44, "#827d73"), (0.56, "#dcd8ce"), (0.80, "#a8a298"), (1, "#55514a"))
+            + linear("shade", 0, 0, 0, 1, (0, "#fff", 0.6), (0.05, "#fff", 0.1), (0.12, "#fff", 0),
+                     (0.84, "#000", 0), (1, "#000", 0.5))
+            + linear("fall", 0, 0, 1, 0, (0, "#000", 0.75), (0.85, "#000", 0.6), (1, "#000", 0)))
+    out = rect(6, 10, 55, 149, "url(#fall)", 10) + rect(1, 1, 55, 151, "#0e0e0f", 9)
+    out += rect(4, 4, 49, 145, "url(#body)", 7)
+    for x in (12, 42):                                              # grooves for the finger tip
+        out += rect(x, 4, 3, 145, "#3a362f", opacity=0.6) + rect(x + 3, 4, 3, 145, "#fff", opacity=0.35)
+    out += rect(4, 4, 49, 145, "url(#shade)", 7) + rect(23, 4, 11, 145, "#16120e")
     return svg(PICTURES["slider.PNG"], defs, out)

@@ -5,7 +5,7 @@ Every size has measures of its own, so that all edges fall on whole pixels.
 import struct
 
 from drawing import circle, clip, group, linear, path, radial, rect, svg
-from materials import veneer
+from materials import CURL, veneer
 from palette import AMBER, RECESS, SMOKE, WALNUT_DARK
 
 # size: wood, panel around the keys, key, gap between keys (pixels); twice the first two,
@@ -58,7 +58,7 @@ def large_icon(size):
     round_wood, round_panel, round_key = size / 7, size / 16, key / 6
     core, body, rim = AMBER
     board, grain = veneer("board", 0, 0, 1024, 1024, seed=11)
-    defs = (board + clip("outline", line, line, size - 2 * line, size - 2 * line, round_wood - line)
+    defs = (CURL + board + clip("outline", line, line, size - 2 * line, size - 2 * line, round_wood - line)
             + linear("sheen", 0, 0, 1, 1, (0, "#ffc98a", 0.5), (0.5, "#ffc98a", 0.1), (1, "#000", 0.3))
             + linear("panel", 0, 0, 1, 1, (0, "#414246"), (1, "#1c1d1f"))
             + linear("edge", 0, 0, 1, 1, (0, "#120a05"), (0.5, WALNUT_DARK), (1, "#c98d58"))

@@ -4,6 +4,7 @@ A glyph is its width and an SVG path of absolute commands, capitals 100 high (0 
 baseline). A line of text becomes one stroked path with round ends: weight is the stroke width.
 """
 import re
+from typing import NamedTuple
 
 GLYPHS = {
     " ": (26, ""),
@@ -47,6 +48,32 @@ GLYPHS = {
     "/": (36, "M0 106L36 -6"),
     ".": (0, "M0 100H0.1"),
 }
+
+
+class Mark(NamedTuple):
+    """Something printed for a control, kept so that it can be held against the control table."""
+    what: str                           # the text, or "tick", "bar", "rule"
+    of: tuple                           # names of the first and the last control it belongs to
+    align: str                          # see print_for
+    x: float                            # layout units
+    y: float
+    cap: float = 0.0                    # of lettering: height of capitals
+    colour: str = ""
+    value: float = 0.0                  # on a scale: 0..1
+
+
+PRINTED = []
+
+
+def print_for(what, of, align, x, y, **more):
+    """Notes a mark. align says what must agree with the controls:
+
+    middle, start, end: x with their middle, left or right edge; beside: y with their middle;
+    slide: x with a slider's index at value; turn: the direction of (x, y) with a pointer at value.
+    """
+    PRINTED.append(Mark(what, (of, of) if isinstance(of, str) else of, align, x, y, **more))
+
+
 GAP = 30          # between the strokes of two letters, before tracking
 KERN = {"AT": -12, "TA": -12, "LT": -14, "LV": -14, "LE": -2, "RT": -4, "AV": -14, "VA": -14,
         "CT": -4, "TO": -6, "OT": -6, "PA": -14, "LO": -4, "CL": -2, "AR": -2, "MA": -4, "7 ": -4}
@@ -86,11 +113,15 @@ def _place(glyph, dx, dy, sx, sy):
     return "".join(out)
 
 
-def letter(text, x, y, cap, colour, anchor="middle", weight=None, tracking=0, stretch=1.0, turn=0):
+def letter(text, x, y, cap, colour, anchor="middle", weight=None, tracking=0, stretch=1.0, turn=0,
+           of=None, align=None, value=0.0):
     """One line of lettering with its baseline at y, turned about (x, y) by turn degrees.
 
-    cap is the height of capitals over the outer edges of their strokes.
+    cap is the height of capitals over the outer edges of their strokes. of names the control, or
+    the first and the last, that the lettering stands for; align then says how, see print_for.
     """
+    print_for(text, of or (), align or anchor, x, y - cap / 2 if align in ("beside", "turn") else y,
+              cap=cap, colour=colour, value=value)
     weight = weight or max(8.5, cap * 0.155)
     inner = cap - weight                       # the centre lines lie half a stroke inside
     edges = _edges(text, inner, tracking, stretch)

@@ -6,7 +6,7 @@ falls from the upper left everywhere.
 import math
 import random
 
-from drawing import circle, clip, group, linear, path, radial, rect
+from drawing import blur, circle, clip, ellipse, group, linear, path, radial, rect
 from palette import (EDGE_LIGHT, FELT, PANEL, PANEL_DARK, PANEL_LIGHT, PORE, RECESS, WALNUT,
                      WALNUT_DARK, WALNUT_LIGHT)
 from table import CARD_REST
@@ -16,14 +16,23 @@ SCREW = linear("screw", 0, 0, 1, 1, (0, "#c9c6bf"), (0.5, "#8b8881"), (1, "#4c4a
 SATIN = (0, "#e6e2d8"), (0.35, "#aaa59a"), (1, "#4f4b44")           # rails of satin aluminium
 TRAY = (linear("tray_shade", 0, 0, 1, 0, (0, "#000", 0.75), (1, "#000", 0))
         + linear("rib", 0, 0, 1, 0, (0, "#4a3d31"), (0.45, "#32281f"), (1, "#0a0806"))
-        + linear("rail", 0, 0, 1, 0, *SATIN))
+        + linear("rail", 0, 0, 1, 0, *SATIN)
+        + linear("shoe", 0, 0, 1, 1, (0, "#d8d3c8"), (0.5, "#99948a"), (1, "#57534c"))
+        + linear("joint", 0, 0, 0, 1, (0, "#000", 0.85), (0.35, "#000", 0.5), (1, "#000", 0)))
+WALNUT_TONES = WALNUT_DARK, WALNUT_DARK, WALNUT_LIGHT, "#6d3f20", "#7d5130", "#422717"
+CURL = (radial("curl_light", 0.5, 0.5, 0.5, (0, "#ffd9a0", 0.05), (1, "#ffd9a0", 0))
+        + radial("curl_dark", 0.5, 0.5, 0.5, (0, "#1a0c04", 0.08), (1, "#1a0c04", 0)))
+# Fibres: colour, thickness, opacity, square units of wood for each.
+FIBRES = (PORE, 4, 0.10, 9000), (WALNUT_LIGHT, 4, 0.13, 9000), (PORE, 2, 0.16, 5000), (
+    "#a9784a", 2, 0.13, 5000)
+PORE_ROOM = 3600
 
 
 def veneer(name, x, y, w, h, seed, upright=False, tone=0.0):
-    """A board of walnut: bands, grain lines, fibres and pores that follow one slowly waving field.
+    """A board of walnut, sawn and lacquered: every layer follows one slowly waving field.
 
-    Along the board runs t, across it s. A line of constant s, moved by across(), is one year's
-    growth, so neighbours wave alike. Returns the board's clipping path and its drawing.
+    Along the board runs t, across it s. A line of constant s, moved by across(), is one moment of
+    growth, so neighbours wave alike. Returns the board's definitions and its drawing, clipped.
     """
     rnd = random.Random(seed)
     length, breadth = (h, w) if upright else (w, h)
@@ -37,57 +46,97 @@ def veneer(name, x, y, w, h, seed, upright=False, tone=0.0):
         crown = math.exp(-((t - crown_t) / crown_width) ** 2)       # cathedral of a plain-sawn board
         return s + drift * min(1, breadth / 400) + 0.34 * crown * (s - crown_s)
 
-    def point(t, s):
+    def point(t, s, digits=1):
         a, b = (across(t, s), t) if upright else (t, across(t, s))
-        return f"{x + a:.0f} {y + b:.0f}"
+        return f"{x + a:.{digits}f} {y + b:.{digits}f}"
 
-    def line(s):
-        start, end = -60, length + 60
-        count = max(2, int((end - start) / 170))
-        points = [point(start + (end - start) * i / count, s) for i in range(count + 1)]
-        return "M" + points[0] + "L" + " ".join(points[1:])
+    steps = [-60 + 120 * i for i in range(int(length / 120) + 2)]
 
-    out = rect(x, y, w, h, WALNUT)
-    s = -breadth * 0.5
-    while s < breadth * 1.5:                                        # bands of early and late wood
-        wide = rnd.uniform(26, 120)
-        out += path(line(s), rnd.choice([WALNUT_DARK, WALNUT_DARK, WALNUT_LIGHT]), f"{wide:.0f}",
-                    opacity=f"{rnd.uniform(0.05, 0.24):.2f}", stroke_linejoin="round")
-        s += wide * rnd.uniform(0.5, 1.1)
-    s = -breadth * 0.5
-    while s < breadth * 1.5:                                        # grain, crowded and sparse by turns
-        out += path(line(s), PORE if rnd.random() < 0.72 else WALNUT_LIGHT,
-                    f"{rnd.uniform(5, 13):.0f}", opacity=f"{rnd.uniform(0.06, 0.30):.2f}",
-                    stroke_linejoin="round")
-        s += rnd.uniform(9, 44) * (1 + 0.6 * math.sin(s * 0.013 + seed))
-    for colour, strength in ((PORE, 0.13), (WALNUT_LIGHT, 0.16)):
-        fibres = ""
-        for _ in range(int(length * breadth / 11000)):
-            t, s = rnd.uniform(-200, length), rnd.uniform(-0.3, 1.3) * breadth
-            run = rnd.uniform(250, 900)
-            fibres += f"M{point(t, s)}L{point(t + run / 2, s)} {point(t + run, s)}"
-        out += path(fibres, colour, 6, opacity=strength, stroke_linecap="round")
-    pores = ""
-    for _ in range(int(length * breadth / 9000)):
-        t, s = rnd.uniform(0, length), rnd.uniform(-0.2, 1.2) * breadth
-        pores += f"M{point(t, s)}L{point(t + rnd.uniform(30, 110), s)}"
-    out += path(pores, PORE, 5, opacity=0.26, stroke_linecap="round")
+    def between(s0, s1):
+        """The strip of wood grown from s0 to s1."""
+        return ("M" + "L".join(point(t, s0, 0) for t in steps)
+                + "L" + "L".join(point(t, s1, 0) for t in reversed(steps)) + "Z")
+
+    def streak(t, s, run):
+        half = run / 2
+        return f"M{point(t, s)}L{point(t + half, s)} {point(t + run, s)}"
+
+    def spindle(t, s, run, thick):
+        """A vessel cut lengthwise: pointed at both ends, fullest a third of the way along."""
+        full = t + run * 0.35
+        return (f"M{point(t, s)}L{point(full, s - thick)} {point(t + run, s)} "
+                f"{point(full, s + thick)}Z")
+
+    clouds, defs = "", clip(name, x, y, w, h)
+    s = -breadth * 0.3
+    while s < breadth * 1.3:                                        # colour wanders from red to brown
+        wide = rnd.uniform(60, 190)
+        clouds += path(between(s, s + wide), fill=rnd.choice(WALNUT_TONES),
+                       opacity=f"{rnd.uniform(0.10, 0.42):.2f}")
+        s += wide * rnd.uniform(0.55, 1.1)
+    softness = "9 40" if upright else "40 9"
+    defs += blur(name + "_soft", softness, x, y, w, h)
+
+    early, late, edges, rings = "", "", "", []
+    s, swing = -breadth * 0.5, rnd.uniform(0, 6.3)
+    while s < breadth * 1.5:                                        # years, some of them lean
+        year = rnd.uniform(16, 34) * (1.5 + math.sin(s * 0.011 + swing))
+        early += between(s + 0.45 * year, s + year)
+        late += between(s + 0.78 * year, s + year)
+        edges += f"M{'L'.join(point(t, s + year, 0) for t in steps)}"
+        rings.append((s, year))
+        s += year
+    defs += blur(name + "_late", 2.2, x, y, w, h)
+    growth = (path(early, fill=WALNUT_DARK, opacity=0.24) + path(late, fill=PORE, opacity=0.26)
+              + path(edges, PORE, 4, opacity=0.34))
+
+    fibres = ""
+    for colour, thick, strength, room in FIBRES:
+        d = "".join(streak(rnd.uniform(-200, length), rnd.uniform(-0.3, 1.3) * breadth,
+                           rnd.uniform(160, 620)) for _ in range(int(length * breadth / room)))
+        fibres += path(d, colour, thick, opacity=strength)
+
+    deep, faint = "", ""                                            # most vessels in the early wood
+    for s, year in rings:
+        for _ in range(int(length * year / PORE_ROOM)):
+            at = s + year * min(1, rnd.expovariate(2.6))
+            deep += spindle(rnd.uniform(-40, length), at, rnd.uniform(40, 170), rnd.uniform(0.9, 1.8))
+        for _ in range(int(length * year / PORE_ROOM)):
+            faint += spindle(rnd.uniform(-40, length), s + year * rnd.random(),
+                             rnd.uniform(24, 90), rnd.uniform(0.7, 1.3))
+    lit = "translate(1.5 0)" if upright else "translate(0 1.5)"     # a groove's far side
+    pores = (path(deep, fill=WALNUT_LIGHT, opacity=0.30, transform=lit)
+             + path(deep, fill="#160b05", opacity=0.62) + path(faint, fill=PORE, opacity=0.42))
+
+    figure = ""                                                     # curl: the lacquer's slow shimmer
+    for i in range(int(length / 520)):
+        t = rnd.uniform(0, length)
+        cx, cy = (x + breadth * rnd.random(), y + t) if upright else (x + t, y + breadth * rnd.random())
+        rx, ry = (breadth, rnd.uniform(200, 500)) if upright else (rnd.uniform(200, 500), breadth)
+        figure += ellipse(f"{cx:.0f}", f"{cy:.0f}", f"{rx:.0f}", f"{ry:.0f}",
+                          f"url(#curl_{'light' if i % 2 else 'dark'})")
+    out = (rect(x, y, w, h, WALNUT) + group(clouds, filter=f"url(#{name}_soft)")
+           + group(growth, filter=f"url(#{name}_late)") + fibres + pores + figure)
     if tone:
         out += rect(x, y, w, h, "#000" if tone < 0 else "#ffd9a0", opacity=abs(tone))
-    return clip(name, x, y, w, h), group(out, clip_path=f"url(#{name})")
+    return defs, group(out, clip_path=f"url(#{name})")
 
 
 def brushed(x, y, w, h, seed, count, light, dark, opacity):
-    """Level scratches of brushed metal. Long level lines cost almost nothing in a PNG."""
+    """Level scratches of brushed metal, count of each kind.
+
+    Hair-lines make the metal seen from near, broad ones still show at a fifth. Level lines on
+    whole pixels cost almost nothing in a PNG.
+    """
     rnd = random.Random(seed)
     out = ""
     for colour, strength in ((light, opacity), (dark, opacity * 1.4)):
-        for thick in (5, 7, 10):
+        for thick, share in ((1, 3), (2, 2), (4, 1), (9, 0.5)):
             d = ""
-            for _ in range(count // 6):
-                run = min(w, rnd.uniform(0.12, 0.75) * w)
-                d += f"M{x + rnd.uniform(0, w - run):.0f} {y + rnd.uniform(4, h - 4):.0f}h{run:.0f}"
-            out += path(d, colour, thick, opacity=f"{strength:.3f}")
+            for _ in range(int(count * share)):
+                run = min(w, rnd.uniform(0.08, 0.75) * w)
+                d += f"M{x + rnd.uniform(0, w - run):.0f} {y + rnd.randint(4, h - 4)}h{run:.0f}"
+            out += path(d, colour, thick, opacity=f"{strength:.3f}", shape_rendering="crispEdges")
     return out
 
 
@@ -124,7 +173,7 @@ def graphite_plate(plate, seed):
                      (1, "#fff", 0))
             + SCREW + LIP)
     out = rect(x, y, w, h, "url(#face)") + rect(x, y, w, h, "url(#satin)")
-    out += brushed(x, y, w, h, seed, int(h * 0.42), "#fff", "#000", 0.022)
+    out += brushed(x, y, w, h, seed, h // 7, "#fff", "#000", 0.021)
     out += rect(x, y, w, 64, "url(#overhang)") + rect(x, y, 64, h, "url(#overhang_left)")
     out += rect(x, y + h - 9, w, 9, EDGE_LIGHT, opacity=0.55)
     out += rect(x + w - 9, y, 9, h, EDGE_LIGHT, opacity=0.45)
@@ -144,3 +193,24 @@ def tray(y0, y1):
     for rail in (left - 26, right):
         out += rect(rail, y0, 26, y1 - y0, "url(#rail)")
     return out
+
+
+def tray_shoe(y0, foot):
+    """The tray's end: a shoe of the same metal, open towards the rails, that stops the card.
+
+    The rails belong to the cabinet and the shoe to the panel, and each picture is rounded to whole
+    pixels by itself. The shoe is therefore wider than the rails on both sides, without ribs, and
+    begins in shadow: a pixel more or less does not show.
+    """
+    x, _, w, _ = CARD_REST
+    inside, wall = x - 14, 70
+    wide = w + 28
+    outside, width = inside - wall, wide + 2 * wall
+    out = rect(outside, y0, width, foot - y0 + 54, "url(#shoe)", 12)
+    out += rect(outside, y0, width, 24, "url(#shoe)")               # square where the rails enter
+    out += path(f"M{outside + 5} {y0}V{foot + 42}", "#fff", 6, opacity=0.45)
+    out += path(f"M{outside + 10} {foot + 50}H{outside + width - 10}", "#000", 8, opacity=0.45)
+    out += rect(inside, y0, wide, foot - y0, "#120d0a")
+    out += rect(inside, y0, 60, foot - y0, "url(#tray_shade)")
+    out += path(f"M{inside + wide + 4} {y0}V{foot + 4}H{inside}", "#fff", 7, opacity=0.55)
+    return out + rect(outside - 4, y0, width + 8, 30, "url(#joint)")

@@ -5,10 +5,10 @@ PANEL_LIGHT, PANEL, PANEL_DARK = "#36373a", "#2a2b2e", "#202124"
 RECESS, EDGE_LIGHT = "#0d0d0e", "#77767a"
 
 # Lettering: names, scales, remarks and rules, CLEAR.
-INK, INK_SOFT, INK_QUIET, INK_RED = "#f1e9d6", "#cdc4b1", "#aaa496", "#ff8268"
+INK, INK_SOFT, INK_QUIET, INK_RED = "#f1e9d6", "#cdc4b1", "#b8b2a4", "#ff8268"
 
 ALU_LIGHT, ALU, ALU_DARK, ALU_INK = "#c6c1b5", "#aca69a", "#868076", "#171512"
-CARD_LIGHT, CARD, CARD_DARK, CARD_INK = "#f1e4c4", "#e8d8b2", "#cdb98c", "#3d4a4c"
+CARD_LIGHT, CARD, CARD_DARK, CARD_INK = "#f1e4c4", "#e8d8b2", "#cdb98c", "#344042"
 FELT = "#241c15"
 
 # Keys as (light, middle, dark); lit ones as (core, body, rim).

@@ -57,6 +57,21 @@ ROTARY = 284                                # side of a rotary's square
 MASTER, TEMPO = (1944, 4484), (2475, 4484)
 ROTARY_ZERO, ROTARY_SPAN = 210, 300         # degrees clockwise from 12 o'clock
 
+# What the program calls the controls, line by line or length by length.
+A_NAMES = [f"sw_{n:03}" for n in range(1, 7)]
+B_NAMES = [f"sw_{n:03}" for n in (28, 26, 24, 22, 20, 17)]
+CLEAR_NAMES = [f"sw_{n:03}" for n in (29, 27, 25, 23, 21, 19)]
+LENGTH_NAMES = dict(zip(LENGTHS, (f"sw_{n:03}" for n in (9, 10, 11, 12, 13, 15, 16))))
+
+
+def slider_name(line):
+    return f"slider_{line + 1:03}"
+
+
+def step_name(line, step):
+    return f"bottone_{16 * line + step + 1:03}"
+
+
 # The card has units of its own. REST is where a read card stops, in layout units.
 CARD_REST = (6560, 2195, 743, 2137)
 CARD_W, CARD_H = 1149, 3304
