@@ -1,8 +1,9 @@
 // Charleston and cymbals: a bank of metal through band-passes, each with its own
-// decay. One envelope for all bands would be a gate on hiss; what makes it metal is
-// that the top dies first while the middle is still building up.
+// decay, as in circuits that make a cymbal of square waves (Werner, Abel and Smith,
+// ICMC/SMC 2014). One envelope for all bands would be a gate on hiss; what makes it
+// metal is that the top dies first while the middle is still building up.
 
-#include "metal_bank.h"
+#include "metal_bands.h"
 #include "noise.h"
 #include "struck_resonator.h"
 #include "voices.h"
@@ -15,94 +16,26 @@ namespace {
 constexpr BankTuning kCharlestonTuning = {318.7, 437.3, 541.9, 664.1, 783.7, 951.3};
 constexpr BankTuning kRideTuning = {331.1, 409.7, 563.3, 617.9, 811.3, 1013.9};
 
-BankTuning scaled(BankTuning tuning, double factor) noexcept {
-    for (double& hz : tuning) {
-        hz *= factor;
-    }
-    return tuning;
-}
-
-// What one band is made of: metal and noise, each brought to rms 1 behind its own
-// filters, mixed, filtered together, then shaped. The middle band's high-pass keeps
-// the bank's fundamentals out: they are so strong that its skirt alone would not.
-struct Band {
-    std::vector<FilterStage> metalFilters = {};
-    double metalGain = 1.0;
-    std::vector<FilterStage> noiseFilters = {};
-    double noiseGain = 0.0;
-    std::vector<FilterStage> filters = {};
-    double gain = 1.0;
-    std::vector<Decay> decays = {};
-};
-
-void addIngredient(Signal& target, Signal source, const std::vector<FilterStage>& filters,
-                   double gain) {
-    if (gain == 0.0) {
-        return;
-    }
-    filter(source, filters);
-    scaleToUnitRms(source);
-    addScaled(target, source, gain);
-}
-
-void addBand(Signal& target, const Band& band, const Signal& metal, std::uint64_t seed) {
-    Signal mix(target.size());
-    addIngredient(mix, metal, band.metalFilters, band.metalGain);
-    addIngredient(mix, whiteNoise(target.size(), seed), band.noiseFilters, band.noiseGain);
-    filter(mix, band.filters);
-    shape(mix, band.decays);
-    addScaled(target, mix, band.gain);
-}
-
-struct Cymbal {
-    BankTuning tuning;
-    double ringGain;
-    std::vector<Band> bands;
-    std::uint64_t seed;
-};
-
-// The side is the same cymbal seen from another spot: its bank a little sharper,
-// other noise.
-void addBands(Sound& sound, const Cymbal& cymbal) {
-    constexpr double kSideSharp = 1.0237;
-    constexpr double kSideGain = 0.38;
-    constexpr std::uint64_t kSideSeeds = 50; // clear of the bands' own seeds
-
-    const std::size_t frames = sound.mid.size();
-    const Signal metal = metalBank(cymbal.tuning, cymbal.ringGain, frames);
-    const Signal sideMetal = metalBank(scaled(cymbal.tuning, kSideSharp), cymbal.ringGain, frames);
-    Signal side(frames);
-    std::uint64_t seed = cymbal.seed;
-    for (const Band& band : cymbal.bands) {
-        addBand(sound.mid, band, metal, seed);
-        addBand(side, band, sideMetal, seed + kSideSeeds);
-        ++seed;
-    }
-    addScaled(sound.side, side, kSideGain);
-}
-
-// Struck modes spread evenly in pitch, none quite in its place: the plate under the
-// wash, and what keeps the tail from turning into steady oscillators.
-void addPlateModes(Sound& sound, double t60Ms, std::uint64_t seed) {
-    constexpr int kModes = 26;
-    constexpr double kLowestHz = 430.0;
-    constexpr double kHighestHz = 6600.0;
-    constexpr double kGain = 0.055;
-    constexpr double kStickMs = 0.25;
+// The plate under the wash, and what keeps the tail from turning into steady
+// oscillators: single modes with a decay each (Ducceschi, Touzé and Bilbao, Stockholm
+// Music Acoustics Conference 2013). A thin plate has about as many in every kilohertz,
+// so they are spread evenly over Hz, none quite in its place, and crowd together
+// towards the top. Losses inside the metal take the highest first.
+void addPlateModes(Sound& sound, double t60Ms, double level, std::uint64_t seed) {
+    constexpr int kModes = 90;
+    constexpr double kLowestHz = 390.0;
+    constexpr double kSpacingHz = 118.0;
+    constexpr double kStickMs = 0.16;
+    constexpr double kLossHz = 9000.0; // where the decay time has halved
 
     Noise chance(seed);
-    const double step = std::log(kHighestHz / kLowestHz) / (kModes - 1);
     for (int index = 0; index < kModes; ++index) {
-        const double hz = kLowestHz * std::exp(step * (index + 0.35 * chance.next()));
-        double gain = kGain * (1.0 + 0.4 * chance.next());
-        if (hz > 600.0 && hz < 1100.0) {
-            gain *= 1.5; // a real plate is loudest here in its first 20 ms
-        }
-        double decay = t60Ms;
+        const double hz = kLowestHz + kSpacingHz * (index + 0.45 * chance.next());
+        double gain = level * (1.0 + 0.4 * chance.next());
+        double decay = t60Ms / (1.0 + hz * hz / (kLossHz * kLossHz));
         if (hz < 1500.0) {
-            decay *= 0.75;
-        } else if (hz > 5000.0) {
-            decay *= 0.62;
+            decay *= 0.75; // radiated away first, and loudest in the first 20 ms
+            gain *= 1.5;
         }
         strike(sound, kStickMs, {hz, gain, decay}, {0.0, 0.4 * chance.next()});
     }
@@ -120,17 +53,23 @@ void addStick(Sound& sound, double gain, std::uint64_t seed) {
 
 Sound charleston(std::size_t frames) {
     Sound sound(frames);
-    const std::vector<Decay> snap = {{0.66, 0.6, 70.0}, {0.34, 1.5, 260.0}};
+    const Signal bank = metalBank(kCharlestonTuning, 0.8, frames);
+    const std::vector<Decay> snap = {{0.70, 0.6, 60.0}, {0.30, 1.5, 240.0}};
     const std::vector<FilterStage> hiss = {steepHighPass(6800.0), lowPass(14000.0)};
     const Band metal = {.metalFilters = {steepHighPass(6200.0), bandPass(8600.0, 0.45)},
                         .metalGain = 0.85,
                         .noiseFilters = hiss,
                         .noiseGain = 0.52,
                         .decays = snap};
+    // The stick: lower metal, gone before it could tell a pitch.
+    const Band chick = {.metalFilters = {steepHighPass(3000.0), bandPass(4600.0, 0.9)},
+                        .gain = 0.9,
+                        .decays = {{1.0, 0.3, 28.0}}};
     Band air = metal;
     air.metalGain = 0.0; // two closed plates ring as one: only their hiss is wide
     air.noiseGain = 0.26;
-    addBand(sound.mid, metal, metalBank(kCharlestonTuning, 0.8, frames), 601);
+    addBand(sound.mid, metal, bank, 601);
+    addBand(sound.mid, chick, bank, 603);
     addBand(sound.side, air, Signal(), 602);
     return sound;
 }
@@ -153,7 +92,7 @@ Sound crashCymbal(std::size_t frames) {
                        .gain = 0.70,
                        .decays = bent({{0.55, 1.0, 1700.0}, {0.45, 1.0, 510.0}}, 2.6, 35.0)};
     addBands(sound, {kCharlestonTuning, 0.45, {low, middle, high}, 610});
-    addPlateModes(sound, 3400.0, 620);
+    addPlateModes(sound, 3400.0, 0.060, 620);
     addStick(sound, 0.8, 621);
     return sound;
 }
@@ -189,7 +128,7 @@ Sound rideCymbal(std::size_t frames) {
                        .gain = 0.50,
                        .decays = bent({{0.55, 1.0, 1150.0}, {0.45, 1.0, 345.0}}, 1.6, 35.0)};
     addBands(sound, {scaled(kRideTuning, kHigher), 0.45, {low, middle, high}, 630});
-    addPlateModes(sound, 1500.0, 640);
+    addPlateModes(sound, 1500.0, 0.045, 640);
     double lean = 0.2; // alternate modes to either side
     for (const Mode& mode : kPing) {
         strike(sound, kTipMs, mode, {0.0, lean});

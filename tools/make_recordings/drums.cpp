@@ -56,13 +56,15 @@ struct Timbal {
 Sound timbal(const Timbal& drum, std::size_t frames) {
     constexpr double kStickOnSkinMs = 1.1;
     constexpr double kStickOnRimMs = 0.3;
-    constexpr double kTensionTauMs = 22.0;
+    // Tension rises with the square of the deflection, so pitch settles twice as fast
+    // as the sound dies (Fletcher, Rep. Prog. Phys. 62, 1999).
+    const double tensionTauMs = 0.5 * drum.t60Ms / kTimeConstantsPerT60;
 
     Sound sound(frames);
     for (const Partial& partial : kMembrane) {
         strike(sound, kStickOnSkinMs,
                {drum.hz * partial.pitch, partial.gain, drum.t60Ms * partial.t60Ratio, partial.glide,
-                kTensionTauMs},
+                tensionTauMs},
                partial.side);
     }
     for (const Partial& partial : kShell) {
@@ -80,18 +82,21 @@ Sound timbal(const Timbal& drum, std::size_t frames) {
 
 } // namespace
 
-// The body starts three quarters of its pitch too high and sighs down within some
-// 50 ms; a second, shorter resonator is the knock of the beater.
+// A bridged-T resonator struck by its trigger pulse. While the pulse lasts, a
+// transistor shorts part of the leg to ground and the pitch is an octave up; leakage
+// through the same transistor lets the rest sigh down slowly (Werner, Abel and Smith,
+// DAFx 2014). The second resonator is the shell: it and the even partials of the
+// lopsided clip lie between 90 and 200 Hz, where small loudspeakers still follow.
 Sound bassDrum(std::size_t frames) {
     Sound sound(frames);
-    strike(sound.mid, 4.0, {57.0, 1.0, 360.0, 0.75, 16.0});
-    strike(sound.mid, 3.0, {109.0, 0.30, 140.0, 0.35, 12.0});
+    strike(sound.mid, 4.0, {56.0, 1.0, 350.0, 1.0, 13.0, 0.05, 90.0});
+    strike(sound.mid, 3.0, {112.0, -0.5, 220.0, 0.5, 12.0, 0.05, 90.0});
     addNoise(sound, {.seed = 101,
                      .filters = {highPass(300.0), lowPass(2600.0)},
                      .decays = {{1.0, 0.5, 18.0}},
-                     .gain = 1.1,
+                     .gain = 0.9,
                      .sideGain = 0.1});
-    addClick(sound.mid, 2.2, 0.32);
+    addClick(sound.mid, 2.2, 0.24);
     return sound;
 }
 

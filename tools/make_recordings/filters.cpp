@@ -82,17 +82,6 @@ void filter(Signal& signal, const std::vector<FilterStage>& stages) {
     }
 }
 
-void blockOffset(Signal& signal, double cutoffHz) noexcept {
-    const double pole = std::exp(-2.0 * kPi * cutoffHz / kSampleRateHz);
-    double lastIn = 0.0;
-    double lastOut = 0.0;
-    for (double& sample : signal) {
-        lastOut = sample - lastIn + pole * lastOut;
-        lastIn = sample;
-        sample = lastOut;
-    }
-}
-
 void bandLimit(Signal& signal) {
     static const std::array<double, kTaps> taps = bandLimitTaps();
     Signal limited(signal.size());

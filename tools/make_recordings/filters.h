@@ -32,9 +32,6 @@ constexpr FilterStage bandPass(double hz, double q) noexcept {
 
 void filter(Signal& signal, const std::vector<FilterStage>& stages);
 
-// One-pole high-pass against offset. Its own tail is an exponential that dies.
-void blockOffset(Signal& signal, double cutoffHz) noexcept;
-
 // Linear-phase low-pass for every recording: the player halves the rate by dropping
 // every second frame, so nothing may be left above 24 kHz. Delays by
 // kBandLimitDelayFrames.

@@ -27,13 +27,13 @@ double peakOf(const Signal& signal) noexcept {
 // tanh makes third-order partials of what lies below 20 kHz; those that fold at this
 // rate land above 36 kHz, where the band limit removes them. Only the mid goes
 // through: the side is too small to bend anything.
-void softClip(Signal& signal, double drive) noexcept {
+void softClip(Signal& signal, double drive, double bias) noexcept {
     const double peak = peakOf(signal);
     if (drive <= 0.0 || peak <= 0.0) {
         return;
     }
     for (double& sample : signal) {
-        sample = peak / drive * std::tanh(drive * sample / peak);
+        sample = peak / drive * (std::tanh(drive * sample / peak + bias) - std::tanh(bias));
     }
 }
 
@@ -61,9 +61,9 @@ std::int32_t quantised(double sample, Noise& dither) noexcept {
 } // namespace
 
 std::vector<std::int32_t> finish(Sound sound, const Finish& how, std::size_t frames) {
-    softClip(sound.mid, how.clipDrive);
+    softClip(sound.mid, how.clipDrive, how.clipBias);
     for (Signal* channel : {&sound.mid, &sound.side}) {
-        blockOffset(*channel, how.offsetBlockHz);
+        filter(*channel, {highPass(how.lowCutHz)});
         bandLimit(*channel);
         fade(*channel, framesIn(how.endFadeMs));
     }

@@ -4,6 +4,7 @@
 #include "struck_resonator.h"
 #include "voices.h"
 
+#include <algorithm>
 #include <array>
 
 namespace recordings {
@@ -33,29 +34,58 @@ constexpr std::array<Hand, 2> kTwoHands = {{
     {0.0, 1.0, 1.0, -0.05}, {-1.3, 0.988, 0.95, 0.05}, // the weaker hand
 }};
 
+// Modes of the heads: gain and decay as factors on the drum's. The 0,1 mode of two
+// heads coupled by the air between them splits into a pair (Rossing, Bork, Zhao and
+// Fystrom, JASA 92, 1992); a blow off the centre wakes two more for a moment.
+constexpr auto kHeads = std::to_array<Mode>({
+    {187.0, 1.00, 1.00, 0.09, 12.0},
+    {332.0, 0.75, 0.70, 0.06, 10.0},
+    {283.0, 0.22, 0.40, 0.06, 10.0},
+    {418.0, 0.20, 0.35, 0.06, 10.0},
+});
+
+// The lower head throws the wires off and catches them again in each of its periods
+// (Bilbao, JASA 131, 2012): their noise follows the body for as long as it moves.
+void rattle(Sound& wires, const Signal& body) {
+    constexpr double kDepth = 0.7;
+    double peak = 0.0;
+    for (const double sample : body) {
+        peak = std::max(peak, std::abs(sample));
+    }
+    for (std::size_t frame = 0; frame < body.size(); ++frame) {
+        const double contact = 1.0 - kDepth * body[frame] / peak;
+        wires.mid[frame] *= contact;
+        wires.side[frame] *= contact;
+    }
+}
+
 // Uses two noise seeds: seed and the one after it.
 Sound hit(const SnareDrum& drum, const Hand& hand, std::uint64_t seed, std::size_t frames) {
     constexpr double kStickMs = 1.2;
     constexpr double kWireSide = 0.27; // the wires are as wide as the drum
 
-    Sound sound(frames);
-    // The 0,1 mode of two heads coupled by the air between them splits into a pair.
-    strike(sound.mid, kStickMs, {187.0 * hand.pitch, drum.bodyGain, drum.bodyT60Ms, 0.09, 12.0});
-    strike(sound.mid, kStickMs,
-           {332.0 * hand.pitch, 0.75 * drum.bodyGain, 0.7 * drum.bodyT60Ms, 0.06, 10.0});
-    addNoise(sound,
+    Sound body(frames);
+    for (const Mode& mode : kHeads) {
+        strike(body.mid, kStickMs,
+               {mode.hz * hand.pitch, mode.gain * drum.bodyGain, mode.t60Ms * drum.bodyT60Ms,
+                mode.glide, mode.glideTauMs});
+    }
+    Sound wires(frames);
+    addNoise(wires,
              {.seed = seed,
               .filters = {highPass(3200.0 * hand.brightness), lowPass(11000.0 * hand.brightness)},
               .decays = {{0.62, 0.8, drum.rattleT60Ms[0]}, {0.38, 2.0, drum.rattleT60Ms[1]}},
               .gain = 1.3 * drum.wireGain,
               .sideGain = kWireSide});
-    addNoise(sound, {.seed = seed + 1,
+    addNoise(wires, {.seed = seed + 1,
                      .filters = {bandPass(1900.0 * hand.brightness, 0.8), highPass(700.0)},
                      .decays = {{1.0, 1.5, drum.buzzT60Ms}},
                      .gain = 0.85 * drum.wireGain,
                      .sideGain = kWireSide});
-    addScaled(sound.side, sound.mid, hand.lean);
-    return sound;
+    rattle(wires, body.mid);
+    addScaled(wires, body, 1.0);
+    addScaled(wires.side, wires.mid, hand.lean);
+    return wires;
 }
 
 // The roll swells in, holds, and leaves without an accent: an accent would miss the

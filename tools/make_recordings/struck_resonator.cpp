@@ -30,17 +30,21 @@ void strike(Signal& target, double contactMs, const Mode& mode) {
 
     const Signal pulse = blow(contactMs);
     const double radius = std::exp(-kTimeConstantsPerT60 * 1000.0 / (mode.t60Ms * kSampleRateHz));
-    const double glideFall = std::exp(-1000.0 / (mode.glideTauMs * kSampleRateHz));
+    const auto fallOf = [](double tauMs) { return std::exp(-1000.0 / (tauMs * kSampleRateHz)); };
+    const double glideFall = fallOf(mode.glideTauMs);
+    const double sighFall = fallOf(mode.sighTauMs);
     const double step = 2.0 * kPi * mode.hz / kSampleRateHz;
 
     std::complex<double> turn = std::polar(radius, step);
     std::complex<double> state = 0.0;
     double glide = mode.glide;
+    double sigh = mode.sigh;
     double level = std::abs(mode.gain);
     for (std::size_t frame = 0; frame < target.size() && level > kRungOut; ++frame) {
-        if (glide > kGlideOver) {
-            turn = std::polar(radius, step * (1.0 + glide));
+        if (glide + sigh > kGlideOver) {
+            turn = std::polar(radius, step * (1.0 + glide + sigh));
             glide *= glideFall;
+            sigh *= sighFall;
         }
         // Written out: the library's product also looks for infinities.
         state = {state.real() * turn.real() - state.imag() * turn.imag(),

@@ -6,13 +6,15 @@ namespace recordings {
 
 // One mode of a struck body: a resonator that rings at hz and falls 60 dB in t60Ms.
 // While the skin or the circuit is still under strain it rings higher:
-// hz * (1 + glide * exp(-t / glideTauMs)).
+// hz * (1 + glide * exp(-t / glideTauMs) + sigh * exp(-t / sighTauMs)).
 struct Mode {
     double hz;
     double gain; // before the low-pass that the contact time is
     double t60Ms;
     double glide = 0.0;
     double glideTauMs = 10.0;
+    double sigh = 0.0; // a second, slow glide
+    double sighTauMs = 100.0;
 };
 
 // Adds the mode's answer to a raised-cosine blow of contactMs and unit area. The
