@@ -81,6 +81,7 @@ class Player:
         environment = dict(os.environ, **(variables or {}))
         if overrides:
             environment["WINEDLLOVERRIDES"] = overrides + ";" + environment["WINEDLLOVERRIDES"]
+        self.dpi = 96                           # of the display; whoever plays on a finer one says so
         self.controls = read_controls()
         self.turned = {name: 0 for name in self.controls if name.startswith("slider_")}
         self.process = subprocess.Popen(["wine64", str(program)], cwd=folder, env=environment,
@@ -99,10 +100,15 @@ class Player:
         found = xdotool("search", "--onlyvisible", "--name", "^Percussomatic$").split()
         return found[0] if found else None
 
+    @staticmethod
+    def geometry(window):
+        """Left, top, width and height of a window of the display."""
+        lines = dict(line.split("=") for line in xdotool("getwindowgeometry", "--shell", window).splitlines())
+        return tuple(int(lines[k]) for k in ("X", "Y", "WIDTH", "HEIGHT"))
+
     def place(self):
         """Looks up where the window lies now."""
-        geometry = dict(line.split("=") for line in xdotool("getwindowgeometry", "--shell", self.window).splitlines())
-        self.x, self.y, self.width, self.height = (int(geometry[k]) for k in ("X", "Y", "WIDTH", "HEIGHT"))
+        self.x, self.y, self.width, self.height = self.geometry(self.window)
         self.scale = min(self.width / PANEL_WIDTH, self.height / PANEL_HEIGHT)
 
     def point(self, name):
@@ -118,19 +124,27 @@ class Player:
         return (self.x + scaled(x + w * (1 - part) / 2), self.y + scaled(y + h * (1 - part) / 2),
                 max(1, scaled(w * part)), max(1, scaled(h * part)))
 
+    def on_screen(self, pixels):
+        """So many written pixels on a display of this fineness."""
+        return (pixels * self.dpi + 48) // 96
+
     def regions(self):
         """name: (left, top, right, bottom) of the strip's boxes and the card dialog, in pixels of the window."""
-        w, h = self.width, self.height
+        w, h, px = self.width, self.height, self.on_screen
         dw, dh = int(w * 0.72), int(h * 0.86)
         left, top = (w - dw) // 2, (h - dh) // 2
         right, bottom, middle = left + dw, top + dh, top + dh // 2
-        buttons = left + (dw - 296) // 2
-        return {"INFO": (64, 12, 142, 40), "BPM": (442, 12, 542, 40), "CARDS": (w - 142, 12, w - 64, 40),
-                "MIDI": (w - 232, 12, w - 154, 40), "EFFECTS": (w - 322, 12, w - 244, 40),
+        from_left = lambda x0, x1: (px(x0), px(12), px(x1), px(40))
+        from_right = lambda x0, x1: (w - px(x0), px(12), w - px(x1), px(40))
+        turner = lambda x0, x1: (x0, middle - px(27), x1, middle + px(27))
+        buttons = left + (dw - px(296)) // 2
+        button = lambda x0, x1: (buttons + px(x0), bottom - px(42), buttons + px(x1), bottom - px(12))
+        return {"INFO": from_left(64, 142), "BPM": from_left(442, 542),
+                "CARDS": from_right(142, 64), "MIDI": from_right(232, 154), "EFFECTS": from_right(322, 244),
                 "dialog": (left, top, right, bottom),
-                "previous": (left + 22, middle - 27, left + 76, middle + 27), "next": (right - 76, middle - 27, right - 22, middle + 27),
-                "TITLE": (buttons, bottom - 42, buttons + 92, bottom - 12), "SAVE": (buttons + 102, bottom - 42, buttons + 194, bottom - 12),
-                "LOAD": (buttons + 204, bottom - 42, buttons + 296, bottom - 12), "CANCEL": (right - 104, top + 10, right - 16, top + 38)}
+                "previous": turner(left + px(22), left + px(76)), "next": turner(right - px(76), right - px(22)),
+                "TITLE": button(0, 92), "SAVE": button(102, 194), "LOAD": button(204, 296),
+                "CANCEL": (right - px(104), top + px(10), right - px(16), top + px(38))}
 
     def click_at(self, x, y):
         """A click on a pixel of the window."""

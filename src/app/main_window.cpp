@@ -1,5 +1,7 @@
 #include "app/main_window.h"
 
+#include "app/about_window.h"
+#include "audio/effects_window.h"
 #include "audio/wave_out.h"
 #include "cards/card_panel.h"
 #include "cards/title_dialog.h"
@@ -14,6 +16,8 @@
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
 #include "sequencer/system.h"
+#include "sequencer/tempo_dialog.h"
+#include "sequencer/transport.h"
 #include "ui/layout_scale.h"
 #include "ui/panel_rendering.h"
 
@@ -111,6 +115,18 @@ void askTitle(HWND window) {
     }
 }
 
+void askTempo(HWND window) {
+    if (sequencer().externalSync) {
+        MessageBoxW(window, L"Tempo is currently controlled by external MIDI Clock.", L"Set Tempo",
+                    MB_OK | MB_ICONINFORMATION);
+        return;
+    }
+    double bpm = 0.0;
+    if (runTempoDialog(window, sequencer().bpm, bpm)) {
+        setTempoBpm(bpm);
+    }
+}
+
 // False when nothing of the strip or the card dialog lies under the point.
 bool pressStripOrDialog(HWND window, PixelPoint point) {
     switch (panelCommandAt(point, cardPanelRects(clientSize(window)))) {
@@ -140,10 +156,16 @@ bool pressStripOrDialog(HWND window, PixelPoint point) {
     case PanelCommand::midi:
         showMidiDeviceWindow(window);
         break;
-    case PanelCommand::swallowed:
     case PanelCommand::info:
+        showAboutWindow(window);
+        break;
     case PanelCommand::tempo:
+        askTempo(window);
+        break;
     case PanelCommand::effects:
+        showEffectsWindow(window);
+        break;
+    case PanelCommand::swallowed:
         break;
     }
     return true;
@@ -247,6 +269,7 @@ void midiNotify(WPARAM wParam, LPARAM lParam) {
 
 void shutDown(HWND window) {
     setMainWindow(nullptr);
+    destroyAboutWindow();
     clockStop();
     KillTimer(window, static_cast<UINT_PTR>(WindowTimer::powerOff));
     closeMidiInput(midiInputContext());

@@ -11,12 +11,12 @@
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
 #include "sequencer/transport.h"
+#include "ui/display_scale.h"
 #include "ui/images.h"
 #include "ui/layout_scale.h"
 #include "ui/panel_rendering.h"
 
-#include <memory>
-#include <type_traits>
+#include <future>
 
 namespace percussomatic {
 
@@ -36,10 +36,7 @@ private:
     ULONG_PTR token_ = 0;
 };
 
-struct ReleaseIcon {
-    void operator()(HICON icon) const noexcept { DestroyIcon(icon); }
-};
-using Icon = std::unique_ptr<std::remove_pointer_t<HICON>, ReleaseIcon>;
+using Icon = Owned<HICON, DestroyIcon>;
 
 // The panel's pictures and background, which must be gone before GDI+ is.
 struct PanelPictures {
@@ -51,6 +48,13 @@ struct PanelPictures {
         releasePanelImages();
     }
 };
+
+int systemDpi() {
+    HDC screen = GetDC(nullptr);
+    const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
+    ReleaseDC(nullptr, screen);
+    return dpi;
+}
 
 LayoutSize windowSizeAt(double scale) {
     return initialWindowSize(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), scale);
@@ -101,6 +105,7 @@ void runMessageLoop() {
 } // namespace
 
 int runPercussomatic(HINSTANCE instance) {
+    displayDpi() = systemDpi();
     const GdiplusSession gdiplus;
     const Icon large(createAppIcon(GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON)));
     const Icon small(createAppIcon(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON)));
@@ -113,10 +118,13 @@ int runPercussomatic(HINSTANCE instance) {
 
     const PanelPictures pictures;
     const LayoutSize largest = windowSizeAt(1.0);
-    loadPanelImages(viewScale(largest.width, largest.height));
+    // Decoding takes longest; until the window needs the pictures it runs beside the rest.
+    std::future<void> decoding =
+        std::async(std::launch::async, loadPanelImages, viewScale(largest.width, largest.height));
     resetCardPanel();
     loadCards();
     startSound();
+    decoding.get();
 
     const HWND window = createWindow(instance);
     if (window == nullptr) {

@@ -3,16 +3,37 @@
 #include "audio/sound_engine.h"
 
 #include <algorithm>
-#include <array>
 
 namespace percussomatic {
 
 namespace {
 
+struct EffectCharacter {
+    std::int32_t enginePreset;
+    EffectCaptions captions;
+};
+
 // The engine's presets 2 and 3 are not offered.
-constexpr std::array<std::int32_t, 4> kEnginePresets{0, 1, 4, 5};
+constexpr std::array<EffectCharacter, 4> kCharacters{{
+    {0,
+     {{L"Return", L"Room Size", L"Damping", L"Stereo Width", L"Pre-Delay"},
+      L"A small, controlled ambience for bass drum, snare and percussion."}},
+    {1,
+     {{L"Return", L"Room Size", L"Warm Tone", L"Stereo Width", L"Pre-Delay"},
+      L"A warm and smooth room designed for vintage electronic drums."}},
+    {4,
+     {{L"Return", L"Hall Size", L"Damping", L"Stereo Width", L"Pre-Delay"},
+      L"A large hall with a long tail and an open stereo image."}},
+    {5,
+     {{L"Return", L"Reverb Tail", L"Vintage Tone", L"Stereo Spread", L"Pre-Delay"},
+      L"A dark, enveloping tail for organs and vintage electronic instruments."}},
+}};
 
 EffectChoice theChoice;
+
+const EffectCharacter& chosenCharacter() noexcept {
+    return kCharacters[static_cast<std::size_t>(theChoice.selectedPreset)];
+}
 
 } // namespace
 
@@ -20,14 +41,13 @@ EffectChoice& effectChoice() noexcept {
     return theChoice;
 }
 
-void resetEffectChoice() noexcept {
-    theChoice = {};
-}
-
 void selectPreset(std::int32_t preset) {
     theChoice.selectedPreset = std::clamp(preset, 0, 3);
-    soundEngine().setEffectPreset(
-        kEnginePresets[static_cast<std::size_t>(theChoice.selectedPreset)]);
+    soundEngine().setEffectPreset(chosenCharacter().enginePreset);
+}
+
+const EffectCaptions& effectCaptions() noexcept {
+    return chosenCharacter().captions;
 }
 
 } // namespace percussomatic

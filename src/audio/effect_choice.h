@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace percussomatic {
@@ -13,8 +15,21 @@ struct EffectChoice {
 };
 
 EffectChoice& effectChoice() noexcept;
-void resetEffectChoice() noexcept; // leaves the engine alone
 
 void selectPreset(std::int32_t preset); // 0..3, clamped; sets the engine's preset too
+
+// What the effects window says about the chosen character. A parameter's name follows the
+// character, what it does in the engine does not.
+struct EffectCaptions {
+    // Return, room size, damping, width and pre-delay.
+    std::array<const wchar_t*, 5> parameters;
+    const wchar_t* description;
+};
+
+const EffectCaptions& effectCaptions() noexcept;
+
+// Shows the engine's settings and the choice in the effects window: implemented there, and recorded
+// by the native tests.
+void refreshFromEngine();
 
 } // namespace percussomatic

@@ -1,5 +1,7 @@
 #include "audio/plate_reverb.h"
 
+#include "audio/lanes.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -17,6 +19,7 @@ constexpr double kPreDelayLineSeconds = 0.21; // a little more than the longest 
 constexpr std::size_t kMinPreDelayFrames = 8;
 constexpr float kAllpassFeedback = 0.5f;
 constexpr float kFlushBelow = 1e-30f; // far below hearing, far above the denormals
+constexpr std::size_t kStretchFrames = 512;
 
 float flushed(float value) noexcept {
     return std::fabs(value) < kFlushBelow ? 0.0f : value;
@@ -26,9 +29,86 @@ std::size_t wrapped(std::size_t index, std::size_t length) noexcept {
     return index == length ? 0 : index;
 }
 
+constexpr std::size_t wholeFours(std::size_t frames) noexcept {
+    return frames / kLanes * kLanes;
+}
+
 std::size_t lineFrames(std::int64_t rateHz, std::int64_t tuningFrames) {
     return static_cast<std::size_t>(
         std::max<std::int64_t>(rateHz * tuningFrames / kTuningRateHz, 1));
+}
+
+// Four combs side by side, a lane each.
+struct FourCombs {
+    float* lines[kLanes]; // each at its index
+    Lanes filterStore;
+};
+
+struct CombSettings {
+    Lanes open; // 1 - damp
+    Lanes damp;
+    Lanes feedback;
+};
+
+FourCombs besideEachOther(CombFilter* combs) noexcept {
+    FourCombs four{};
+    float stores[kLanes];
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        four.lines[i] = combs[i].buffer.data() + combs[i].index;
+        stores[i] = combs[i].filterStore;
+    }
+    four.filterStore = load(stores);
+    return four;
+}
+
+void putBack(const FourCombs& four, CombFilter* combs, std::size_t frames) noexcept {
+    float stores[kLanes];
+    store(stores, four.filterStore);
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        combs[i].filterStore = stores[i];
+        combs[i].index = wrapped(combs[i].index + frames, combs[i].buffer.size());
+    }
+}
+
+// Four ticks of each comb. The lines lie in rows of frames; the low-passes, which recur
+// from frame to frame but know nothing of each other, are computed in columns. Unrolled,
+// because only then do the rows stay in registers.
+inline Lanes tickFourTimes(FourCombs& combs, std::size_t frame, const CombSettings& settings,
+                           Lanes input, Lanes sum) noexcept {
+    const Lanes limit = allLanes(kFlushBelow);
+    Lanes rows[kLanes];
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        const Lanes output = load(combs.lines[i] + frame);
+        sum = sum + output;
+        rows[i] = output * settings.open;
+    }
+    transpose(rows);
+#pragma GCC unroll 4
+    for (Lanes& column : rows) {
+        column = flushedBelow(limit, column + combs.filterStore * settings.damp);
+        combs.filterStore = column;
+    }
+    transpose(rows);
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        store(combs.lines[i] + frame, flushedBelow(limit, input + rows[i] * settings.feedback));
+    }
+    return sum;
+}
+
+// All stages of a channel over a multiple of four frames in which no line wraps.
+void runEightCombs(CombFilter* combs, const CombSettings& settings, const float* input, float* sum,
+                   std::size_t frames) noexcept {
+    FourCombs low = besideEachOther(combs);
+    FourCombs high = besideEachOther(combs + kLanes);
+    for (std::size_t frame = 0; frame < frames; frame += kLanes) {
+        const Lanes in = load(input + frame);
+        const Lanes half = tickFourTimes(low, frame, settings, in, allLanes(0.0f));
+        store(sum + frame, tickFourTimes(high, frame, settings, in, half));
+    }
+    putBack(low, combs, frames);
+    putBack(high, combs + kLanes, frames);
 }
 
 } // namespace
@@ -52,6 +132,28 @@ float AllpassFilter::tick(float input) noexcept {
     buffer[index] = flushed(delayed * kAllpassFeedback + input);
     index = wrapped(index + 1, buffer.size());
     return delayed - input;
+}
+
+void AllpassFilter::run(float* signal, std::size_t frames) noexcept {
+    const Lanes half = allLanes(kAllpassFeedback);
+    const Lanes limit = allLanes(kFlushBelow);
+    std::size_t frame = 0;
+    while (frame < frames) {
+        const std::size_t fours = wholeFours(std::min(frames - frame, buffer.size() - index));
+        float* const line = buffer.data() + index;
+        for (std::size_t i = 0; i < fours; i += kLanes) {
+            const Lanes input = load(signal + frame + i);
+            const Lanes delayed = load(line + i);
+            store(line + i, flushedBelow(limit, delayed * half + input));
+            store(signal + frame + i, delayed - input);
+        }
+        index = wrapped(index + fours, buffer.size());
+        frame += fours;
+        if (frame < frames) { // fewer than four before the line wraps or the signal ends
+            signal[frame] = tick(signal[frame]);
+            ++frame;
+        }
+    }
 }
 
 void Plate70Reverb::prepare(double sampleRateHz) {
@@ -96,35 +198,98 @@ void Plate70Reverb::reset() noexcept {
 }
 
 StereoFrame Plate70Reverb::process(float left, float right) noexcept {
-    if (!preDelayLeft.empty()) {
-        const std::size_t length = preDelayLeft.size();
-        const float wanted = static_cast<float>(sampleRate) * preDelayMs * 0.001f;
-        const float delay = wanted > 0.0f ? std::min(wanted, static_cast<float>(length - 1)) : 0.0f;
-        const auto delayFrames = static_cast<std::size_t>(delay);
-        const std::size_t read = (preDelayWrite + length - delayFrames) % length;
+    StereoFrame frame;
+    processBlock(&left, &right, &frame.left, &frame.right, 1);
+    return frame;
+}
+
+void Plate70Reverb::processBlock(const float* inLeft, const float* inRight, float* outLeft,
+                                 float* outRight, std::size_t frames) noexcept {
+    const std::array<float*, 2> outputs{outLeft, outRight};
+    for (std::size_t done = 0; done < frames; done += kStretchFrames) {
+        float mono[kStretchFrames];
+        const std::size_t stretch = std::min(frames - done, kStretchFrames);
+        preDelayToMono(inLeft + done, inRight + done, mono, stretch);
+        for (std::size_t channel = 0; channel < 2; ++channel) {
+            float* const signal = outputs[channel] + done;
+            runCombs(combs[channel], mono, signal, stretch);
+            for (AllpassFilter& allpass : allpasses[channel]) {
+                allpass.run(signal, stretch);
+            }
+        }
+        crossFeed(outLeft + done, outRight + done, stretch);
+    }
+}
+
+void Plate70Reverb::crossFeed(float* left, float* right, std::size_t frames) const noexcept {
+    const std::size_t fours = wholeFours(frames);
+    const Lanes own = allLanes(wet1);
+    const Lanes other = allLanes(wet2);
+    for (std::size_t frame = 0; frame < fours; frame += kLanes) {
+        const Lanes l = load(left + frame);
+        const Lanes r = load(right + frame);
+        store(left + frame, own * l + other * r);
+        store(right + frame, other * l + own * r);
+    }
+    for (std::size_t frame = fours; frame < frames; ++frame) {
+        const float l = left[frame];
+        const float r = right[frame];
+        left[frame] = wet1 * l + wet2 * r;
+        right[frame] = wet2 * l + wet1 * r;
+    }
+}
+
+void Plate70Reverb::preDelayToMono(const float* left, const float* right, float* mono,
+                                   std::size_t frames) noexcept {
+    const float gainOfMono = inputGain;
+    const float gainOfCombs = fixedGain;
+    const std::size_t length = preDelayLeft.size();
+    if (length == 0) {
+        for (std::size_t frame = 0; frame < frames; ++frame) {
+            mono[frame] = (left[frame] + right[frame]) * gainOfMono * gainOfCombs;
+        }
+        return;
+    }
+    const float wanted = static_cast<float>(sampleRate) * preDelayMs * 0.001f;
+    const float delay = wanted > 0.0f ? std::min(wanted, static_cast<float>(length - 1)) : 0.0f;
+    float* const leftLine = preDelayLeft.data();
+    float* const rightLine = preDelayRight.data();
+    std::size_t write = preDelayWrite;
+    std::size_t read = (write + length - static_cast<std::size_t>(delay)) % length;
+    for (std::size_t frame = 0; frame < frames; ++frame) {
         // Reading comes before writing on purpose: a delay of 0 yields the frame of a
         // whole line ago, not the current one.
-        const StereoFrame delayed{preDelayLeft[read], preDelayRight[read]};
-        preDelayLeft[preDelayWrite] = left;
-        preDelayRight[preDelayWrite] = right;
-        preDelayWrite = wrapped(preDelayWrite + 1, length);
-        left = delayed.left;
-        right = delayed.right;
+        mono[frame] = (leftLine[read] + rightLine[read]) * gainOfMono * gainOfCombs;
+        leftLine[write] = left[frame];
+        rightLine[write] = right[frame];
+        read = wrapped(read + 1, length);
+        write = wrapped(write + 1, length);
     }
+    preDelayWrite = write;
+}
 
-    const float input = (left + right) * inputGain * fixedGain;
-    std::array<float, 2> output{};
-    for (std::size_t channel = 0; channel < 2; ++channel) {
-        float sum = 0.0f;
-        for (CombFilter& comb : combs[channel]) {
-            sum += comb.tick(input, damp1, feedback);
+// A line yields nothing that was written since it last wrapped, so all that is read up to
+// the next wrap is known beforehand.
+void Plate70Reverb::runCombs(std::array<CombFilter, 8>& channel, const float* input, float* sum,
+                             std::size_t frames) const noexcept {
+    const CombSettings settings{allLanes(1.0f - damp1), allLanes(damp1), allLanes(feedback)};
+    std::size_t frame = 0;
+    while (frame < frames) {
+        std::size_t reach = frames - frame;
+        for (const CombFilter& comb : channel) {
+            reach = std::min(reach, comb.buffer.size() - comb.index);
         }
-        for (AllpassFilter& allpass : allpasses[channel]) {
-            sum = allpass.tick(sum);
+        reach = wholeFours(reach);
+        runEightCombs(channel.data(), settings, input + frame, sum + frame, reach);
+        frame += reach;
+        if (frame < frames) { // fewer than four before a line wraps or the block ends
+            float total = 0.0f;
+            for (CombFilter& comb : channel) {
+                total += comb.tick(input[frame], damp1, feedback);
+            }
+            sum[frame++] = total;
         }
-        output[channel] = sum;
     }
-    return {wet1 * output[0] + wet2 * output[1], wet2 * output[0] + wet1 * output[1]};
 }
 
 void Plate70Reverb::setWet(float amount) noexcept {

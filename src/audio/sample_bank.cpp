@@ -135,6 +135,7 @@ std::optional<Sample> parseWave(std::span<const std::byte> bytes) {
     } else if (layout->bits == 32) {
         decodeFrames(*layout, valueBytes, sample, decodeInt32);
     }
+    sample.finite = true;
     return sample;
 }
 

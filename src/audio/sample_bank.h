@@ -14,6 +14,10 @@ struct Sample {
     std::uint32_t sampleRate = 0; // Hz as found in the file; the mixer resamples
     std::vector<float> left;      // nominally -1..1
     std::vector<float> right;
+
+    // No value is infinite or NaN, as after parseWave(): the mixer may leave out what only
+    // such values would show.
+    bool finite = false;
 };
 
 // Recordings in load order. They are only ever appended, so that an index stays

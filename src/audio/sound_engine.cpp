@@ -1,19 +1,30 @@
 #include "audio/sound_engine.h"
 
+#include "audio/lanes.h"
+
 #include <algorithm>
 #include <cfloat>
-#include <cmath>
+#include <optional>
 #include <utility>
 
 namespace percussomatic {
+
+using lumivarda::dsp::allLanes;
+using lumivarda::dsp::kLanes;
+using lumivarda::dsp::Lanes;
+using lumivarda::dsp::load;
+using lumivarda::dsp::store;
+using lumivarda::dsp::storePcm;
 
 // The same bits everywhere need every intermediate result rounded to its own type.
 static_assert(FLT_EVAL_METHOD == 0);
 
 namespace {
 
-constexpr std::size_t kBusFrames = 512;
 constexpr float kPcmScale = 32767.0f;
+// Reading for the voice after the next starts while this one is mixed: far enough ahead
+// for memory to answer, near enough for the first cache to hold it until then.
+constexpr std::size_t kVoicesAhead = 2;
 constexpr float kMaxPreDelayMs = 200.0f;
 
 struct EffectPreset {
@@ -42,26 +53,13 @@ float clampUnit(float value) noexcept {
     return clampFromZero(value, 1.0f);
 }
 
-// The scale is symmetric: -32768 is never written. A NaN, which only an infinite
-// gain can make, is silence.
-std::int16_t toPcm(float value) noexcept {
-    if (std::isnan(value)) {
-        return 0;
-    }
-    return static_cast<std::int16_t>(std::clamp(value, -1.0f, 1.0f) * kPcmScale);
+void addFour(float* bus, Lanes values) noexcept {
+    store(bus, load(bus) + values);
 }
 
 SoundEngine theEngine;
 
 } // namespace
-
-// One stretch of the mix before conversion.
-struct SoundEngine::MixBus {
-    std::array<float, kBusFrames> left{};
-    std::array<float, kBusFrames> right{};
-    std::array<float, kBusFrames> sendLeft{};
-    std::array<float, kBusFrames> sendRight{};
-};
 
 void SoundEngine::trigger(std::int32_t sampleIndex, float gain) {
     if (outputMuted.load() != 0) {
@@ -248,70 +246,66 @@ void SoundEngine::mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexce
     while (frames > 0) {
         const std::uint32_t stretch = std::min<std::uint32_t>(frames, kBusFrames);
         MixBus bus;
-        for (Voice& voice : voices) {
-            if (voice.active && voice.sampleIndex >= 0) {
-                mixVoiceLocked(voice, bus, stretch);
-            }
+        const bool anyVoice = mixVoicesLocked(bus, stretch);
+        if (effectEnabled) {
+            addTailLocked(bus, stretch);
         }
-        for (std::size_t frame = 0; frame < stretch; ++frame) {
-            float left = bus.left[frame];
-            float right = bus.right[frame];
-            if (effectEnabled) {
-                // Also when no voice plays, so that the tail rings out.
-                const auto tail = reverb.process(bus.sendLeft[frame], bus.sendRight[frame]);
-                left += effectReturn * tail.left;
-                right += effectReturn * tail.right;
+        if (anyVoice || effectEnabled) {
+            const Lanes volume = allLanes(masterVolume);
+            for (std::size_t frame = 0; frame < stretch; frame += kLanes) {
+                storePcm(out + 2 * frame, load(bus.left + frame) * volume,
+                         load(bus.right + frame) * volume, kPcmScale,
+                         std::min(kLanes, stretch - frame));
             }
-            *out++ = toPcm(left * masterVolume);
-            *out++ = toPcm(right * masterVolume);
+        } else {
+            std::fill_n(out, std::size_t{stretch} * 2, std::int16_t{0});
         }
+        out += std::size_t{stretch} * 2;
         frames -= stretch;
     }
 }
 
-void SoundEngine::mixVoiceLocked(Voice& voice, MixBus& bus, std::size_t frames) const noexcept {
-    const auto sampleIndex = static_cast<std::size_t>(voice.sampleIndex);
-    const Sample& sample = samples[sampleIndex];
-    const float* const leftPlane = sample.left.data();
-    const float* const rightPlane = sample.right.data();
-    // Signed, because processors convert doubles to and from signed integers faster.
-    const auto length = static_cast<std::int64_t>(sample.left.size());
-    const double increment =
-        static_cast<double>(sample.sampleRate) / static_cast<double>(sampleRate);
-    const bool sending = effectEnabled && sampleIndex < kSendCount;
-    const float sendGain = sending ? sends[sampleIndex] * voice.gain : 0.0f;
-    const std::uint64_t minFrames = framesOfMsLocked(minPlayMs);
-    const std::uint64_t holdFrames = framesOfMsLocked(silenceHoldMs);
-
-    Voice playing = voice; // a local copy stays in registers
-    for (std::size_t frame = 0; frame < frames; ++frame) {
-        const auto i = static_cast<std::int64_t>(playing.position);
-        if (i >= length) {
-            playing.active = false;
-            break;
+// Clears the bus, unless nobody will read it, and says whether there was a voice to add.
+bool SoundEngine::mixVoicesLocked(MixBus& bus, std::size_t frames) noexcept {
+    std::array<Voice*, kVoiceCount> playing{};
+    std::size_t count = 0;
+    for (Voice& voice : voices) {
+        if (voice.active && voice.sampleIndex >= 0) {
+            playing[count++] = &voice;
         }
-        const auto fraction = static_cast<float>(playing.position - static_cast<double>(i));
-        const std::int64_t next = std::min(length - 1, i + 1);
-        const float left = leftPlane[i] + (leftPlane[next] - leftPlane[i]) * fraction;
-        const float right = rightPlane[i] + (rightPlane[next] - rightPlane[i]) * fraction;
-        bus.left[frame] += playing.gain * left;
-        bus.right[frame] += playing.gain * right;
-        if (sending) {
-            bus.sendLeft[frame] += sendGain * left;
-            bus.sendRight[frame] += sendGain * right;
-        }
-        if (autoStopEnabled) {
-            const bool silent = std::max(std::fabs(left), std::fabs(right)) <= silenceThreshold;
-            playing.silentFrames = silent ? playing.silentFrames + 1 : 0;
-            ++playing.playedFrames;
-            if (playing.playedFrames >= minFrames && playing.silentFrames >= holdFrames) {
-                playing.active = false;
-                break;
-            }
-        }
-        playing.position += increment;
     }
-    voice = playing;
+    if (count > 0 || effectEnabled) {
+        bus = {};
+    }
+    const MixSettings settings{.frames = frames,
+                               .sampleRate = sampleRate,
+                               .autoStop = autoStopEnabled,
+                               .silenceThreshold = silenceThreshold,
+                               .holdFrames = framesOfMsLocked(silenceHoldMs),
+                               .minFrames = framesOfMsLocked(minPlayMs)};
+    const auto sampleOf = [this](const Voice& voice) -> const Sample& {
+        return samples[static_cast<std::size_t>(voice.sampleIndex)];
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        Voice& voice = *playing[i];
+        const Voice& later = *playing[std::min(i + kVoicesAhead, count - 1)];
+        const auto index = static_cast<std::size_t>(voice.sampleIndex);
+        const bool sending = effectEnabled && index < kSendCount;
+        mixVoice(voice, sampleOf(voice),
+                 sending ? std::optional(sends[index] * voice.gain) : std::nullopt, settings,
+                 readAheadOf(later, sampleOf(later), sampleRate), bus);
+    }
+    return count > 0;
+}
+
+// Also when no voice plays, so that the tail rings out.
+void SoundEngine::addTailLocked(MixBus& bus, std::size_t frames) noexcept {
+    reverb.processBlock(bus.sendLeft, bus.sendRight, bus.sendLeft, bus.sendRight, frames);
+    const Lanes level = allLanes(effectReturn);
+    for (std::size_t frame = 0; frame < frames; frame += kLanes) {
+        addFour(bus.left + frame, level * load(bus.sendLeft + frame));
+        addFour(bus.right + frame, level * load(bus.sendRight + frame));
+    }
 }
 
 // At least one frame, so that a time of 0 ms still needs a frame to be heard.

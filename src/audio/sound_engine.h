@@ -2,6 +2,7 @@
 
 #include "audio/plate_reverb.h"
 #include "audio/sample_bank.h"
+#include "audio/voice_mixer.h"
 
 #include <array>
 #include <atomic>
@@ -15,15 +16,6 @@ constexpr std::uint32_t kDeviceRateHz = 48000;
 constexpr std::uint32_t kDeviceBufferFrames = 512; // 10.7 ms
 constexpr std::size_t kVoiceCount = 64;
 constexpr std::uint32_t kSendCount = 32; // the twelve instruments use 0..11
-
-struct Voice {
-    std::int32_t sampleIndex = -1; // into the bank, -1 for none
-    double position = 0.0;         // source frames
-    float gain = 1.0f;
-    bool active = false;
-    std::uint32_t silentFrames = 0; // in a row; counted while auto-stop is on
-    std::uint32_t playedFrames = 0; // since the trigger; counted while auto-stop is on
-};
 
 // The drum machine's sound: recordings, a pool of 64 voices, sends into one plate
 // reverb, and the mix to 16-bit stereo. Setters clamp (NaN counts as the lowest
@@ -106,9 +98,9 @@ struct SoundEngine {
     float effectExtra3 = 0.72f;
 
 private:
-    struct MixBus;
     void mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept;
-    void mixVoiceLocked(Voice& voice, MixBus& bus, std::size_t frames) const noexcept;
+    bool mixVoicesLocked(MixBus& bus, std::size_t frames) noexcept;
+    void addTailLocked(MixBus& bus, std::size_t frames) noexcept;
     void stopAllVoicesLocked() noexcept;
     std::uint64_t framesOfMsLocked(std::uint32_t ms) const noexcept;
 };

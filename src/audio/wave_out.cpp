@@ -98,7 +98,8 @@ bool WaveOut::queueBuffers() {
         if (waveOutPrepareHeader(device, &buffer.header, sizeof(WAVEHDR)) != MMSYSERR_NOERROR) {
             return false;
         }
-        fillAndWrite(buffer);
+        engine.renderBlock(buffer.samples.data(), kDeviceBufferFrames);
+        write(buffer);
         return true;
     });
 }
@@ -118,7 +119,9 @@ void WaveOut::refillReturned() noexcept {
     while (!closing) {
         OutputBuffer* buffer = returned_.pop();
         if (buffer != nullptr) {
-            fillAndWrite(*buffer);
+            engine.renderBlock(buffer->samples.data(), kDeviceBufferFrames);
+            countIfLate();
+            write(*buffer);
         } else {
             WaitForSingleObject(wake_, INFINITE);
         }
@@ -126,10 +129,17 @@ void WaveOut::refillReturned() noexcept {
 }
 
 // The result of the write is not looked at: a device that refuses a buffer has stopped for good.
-void WaveOut::fillAndWrite(OutputBuffer& buffer) noexcept {
-    engine.renderBlock(buffer.samples.data(), kDeviceBufferFrames);
+void WaveOut::write(OutputBuffer& buffer) const noexcept {
     buffer.withDevice = true;
     waveOutWrite(device, &buffer.header, sizeof(WAVEHDR));
+}
+
+// Before a write: with no buffer left at the device there is a gap in the sound.
+void WaveOut::countIfLate() noexcept {
+    if (std::none_of(buffers.begin(), buffers.end(),
+                     [](const OutputBuffer& buffer) { return buffer.withDevice.load(); })) {
+        ++lateBuffers;
+    }
 }
 
 void WaveOut::closeDevice() {

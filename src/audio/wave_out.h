@@ -65,6 +65,7 @@ struct WaveOut {
     SoundEngine& engine;
     HWAVEOUT device = nullptr; // written by the GUI thread while there is no refill thread
     std::array<OutputBuffer, kOutputBufferCount> buffers;
+    std::atomic<std::uint32_t> lateBuffers = 0; // since the start: the device had none left
     std::atomic<bool> closing = false; // completions are dropped; stays set until the next start
 
 private:
@@ -72,7 +73,8 @@ private:
     bool queueBuffers();
     bool startRefill() noexcept;
     void refillReturned() noexcept;
-    void fillAndWrite(OutputBuffer& buffer) noexcept;
+    void write(OutputBuffer& buffer) const noexcept;
+    void countIfLate() noexcept;
     void closeDevice();
 
     ReturnedBuffers returned_;

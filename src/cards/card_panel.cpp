@@ -1,5 +1,6 @@
 #include "cards/card_panel.h"
 
+#include "audio/effect_choice.h"
 #include "audio/sound_engine.h"
 #include "cards/card_file.h"
 #include "cards/card_settings.h"
@@ -331,6 +332,7 @@ void applyCard(const PunchCard& card) {
     applySwitches(card);
     setSequenceLength(card.sequenceLength);
     applyCardEffect(card);
+    refreshFromEngine();
     redrawEffectsBox();
     if (!sequencer().externalSync) {
         clockStart(mainWindow());

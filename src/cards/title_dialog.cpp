@@ -1,6 +1,8 @@
 #include "cards/title_dialog.h"
 
+#include "ui/display_scale.h"
 #include "ui/modal_loop.h"
+#include "ui/tool_window.h"
 
 #include <array>
 
@@ -21,32 +23,18 @@ struct TitleDialog {
     std::optional<std::wstring> entered;
 };
 
-struct ControlPlace {
-    const wchar_t* windowClass;
-    const wchar_t* text;
-    DWORD style, extendedStyle;
-    int x, y, width, height, id;
-};
-
 constexpr ControlPlace kControls[] = {
-    {L"STATIC", L"Punch Card title:", 0, 0, 18, 18, 330, 22, 0},
-    {L"EDIT", L"", WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE, 18, 46, 360, 28, kEditId},
-    {L"BUTTON", L"OK", WS_TABSTOP | BS_DEFPUSHBUTTON, 0, 98, 92, 92, 30, kOkId},
-    {L"BUTTON", L"CANCEL", WS_TABSTOP | BS_PUSHBUTTON, 0, 208, 92, 92, 30, kCancelId},
+    {L"STATIC", L"Punch Card title:", 18, 18, 330, 22},
+    {L"EDIT", L"", 18, 46, 360, 28, kEditId, WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE},
+    {L"BUTTON", L"OK", 98, 92, 92, 30, kOkId, WS_TABSTOP | BS_DEFPUSHBUTTON},
+    {L"BUTTON", L"CANCEL", 208, 92, 92, 30, kCancelId, WS_TABSTOP | BS_PUSHBUTTON},
 };
 
 void createControls(HWND window, TitleDialog& dialog) {
     for (const ControlPlace& each : kControls) {
-        HWND control = CreateWindowExW(
-            each.extendedStyle, each.windowClass, each.text, WS_CHILD | WS_VISIBLE | each.style,
-            each.x, each.y, each.width, each.height, window,
-            reinterpret_cast<HMENU>(static_cast<INT_PTR>(each.id)), nullptr, nullptr);
-        SendMessageW(control, WM_SETFONT,
-                     reinterpret_cast<WPARAM>(GetStockObject(DEFAULT_GUI_FONT)), FALSE);
-        if (each.id == kEditId) {
-            dialog.edit = control;
-        }
+        addControl(window, each, controlFont());
     }
+    dialog.edit = GetDlgItem(window, kEditId);
     SendMessageW(dialog.edit, EM_SETLIMITTEXT, kLongestTyped, 0);
     SetWindowTextW(dialog.edit, dialog.title.c_str());
     SendMessageW(dialog.edit, EM_SETSEL, 0, -1);
@@ -98,29 +86,17 @@ LRESULT CALLBACK dialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     }
 }
 
-void registerDialogClass() {
-    static const bool registered = [] {
-        WNDCLASSW windowClass{};
-        windowClass.lpfnWndProc = dialogProc;
-        windowClass.hInstance = GetModuleHandleW(nullptr);
-        windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-        windowClass.hbrBackground = GetSysColorBrush(COLOR_WINDOW);
-        windowClass.lpszClassName = kClass;
-        return RegisterClassW(&windowClass) != 0;
-    }();
-    (void)registered;
-}
-
 } // namespace
 
 std::optional<std::wstring> askCardTitle(HWND owner, const std::wstring& title) {
-    registerDialogClass();
+    registerToolWindowClass(kClass, dialogProc, GetSysColorBrush(COLOR_WINDOW));
     TitleDialog dialog{.title = title, .edit = nullptr, .done = false, .entered = std::nullopt};
-    const POINT corner = centredOver(owner, kWidth, kHeight);
+    const int width = onScreen(kWidth), height = onScreen(kHeight);
+    const POINT corner = centredOver(owner, width, height);
     HWND window =
         CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_TOOLWINDOW, kClass, L"Punch Card Title",
-                        WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_VISIBLE, corner.x, corner.y, kWidth,
-                        kHeight, owner, nullptr, GetModuleHandleW(nullptr), &dialog);
+                        WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_VISIBLE, corner.x, corner.y, width,
+                        height, owner, nullptr, GetModuleHandleW(nullptr), &dialog);
     if (window == nullptr) {
         return std::nullopt;
     }

@@ -4,6 +4,8 @@
 #include "midi/midi_state.h"
 #include "midi/midi_system.h"
 #include "sequencer/system.h"
+#include "ui/display_scale.h"
+#include "ui/tool_window.h"
 
 namespace percussomatic {
 
@@ -25,52 +27,41 @@ enum ControlId : int {
     kRescanId = 1009,
 };
 
-struct ControlPlace {
-    const wchar_t* windowClass;
-    const wchar_t* text;
-    int x, y, width, height;
-    ControlId id;
-    DWORD style, extendedStyle;
-    HWND MidiInputContext::*keptAs;
+struct DeviceControl {
+    ControlPlace place;
+    HWND MidiInputContext::*keptAs = nullptr;
 };
 
-constexpr ControlPlace kControls[] = {
-    {L"STATIC", L"MIDI IN devices connected to the PC:", 18, 16, 410, 22, kNoId, 0, 0, nullptr},
-    {L"LISTBOX", L"", 18, 42, 420, 170, kListId, WS_VSCROLL | LBS_NOTIFY, WS_EX_CLIENTEDGE,
+constexpr DeviceControl kControls[] = {
+    {{L"STATIC", L"MIDI IN devices connected to the PC:", 18, 16, 410, 22}},
+    {{L"LISTBOX", L"", 18, 42, 420, 170, kListId, WS_VSCROLL | LBS_NOTIFY, WS_EX_CLIENTEDGE},
      &MidiInputContext::deviceList},
-    {L"BUTTON", L"CONNECT", 18, 224, 105, 30, kConnectId, 0, 0, nullptr},
-    {L"BUTTON", L"DISCONNECT", 131, 224, 112, 30, kDisconnectId, 0, 0, nullptr},
-    {L"BUTTON", L"RESCAN", 251, 224, 90, 30, kRescanId, 0, 0, nullptr},
-    {L"BUTTON", L"CLOSE", 349, 224, 89, 30, kCloseId, 0, 0, nullptr},
-    {L"STATIC", L"Connected to: No device", 18, 270, 420, 32, kNoId, 0, WS_EX_CLIENTEDGE,
+    {{L"BUTTON", L"CONNECT", 18, 224, 105, 30, kConnectId}},
+    {{L"BUTTON", L"DISCONNECT", 131, 224, 112, 30, kDisconnectId}},
+    {{L"BUTTON", L"RESCAN", 251, 224, 90, 30, kRescanId}},
+    {{L"BUTTON", L"CLOSE", 349, 224, 89, 30, kCloseId}},
+    {{L"STATIC", L"Connected to: No device", 18, 270, 420, 32, kNoId, 0, WS_EX_CLIENTEDGE},
      &MidiInputContext::connectionLine},
-    {L"BUTTON", L"LEARN", 18, 314, 120, 30, kLearnId, 0, 0, nullptr},
-    {L"BUTTON", L"CLEAR MAPPINGS", 148, 314, 180, 30, kClearId, 0, 0, nullptr},
-    {L"STATIC", nullptr, 18, 354, 420, 34, kNoId, 0, WS_EX_CLIENTEDGE, // text: the learn status
-     &MidiInputContext::learnLine},
-    {L"STATIC", L"SYNC MODE:", 18, 400, 100, 22, kNoId, 0, 0, nullptr},
-    {L"BUTTON", L"INTERNAL CLOCK", 120, 396, 145, 26, kInternalId, BS_AUTORADIOBUTTON | WS_GROUP, 0,
+    {{L"BUTTON", L"LEARN", 18, 314, 120, 30, kLearnId}},
+    {{L"BUTTON", L"CLEAR MAPPINGS", 148, 314, 180, 30, kClearId}},
+    {{L"STATIC", L"", 18, 354, 420, 34, kNoId, 0, WS_EX_CLIENTEDGE}, &MidiInputContext::learnLine},
+    {{L"STATIC", L"SYNC MODE:", 18, 400, 100, 22}},
+    {{L"BUTTON", L"INTERNAL CLOCK", 120, 396, 145, 26, kInternalId, BS_AUTORADIOBUTTON | WS_GROUP},
      &MidiInputContext::internalRadio},
-    {L"BUTTON", L"MIDI CLOCK", 275, 396, 130, 26, kMidiId, BS_AUTORADIOBUTTON, 0,
+    {{L"BUTTON", L"MIDI CLOCK", 275, 396, 130, 26, kMidiId, BS_AUTORADIOBUTTON},
      &MidiInputContext::midiRadio},
-    {L"STATIC", L"SYNC: INTERNAL", 18, 434, 420, 34, kNoId, 0, WS_EX_CLIENTEDGE,
+    {{L"STATIC", L"SYNC: INTERNAL", 18, 434, 420, 34, kNoId, 0, WS_EX_CLIENTEDGE},
      &MidiInputContext::syncLine},
 };
 
 void createControls(HWND window, MidiInputContext& context) {
-    for (const ControlPlace& each : kControls) {
-        const wchar_t* text =
-            each.text != nullptr ? each.text : midiState().learnStatusText.c_str();
-        HWND control = CreateWindowExW(
-            each.extendedStyle, each.windowClass, text, WS_CHILD | WS_VISIBLE | each.style, each.x,
-            each.y, each.width, each.height, window, reinterpret_cast<HMENU>(INT_PTR{each.id}),
-            GetModuleHandleW(nullptr), nullptr);
-        SendMessageW(control, WM_SETFONT,
-                     reinterpret_cast<WPARAM>(GetStockObject(DEFAULT_GUI_FONT)), FALSE);
+    for (const DeviceControl& each : kControls) {
+        HWND control = addControl(window, each.place, controlFont());
         if (each.keptAs != nullptr) {
             context.*each.keptAs = control;
         }
     }
+    SetWindowTextW(context.learnLine, midiState().learnStatusText.c_str());
     SendMessageW(context.internalRadio, BM_SETCHECK, BST_CHECKED, 0);
 }
 
@@ -136,7 +127,7 @@ bool command(HWND window, MidiInputContext& context, int id, int notification) {
         refreshConnectionText(context);
         return true;
     case kCloseId:
-        ShowWindow(window, SW_HIDE);
+        hideToolWindow(window);
         return true;
     case kLearnId:
         postCommand(context, kMidiCmdLearn);
@@ -157,7 +148,7 @@ bool command(HWND window, MidiInputContext& context, int id, int notification) {
 
 void forgetWindows(MidiInputContext& context) {
     context.deviceWindow = nullptr;
-    for (const ControlPlace& each : kControls) {
+    for (const DeviceControl& each : kControls) {
         if (each.keptAs != nullptr) {
             context.*each.keptAs = nullptr;
         }
@@ -187,8 +178,10 @@ LRESULT CALLBACK deviceWindowProc(HWND window, UINT message, WPARAM wParam, LPAR
             return 0;
         }
         break;
+    case WM_CTLCOLORSTATIC: // labels on the window's own colour
+        return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
     case WM_CLOSE:
-        ShowWindow(window, SW_HIDE);
+        hideToolWindow(window);
         return 0;
     case WM_DESTROY:
         forgetWindows(*context);
@@ -199,35 +192,24 @@ LRESULT CALLBACK deviceWindowProc(HWND window, UINT message, WPARAM wParam, LPAR
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-bool registerDeviceWindowClass() {
-    WNDCLASSW windowClass{};
-    windowClass.lpfnWndProc = deviceWindowProc;
-    windowClass.hInstance = GetModuleHandleW(nullptr);
-    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    windowClass.hbrBackground = reinterpret_cast<HBRUSH>(INT_PTR{COLOR_WINDOW + 1});
-    windowClass.lpszClassName = kClass;
-    return RegisterClassW(&windowClass) != 0;
-}
-
 } // namespace
 
 void showMidiDeviceWindow(HWND owner) {
     MidiInputContext& context = midiInputContext();
     if (context.deviceWindow != nullptr && IsWindow(context.deviceWindow) != 0) {
-        ShowWindow(context.deviceWindow, SW_SHOW);
-        SetForegroundWindow(context.deviceWindow);
+        showToolWindow(context.deviceWindow);
         fillDeviceList(context);
         refreshConnectionText(context);
         return;
     }
-    static bool registered = false;
-    registered = registered || registerDeviceWindowClass();
-    if (!registered) {
-        return; // tried again with the next press
+    if (!registerToolWindowClass(kClass, deviceWindowProc,
+                                 reinterpret_cast<HBRUSH>(INT_PTR{COLOR_WINDOW + 1}))) {
+        return;
     }
-    HWND window = CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"Percussomatic MIDI",
-                                  WS_CAPTION | WS_SYSMENU, CW_USEDEFAULT, CW_USEDEFAULT, kWidth,
-                                  kHeight, owner, nullptr, GetModuleHandleW(nullptr), &context);
+    HWND window =
+        CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"Percussomatic MIDI", WS_CAPTION | WS_SYSMENU,
+                        CW_USEDEFAULT, CW_USEDEFAULT, onScreen(kWidth), onScreen(kHeight), owner,
+                        nullptr, GetModuleHandleW(nullptr), &context);
     if (window != nullptr) {
         ShowWindow(window, SW_SHOW);
         UpdateWindow(window);

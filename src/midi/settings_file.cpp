@@ -1,5 +1,7 @@
 // "Percussomatic.ini" beside the program, through the system's private-profile functions.
 
+#include "midi/settings_file.h"
+
 #include "cards/card_file.h"
 #include "midi/midi_system.h"
 
@@ -7,7 +9,6 @@
 
 #include <array>
 #include <cstddef>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -26,11 +27,6 @@ std::filesystem::path settingsFolder() {
         return std::filesystem::current_path();
     }
     return std::filesystem::path(path.data()).parent_path();
-}
-
-const std::filesystem::path& settingsPath() {
-    static const std::filesystem::path path = settingsFolder() / "Percussomatic.ini";
-    return path;
 }
 
 // Empty for a file that is not there; nothing for one that is but cannot be read to its end.
@@ -72,7 +68,7 @@ std::wstring widened(const std::string& bytes) {
 // private-profile functions keep it so.
 // False leaves the file as it is.
 bool makeWide() {
-    const std::optional<std::string> bytes = bytesOf(settingsPath());
+    const std::optional<std::string> bytes = bytesOf(settingsFile());
     if (!bytes) {
         return false;
     }
@@ -80,7 +76,7 @@ bool makeWide() {
         return true;
     }
     const std::wstring text = bytes->empty() ? std::wstring() : widened(*bytes);
-    FileReplacement file(settingsPath());
+    FileReplacement file(settingsFile());
     file.write(kByteOrderMark);
     file.write({reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)});
     return file.take() == SaveResult::saved;
@@ -88,11 +84,16 @@ bool makeWide() {
 
 } // namespace
 
+const std::filesystem::path& settingsFile() {
+    static const std::filesystem::path path = settingsFolder() / "Percussomatic.ini";
+    return path;
+}
+
 std::vector<std::wstring> settingKeys(const std::wstring& section) {
     constexpr DWORD kCharacters = 32768;
     std::wstring list(kCharacters, L'\0');
     list.resize(GetPrivateProfileStringW(section.c_str(), nullptr, L"", list.data(), kCharacters,
-                                         settingsPath().c_str()));
+                                         settingsFile().c_str()));
     std::vector<std::wstring> keys;
     for (std::size_t begin = 0; begin < list.size();) {
         const std::size_t end = std::min(list.find(L'\0', begin), list.size());
@@ -105,7 +106,7 @@ std::vector<std::wstring> settingKeys(const std::wstring& section) {
 bool sectionHasKeys(const std::wstring& section) {
     std::array<wchar_t, 4> probe{};
     return GetPrivateProfileStringW(section.c_str(), nullptr, L"", probe.data(),
-                                    static_cast<DWORD>(probe.size()), settingsPath().c_str()) > 0;
+                                    static_cast<DWORD>(probe.size()), settingsFile().c_str()) > 0;
 }
 
 std::wstring readSetting(const std::wstring& section, const std::wstring& key,
@@ -113,7 +114,7 @@ std::wstring readSetting(const std::wstring& section, const std::wstring& key,
     std::wstring value(bufferCharacters, L'\0');
     value.resize(GetPrivateProfileStringW(section.c_str(), key.c_str(), L"", value.data(),
                                           static_cast<DWORD>(value.size()),
-                                          settingsPath().c_str()));
+                                          settingsFile().c_str()));
     return value;
 }
 
@@ -124,19 +125,19 @@ void writeSetting(const std::wstring& section, const std::wstring& key, const st
             return; // question marks in the file would be worse than nothing; memory works on
         }
     }
-    WritePrivateProfileStringW(section.c_str(), key.c_str(), value.c_str(), settingsPath().c_str());
+    WritePrivateProfileStringW(section.c_str(), key.c_str(), value.c_str(), settingsFile().c_str());
 }
 
 void deleteSettings(const std::wstring& section) {
-    WritePrivateProfileStringW(section.c_str(), nullptr, nullptr, settingsPath().c_str());
+    WritePrivateProfileStringW(section.c_str(), nullptr, nullptr, settingsFile().c_str());
 }
 
 void flushSettings() {
-    WritePrivateProfileStringW(nullptr, nullptr, nullptr, settingsPath().c_str());
+    WritePrivateProfileStringW(nullptr, nullptr, nullptr, settingsFile().c_str());
 }
 
 std::optional<std::string> readLegacyMidiMap() {
-    const std::filesystem::path path = settingsPath().parent_path() / "MidiMappings.ini";
+    const std::filesystem::path path = settingsFile().parent_path() / "MidiMappings.ini";
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) {
         return {};

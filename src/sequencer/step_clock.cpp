@@ -29,7 +29,9 @@ void keepTime(StepClock& clock, std::unique_lock<std::mutex>& lock) {
         lock.unlock();
         postStepTick(window);
         lock.lock();
-        base = nextGridBaseNs(counterNs(), deadline, intervalNs);
+        const std::int64_t now = counterNs();
+        clock.dropped += droppedSteps(now, deadline, intervalNs);
+        base = nextGridBaseNs(now, deadline, intervalNs);
     }
 }
 
@@ -63,6 +65,11 @@ std::int64_t nextGridBaseNs(std::int64_t now, std::int64_t deadline, double inte
     return static_cast<double>(now - deadline) > intervalNs ? now : deadline;
 }
 
+std::uint32_t droppedSteps(std::int64_t now, std::int64_t deadline, double intervalNs) noexcept {
+    const auto lateNs = static_cast<double>(now - deadline);
+    return lateNs > intervalNs ? static_cast<std::uint32_t>(lateNs / intervalNs) : 0;
+}
+
 std::int64_t waitMilliseconds(std::int64_t remainingNs) noexcept {
     constexpr std::int64_t kNsPerMs = 1'000'000, kDayMs = 86'400'000;
     const std::int64_t wholeMs = remainingNs / kNsPerMs;
@@ -91,6 +98,11 @@ void runClock(double tempoBpm) {
 void setClockTempo(double tempoBpm) {
     const std::lock_guard lock(stepClock().mutex);
     stepClock().clockBpm = tempoBpm;
+}
+
+std::uint32_t droppedStepCount() {
+    const std::lock_guard lock(stepClock().mutex);
+    return stepClock().dropped;
 }
 
 void clockStop() {

@@ -20,8 +20,9 @@ struct StepClock {
     bool clockRunning = false;     // guarded by mutex
     bool quit = false;             // guarded by mutex
     std::uint32_t stops =
-        0;              // guarded by mutex; a stop and a start between two wakes begin a new grid
-    std::thread thread; // GUI thread only
+        0; // guarded by mutex; a stop and a start between two wakes begin a new grid
+    std::uint32_t dropped = 0; // guarded by mutex; steps since the start of the program
+    std::thread thread;        // GUI thread only
 };
 
 StepClock& stepClock() noexcept;
@@ -34,6 +35,9 @@ double stepIntervalNs(double tempoBpm) noexcept;
 // burst.
 std::int64_t nextGridBaseNs(std::int64_t now, std::int64_t deadline, double intervalNs) noexcept;
 
+// Whole intervals that such a new beginning leaves out; 0 while the grid goes on.
+std::uint32_t droppedSteps(std::int64_t now, std::int64_t deadline, double intervalNs) noexcept;
+
 // A wait for that many nanoseconds, rounded up to milliseconds and at most a day.
 std::int64_t waitMilliseconds(std::int64_t remainingNs) noexcept;
 
@@ -41,6 +45,7 @@ std::int64_t waitMilliseconds(std::int64_t remainingNs) noexcept;
 void setClockWindow(WindowHandle window); // where ticks are posted
 void runClock(double tempoBpm);           // starts ticking one interval from now; goes on if it is
 void setClockTempo(double tempoBpm);      // counts from the next interval on
+std::uint32_t droppedStepCount();         // since the start of the program
 void clockStop();                         // the thread stays and waits
 void clockShutdown();                     // ends and joins the thread
 

@@ -1,6 +1,9 @@
 #include "ui/card_rendering.h"
 
 #include "cards/card_panel.h"
+#include "ui/display_scale.h"
+#include "ui/images.h"
+#include "ui/scaled_pictures.h"
 
 #include <string>
 
@@ -22,9 +25,9 @@ constexpr std::uint32_t kCancelText = 0xFFEBEBEB, kCardTitle = 0xFFD21212;
 constexpr double kCardWidth = 1149.0, kCardHeight = 3304.0;
 
 PixelRect shadowOf(const PixelRect& dialog) noexcept {
-    constexpr int kOffset = 6;
-    return {dialog.left + kOffset, dialog.top + kOffset, dialog.right + kOffset,
-            dialog.bottom + kOffset};
+    const int offset = onScreen(6);
+    return {dialog.left + offset, dialog.top + offset, dialog.right + offset,
+            dialog.bottom + offset};
 }
 
 void drawCardTitle(GpGraphics* graphics, const PixelRect& rect, std::wstring_view title) {
@@ -38,33 +41,74 @@ void drawCardTitle(GpGraphics* graphics, const PixelRect& rect, std::wstring_vie
     drawText(graphics, title, {rect.left + margin, top, rect.right - margin, top + height},
              {.family = L"Consolas",
               .style = FontStyleBold,
-              .sizePixels = static_cast<float>(width * 0.075 + 2.0),
+              .sizePixels = static_cast<float>(width * 0.075 + 2.0 * displayDpi() / kWrittenDpi),
               .argb = kCardTitle,
               .oneLine = true});
 }
 
 // Lines run from left to right; the first step is at the foot of the card, which enters first.
-void drawHoles(GpGraphics* graphics, const PixelRect& rect, const Pattern& pattern) {
+void punchHoles(PixelImage& image, const Pattern& pattern) {
     constexpr double kHole = 56.0;
     constexpr int kFirstX = 456, kLinePitch = 107, kFirstY = 3078, kStepPitch = 154;
-    const Picture* hole = imageCache().holeImage;
-    if (hole == nullptr) {
+    const PixelImage* picture = imageCache().holeImage;
+    if (picture == nullptr) {
         return;
     }
-    const double unitX = rect.width() / kCardWidth, unitY = rect.height() / kCardHeight;
+    const double unitX = image.width / kCardWidth, unitY = image.height / kCardHeight;
     const auto rounded = [](double value) { return static_cast<int>(value + 0.5); };
-    const int width = rounded(kHole * unitX), height = rounded(kHole * unitY);
-    const ImageAttributes edges = mirroredEdges();
+    const PixelImage& hole = keptScaled(*picture, rounded(kHole * unitX), rounded(kHole * unitY));
     for (int line = 0; line < kLineCount; ++line) {
         for (int step = 0; step < kStepCount; ++step) {
-            if (!pattern.isSet(line, step)) {
-                continue;
+            if (pattern.isSet(line, step)) {
+                const int x = rounded((kFirstX + kLinePitch * line) * unitX) - hole.width / 2;
+                const int y = rounded((kFirstY - kStepPitch * step) * unitY) - hole.height / 2;
+                blendPixels(hole, x, y, viewOf(image));
             }
-            const int left = rect.left + rounded((kFirstX + kLinePitch * line) * unitX) - width / 2;
-            const int top = rect.top + rounded((kFirstY - kStepPitch * step) * unitY) - height / 2;
-            drawPicture(graphics, *hole, {left, top, left + width, top + height}, edges);
         }
     }
+}
+
+// A card with its title and holes as it was last drawn in one place. It is drawn anew when
+// something about it changes, not with every step of the way through the reader.
+struct DrawnCard {
+    int slot = -1;
+    std::wstring title;
+    bool used = false;
+    Pattern pattern;
+    PixelImage image;
+
+    const PixelImage& inSize(int shownSlot, int width, int height);
+};
+
+const PixelImage& DrawnCard::inSize(int shownSlot, int width, int height) {
+    const PunchCard& card = cardPanel().slots[static_cast<std::size_t>(shownSlot)];
+    const std::wstring shownTitle = cardLabel(card, shownSlot);
+    if (slot == shownSlot && title == shownTitle && used == card.used &&
+        pattern.steps == card.pattern.steps && image.width == width && image.height == height) {
+        return image;
+    }
+    const PixelImage* picture = imageCache().cardImage;
+    if (picture == nullptr || width <= 0 || height <= 0) {
+        return image = {};
+    }
+    slot = shownSlot;
+    title = shownTitle;
+    used = card.used;
+    pattern = card.pattern;
+    image = scaled(*picture, width, height);
+    {
+        const Bitmap bitmap = bitmapOver(viewOf(image));
+        const Graphics graphics = graphicsOn(bitmap.get());
+        drawCardTitle(graphics.get(), {0, 0, width, height}, title);
+    }
+    if (used) {
+        punchHoles(image, pattern);
+    }
+    return image;
+}
+
+void putCard(const Canvas& canvas, DrawnCard& drawn, const PixelRect& rect, int slot) {
+    canvas.put(drawn.inSize(slot, rect.width(), rect.height()), rect.left, rect.top);
 }
 
 } // namespace
@@ -73,27 +117,11 @@ PixelRect cardDialogArea(const PanelRects& rects) noexcept {
     return inflated(united(rects.dialog, shadowOf(rects.dialog)), kRedrawMargin);
 }
 
-void drawPunchCard(GpGraphics* graphics, const PixelRect& rect, int slot) {
-    const Picture* picture = imageCache().cardImage;
-    if (picture == nullptr || rect.width() <= 0 || rect.height() <= 0) {
-        return;
-    }
-    drawPicture(graphics, *picture, rect, mirroredEdges());
-    if (slot < 0 || slot >= kCardSlots) {
-        return;
-    }
-    const PunchCard& card = cardPanel().slots[static_cast<std::size_t>(slot)];
-    drawCardTitle(graphics, rect, cardLabel(card, slot));
-    if (card.used) {
-        drawHoles(graphics, rect, card.pattern);
-    }
-}
-
-void paintCardDialog(const Canvas& canvas, const PanelRects& rects) {
+void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     if (!canvas.shows(cardDialogArea(rects))) {
         return;
     }
-    GpGraphics* graphics = canvas.graphics;
+    GpGraphics* graphics = canvas.graphics();
     const int slot = cardPanel().dialogSlot;
     const PunchCard& card = cardPanel().slots[static_cast<std::size_t>(slot)];
     const PixelRect dialog = canvas.place(rects.dialog);
@@ -101,20 +129,24 @@ void paintCardDialog(const Canvas& canvas, const PanelRects& rects) {
     fillBox(graphics, dialog, kDialogFill);
     outlineBox(graphics, dialog, kDialogEdge);
 
-    constexpr int kHeaderHeight = 40;
+    const int headerHeight = onScreen(40);
     std::wstring header = cardLabel(card, slot);
     if (!card.used) {
         header += L" - EMPTY";
     }
     drawCenteredText(graphics, header,
-                     {dialog.left, dialog.top, dialog.right, dialog.top + kHeaderHeight}, 18,
+                     {dialog.left, dialog.top, dialog.right, dialog.top + headerHeight},
+                     onScreen(18.0f), kDialogText);
+    static DrawnCard drawn;
+    putCard(canvas, drawn, rects.dialogCard, slot);
+    drawCenteredText(graphics, L"\u25C0", canvas.place(rects.previousCard), onScreen(34.0f),
                      kDialogText);
-    drawPunchCard(graphics, canvas.place(rects.dialogCard), slot);
-    drawCenteredText(graphics, L"\u25C0", canvas.place(rects.previousCard), 34, kDialogText);
-    drawCenteredText(graphics, L"\u25B6", canvas.place(rects.nextCard), 34, kDialogText);
+    drawCenteredText(graphics, L"\u25B6", canvas.place(rects.nextCard), onScreen(34.0f),
+                     kDialogText);
     const auto button = [&](const PixelRect& rect, std::wstring_view text, float size,
                             std::uint32_t colour) {
-        drawBox(graphics, canvas.place(rect), text, size, {kButtonFill, kButtonEdge, colour});
+        drawBox(graphics, canvas.place(rect), text, onScreen(size),
+                {kButtonFill, kButtonEdge, colour});
     };
     button(rects.title, L"TITLE", 13, kButtonText);
     button(rects.save, L"SAVE", 14, kButtonText);
@@ -122,25 +154,23 @@ void paintCardDialog(const Canvas& canvas, const PanelRects& rects) {
     button(rects.cancel, L"CANCEL", 11, kCancelText);
 }
 
-void paintReader(const Canvas& canvas, const PanelRects& rects, double scale) {
+void paintReader(Canvas& canvas, const PanelRects& rects, double scale) {
     if (!canvas.shows(rects.reader)) {
         return;
     }
-    GpGraphics* graphics = canvas.graphics;
+    // Cut to the reader, of which the region may be a part.
+    const PixelRect seen = intersected(rects.reader, canvas.region());
+    const Canvas reader(canvas.pixels().part(canvas.place(seen)), seen);
+    static DrawnCard drawn;
     const CardPanel& cards = cardPanel();
-    const PixelRect reader = canvas.place(rects.reader);
-    GraphicsState state = 0;
-    GdipSaveGraphics(graphics, &state);
-    GdipSetClipRectI(graphics, reader.left, reader.top, reader.width(), reader.height(),
-                     CombineModeReplace);
-    drawPunchCard(graphics, canvas.place(rects.readerCard),
-                  cards.insertingCard ? cards.insertSlot : cards.insertedSlot);
-    GdipRestoreGraphics(graphics, state);
+    putCard(reader, drawn, rects.readerCard,
+            cards.insertingCard ? cards.insertSlot : cards.insertedSlot);
 
-    const Picture* plate = imageCache().readerFrontImage;
+    const PixelImage* plate = imageCache().readerFrontImage;
     const int row = controlShowing("c_scheda.PNG");
     if (plate != nullptr && row != kNoControl) {
-        drawPicture(graphics, *plate, canvas.place(controlClientRect(row, scale)), mirroredEdges());
+        const PixelRect rect = controlClientRect(row, scale);
+        canvas.put(keptScaled(*plate, rect.width(), rect.height()), rect.left, rect.top);
     }
 }
 

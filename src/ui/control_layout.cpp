@@ -139,6 +139,12 @@ PixelRect inflated(PixelRect rect, int margin) noexcept {
     return {rect.left - margin, rect.top - margin, rect.right + margin, rect.bottom + margin};
 }
 
+PixelRect intersected(const PixelRect& a, const PixelRect& b) noexcept {
+    const PixelRect both{std::max(a.left, b.left), std::max(a.top, b.top),
+                         std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
+    return both.width() > 0 && both.height() > 0 ? both : PixelRect{};
+}
+
 PixelRect united(const PixelRect& a, const PixelRect& b) noexcept {
     return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
             std::max(a.bottom, b.bottom)};

@@ -102,6 +102,7 @@ PixelRect controlClientRect(int index, double scale, std::uint32_t sliderOffset)
 inline constexpr int kRedrawMargin = 2;
 PixelRect inflated(PixelRect rect, int margin) noexcept;
 PixelRect united(const PixelRect& a, const PixelRect& b) noexcept;
+PixelRect intersected(const PixelRect& a, const PixelRect& b) noexcept; // 0 x 0 when apart
 bool contains(const PixelRect& rect, PixelPoint point) noexcept;
 
 // Client point in whole layout units, truncated.

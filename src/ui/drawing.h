@@ -2,7 +2,7 @@
 
 #include "ui/control_layout.h"
 #include "ui/gdiplus_flat.h"
-#include "ui/images.h"
+#include "ui/pixel_image.h"
 
 #include <cstdint>
 #include <string_view>
@@ -13,29 +13,38 @@ namespace percussomatic {
 
 bool overlap(const PixelRect& a, const PixelRect& b) noexcept;
 
-// Part of the client area being painted, in graphics whose origin is its corner.
-struct Canvas {
-    Gdiplus::GpGraphics* graphics;
-    const PixelRect& region;
+// Part of the client area being painted: pixels whose first is the region's corner. Pictures are
+// put there as they are; whatever GDI+ draws goes through graphics over the same pixels, made when
+// first asked for.
+class Canvas {
+public:
+    Canvas(const PixelView& pixels, const PixelRect& region) : pixels_(pixels), region_(region) {}
+
+    const PixelView& pixels() const noexcept { return pixels_; }
+    const PixelRect& region() const noexcept { return region_; }
+    Gdiplus::GpGraphics* graphics();
 
     // Whether anything of the rectangle, with its outline, is in the region.
     bool shows(const PixelRect& rect) const noexcept;
     PixelRect place(const PixelRect& rect) const noexcept;
+
+    // The picture over what is there, in client pixels.
+    void put(const PixelImage& picture, int left, int top) const noexcept;
+
+private:
+    PixelView pixels_;
+    PixelRect region_;
+    Bitmap bitmap_;
+    Graphics graphics_;
 };
 
-// A bitmap of 32-bit premultiplied pixels, and graphics that draw on one.
-Bitmap newBitmap(int width, int height);
+// A bitmap whose pixels are those of the view, which must live longer; null for an empty one.
+Bitmap bitmapOver(const PixelView& pixels);
 Graphics graphicsOn(Gdiplus::GpBitmap* bitmap);
 
-void useCopyMode(Gdiplus::GpGraphics* graphics);    // copies pixels as they are
-void usePictureMode(Gdiplus::GpGraphics* graphics); // scales pictures over what is there
-
-// How pictures are sampled at their edges: mirrored. Left to itself the filter looks past the edge,
-// finds nothing there and leaves a dark seam where two pictures meet.
-ImageAttributes mirroredEdges();
-
-void drawPicture(Gdiplus::GpGraphics* graphics, const Picture& picture, const PixelRect& rect,
-                 const ImageAttributes& edges);
+// The picture turned clockwise about the middle of the rectangle that it fills.
+void drawTurned(Gdiplus::GpGraphics* graphics, const PixelImage& picture, const PixelRect& rect,
+                double degrees);
 
 void fillBox(Gdiplus::GpGraphics* graphics, const PixelRect& rect, std::uint32_t argb);
 void outlineBox(Gdiplus::GpGraphics* graphics, const PixelRect& rect, std::uint32_t argb);

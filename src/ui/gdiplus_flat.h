@@ -8,33 +8,20 @@
 
 #include <gdiplus.h>
 
-#include <memory>
+#include "ui/owned.h"
 
 namespace percussomatic {
 
 // Owners of what the flat functions create.
-template <auto release>
-struct GdiplusRelease {
-    template <typename T>
-    void operator()(T* object) const noexcept {
-        release(object);
-    }
-};
-using Graphics =
-    std::unique_ptr<Gdiplus::GpGraphics, GdiplusRelease<Gdiplus::DllExports::GdipDeleteGraphics>>;
-using Bitmap =
-    std::unique_ptr<Gdiplus::GpBitmap, GdiplusRelease<Gdiplus::DllExports::GdipDisposeImage>>;
-using Brush =
-    std::unique_ptr<Gdiplus::GpBrush, GdiplusRelease<Gdiplus::DllExports::GdipDeleteBrush>>;
-using Pen = std::unique_ptr<Gdiplus::GpPen, GdiplusRelease<Gdiplus::DllExports::GdipDeletePen>>;
-using Font = std::unique_ptr<Gdiplus::GpFont, GdiplusRelease<Gdiplus::DllExports::GdipDeleteFont>>;
-using FontFamily = std::unique_ptr<Gdiplus::GpFontFamily,
-                                   GdiplusRelease<Gdiplus::DllExports::GdipDeleteFontFamily>>;
-using StringFormat = std::unique_ptr<Gdiplus::GpStringFormat,
-                                     GdiplusRelease<Gdiplus::DllExports::GdipDeleteStringFormat>>;
+using Graphics = Owned<Gdiplus::GpGraphics*, Gdiplus::DllExports::GdipDeleteGraphics>;
+using Bitmap = Owned<Gdiplus::GpBitmap*, Gdiplus::DllExports::GdipDisposeImage>;
+using Brush = Owned<Gdiplus::GpBrush*, Gdiplus::DllExports::GdipDeleteBrush>;
+using Pen = Owned<Gdiplus::GpPen*, Gdiplus::DllExports::GdipDeletePen>;
+using Font = Owned<Gdiplus::GpFont*, Gdiplus::DllExports::GdipDeleteFont>;
+using FontFamily = Owned<Gdiplus::GpFontFamily*, Gdiplus::DllExports::GdipDeleteFontFamily>;
+using StringFormat = Owned<Gdiplus::GpStringFormat*, Gdiplus::DllExports::GdipDeleteStringFormat>;
 using ImageAttributes =
-    std::unique_ptr<Gdiplus::GpImageAttributes,
-                    GdiplusRelease<Gdiplus::DllExports::GdipDisposeImageAttributes>>;
+    Owned<Gdiplus::GpImageAttributes*, Gdiplus::DllExports::GdipDisposeImageAttributes>;
 
 // What `create(arguments..., &object)` makes, or null.
 template <typename Owner, typename Create, typename... Arguments>

@@ -1,11 +1,14 @@
 #include "ui/images.h"
 
 #include "ui/assets.h"
+#include "ui/gdiplus_flat.h"
 #include "ui/icon_directory.h"
 #include "ui/panel_rects.h"
+#include "ui/scaled_pictures.h"
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 
 namespace percussomatic {
 
@@ -13,6 +16,8 @@ using namespace Gdiplus;
 using namespace Gdiplus::DllExports;
 
 namespace {
+
+constexpr std::string_view kCard = "pounch.PNG", kHole = "hole.PNG", kPlate = "c_scheda.PNG";
 
 struct ReleaseStream {
     void operator()(IStream* stream) const noexcept { stream->Release(); }
@@ -40,8 +45,33 @@ Stream streamOf(std::span<const std::byte> bytes) {
     return Stream(stream);
 }
 
-// The decoded pixels, premultiplied; empty when the picture cannot be decoded.
-PixelImage decode(std::span<const std::byte> bytes) {
+// The rows of a locked bitmap, halved so many times. As many rows as make one are taken at a time:
+// a second copy of a large picture would not fit beside the first.
+PixelImage reduced(const BitmapData& source, int count) {
+    const int stripRows = 1 << count;
+    PixelImage result;
+    for (int top = 0; top < static_cast<int>(source.Height); top += stripRows) {
+        PixelImage strip = blankImage(static_cast<int>(source.Width),
+                                      std::min(stripRows, static_cast<int>(source.Height) - top));
+        for (int y = 0; y < strip.height; ++y) {
+            const auto* row = static_cast<const std::byte*>(source.Scan0) +
+                              static_cast<std::ptrdiff_t>(top + y) * source.Stride;
+            std::memcpy(viewOf(strip).row(y), row, source.Width * sizeof(std::uint32_t));
+        }
+        premultiply(strip);
+        for (int i = 0; i < count; ++i) {
+            strip = halved(strip);
+        }
+        result.width = strip.width;
+        result.height += strip.height;
+        result.pixels.insert(result.pixels.end(), strip.pixels.begin(), strip.pixels.end());
+    }
+    return result;
+}
+
+// The decoded pixels, premultiplied and reduced for that scale; empty when the picture cannot be
+// decoded.
+PixelImage decode(std::span<const std::byte> bytes, double largestScale) {
     const Stream stream = streamOf(bytes);
     if (stream == nullptr) {
         return {};
@@ -52,33 +82,45 @@ PixelImage decode(std::span<const std::byte> bytes) {
         GdipGetImageHeight(source.get(), &height) != Ok || width == 0 || height == 0) {
         return {};
     }
-
-    PixelImage image{static_cast<int>(width), static_cast<int>(height), {}};
-    image.pixels.resize(static_cast<std::size_t>(width) * height);
-    const GpRect whole(0, 0, image.width, image.height);
+    const GpRect whole(0, 0, static_cast<INT>(width), static_cast<INT>(height));
     BitmapData lines{};
-    lines.Width = width;
-    lines.Height = height;
-    lines.Stride = image.width * 4;
-    lines.PixelFormat = PixelFormat32bppARGB;
-    lines.Scan0 = image.pixels.data();
-    if (GdipBitmapLockBits(source.get(), &whole, ImageLockModeRead | ImageLockModeUserInputBuf,
-                           PixelFormat32bppARGB, &lines) != Ok) {
+    if (GdipBitmapLockBits(source.get(), &whole, ImageLockModeRead, PixelFormat32bppARGB, &lines) !=
+        Ok) {
         return {};
     }
+    PixelImage image = reduced(lines, halvings(whole.Width, whole.Height, largestScale));
     GdipBitmapUnlockBits(source.get(), &lines);
-    premultiply(image);
     return image;
 }
 
-void addPicture(ImageCache& cache, std::string_view name, double scale) {
-    if (name.empty() || cache.pictures.contains(name)) {
-        return;
+// What a scale asks for: every file once.
+using WantedPictures = std::map<std::string, double, std::less<>>;
+
+void want(WantedPictures& wanted, std::string_view name, double scale) {
+    if (!name.empty()) {
+        wanted.try_emplace(std::string(name), scale);
     }
-    cache.pictures.emplace(name, loadImageAsset(name, scale));
 }
 
-const Picture* pictureOf(const ImageCache& cache, std::string_view name) {
+// Decodes the largest pictures one after the other, since each takes a few hundred megabytes while
+// it does, and all others beside them.
+void decodeAll(const WantedPictures& wanted, ImageCache& cache) {
+    constexpr std::int32_t kLargeFile = 500'000; // bytes
+    for (const auto& [name, scale] : wanted) {
+        cache.pictures[name] = nullptr;
+    }
+    const auto decodeThose = [&](bool large) {
+        for (const auto& [name, scale] : wanted) {
+            if ((findAsset(name).size > kLargeFile) == large) {
+                cache.pictures.find(name)->second = loadImageAsset(name, scale);
+            }
+        }
+    };
+    std::jthread others([&] { decodeThose(false); });
+    decodeThose(true);
+}
+
+const PixelImage* pictureOf(const ImageCache& cache, std::string_view name) {
     const auto found = cache.pictures.find(name);
     return found == cache.pictures.end() ? nullptr : found->second.get();
 }
@@ -95,19 +137,15 @@ std::string_view alternateName(const ControlRow& row) noexcept {
 }
 
 // A card in the dialog fills most of the window's height, far more than its share of the layout.
-void loadCardImages(ImageCache& cache) {
-    constexpr std::string_view kCard = "pounch.PNG", kHole = "hole.PNG", kPlate = "c_scheda.PNG";
+void wantCardImages(WantedPictures& wanted, double largestScale) {
     constexpr double kCardPixels = 2540.0; // height of the card's picture
     const LayoutSize layout = layoutSize();
-    const PanelRects rects = panelRects(static_cast<int>(layout.width * cache.largestScale),
-                                        static_cast<int>(layout.height * cache.largestScale), 0.0);
+    const PanelRects rects = panelRects(static_cast<int>(layout.width * largestScale),
+                                        static_cast<int>(layout.height * largestScale), 0.0);
     const double scale = std::max(0.0, rects.dialogCard.height() / kCardPixels);
-    addPicture(cache, kCard, scale);
-    addPicture(cache, kHole, scale);
-    addPicture(cache, kPlate, cache.largestScale);
-    cache.cardImage = pictureOf(cache, kCard);
-    cache.holeImage = pictureOf(cache, kHole);
-    cache.readerFrontImage = pictureOf(cache, kPlate);
+    want(wanted, kCard, scale);
+    want(wanted, kHole, scale);
+    want(wanted, kPlate, largestScale);
 }
 
 } // namespace
@@ -117,43 +155,39 @@ ImageCache& imageCache() noexcept {
     return cache;
 }
 
-std::unique_ptr<Picture> loadImageAsset(std::string_view name, double largestScale) {
+std::unique_ptr<PixelImage> loadImageAsset(std::string_view name, double largestScale) {
     const AssetBytes asset = findAsset(name);
     if (asset.size < 1) {
         return nullptr;
     }
-    auto picture = std::make_unique<Picture>();
-    picture->image = decode(asset.span());
-    if (picture->image.width == 0) {
-        return nullptr;
-    }
-    const int count = halvings(picture->image.width, picture->image.height, largestScale);
-    for (int i = 0; i < count; ++i) {
-        picture->image = halved(picture->image);
-    }
-    picture->bitmap =
-        created<Bitmap>(GdipCreateBitmapFromScan0, picture->image.width, picture->image.height,
-                        picture->image.width * 4, PixelFormat32bppPARGB,
-                        reinterpret_cast<BYTE*>(picture->image.pixels.data()));
-    return picture->bitmap == nullptr ? nullptr : std::move(picture);
+    auto picture = std::make_unique<PixelImage>(decode(asset.span(), largestScale));
+    return picture->width > 0 ? std::move(picture) : nullptr;
 }
 
 void loadPanelImages(double largestScale) {
     ImageCache& cache = imageCache();
     releasePanelImages();
     cache.largestScale = largestScale;
+    WantedPictures wanted;
+    for (const ControlRow& row : controlRows()) {
+        if (row.visible != 0) {
+            want(wanted, row.image, largestScale);
+            want(wanted, alternateName(row), largestScale);
+        }
+    }
+    wantCardImages(wanted, largestScale);
+    decodeAll(wanted, cache);
+
     const auto rows = controlRows();
     for (std::size_t index = 0; index < rows.size(); ++index) {
-        const ControlRow& row = rows[index];
-        if (row.visible == 0) {
-            continue;
+        if (rows[index].visible != 0) {
+            cache.pairs[index] = {pictureOf(cache, rows[index].image),
+                                  pictureOf(cache, alternateName(rows[index]))};
         }
-        const std::string_view alternate = alternateName(row);
-        addPicture(cache, row.image, largestScale);
-        addPicture(cache, alternate, largestScale);
-        cache.pairs[index] = {pictureOf(cache, row.image), pictureOf(cache, alternate)};
     }
-    loadCardImages(cache);
+    cache.cardImage = pictureOf(cache, kCard);
+    cache.holeImage = pictureOf(cache, kHole);
+    cache.readerFrontImage = pictureOf(cache, kPlate);
 }
 
 void ensurePanelImages(double scale) {
@@ -163,6 +197,7 @@ void ensurePanelImages(double scale) {
 }
 
 void releasePanelImages() noexcept {
+    dropScaledPictures(); // which are known by their pictures
     imageCache() = ImageCache{};
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "ui/control_layout.h"
-#include "ui/gdiplus_flat.h"
 #include "ui/pixel_image.h"
+
+#include <windows.h>
 
 #include <array>
 #include <map>
@@ -16,24 +17,19 @@ namespace percussomatic {
 // it, and kept only as large as this screen can ever show it: at native size the panel would take
 // half a gigabyte. GUI thread.
 
-struct Picture {
-    PixelImage image; // reduced; the bitmap lies over its pixels
-    Bitmap bitmap;
-};
-
 // The two pictures of a control; null where there is none.
 struct ImagePair {
-    const Picture* normal = nullptr;
-    const Picture* alternate = nullptr; // the lit one
+    const PixelImage* normal = nullptr;
+    const PixelImage* alternate = nullptr; // the lit one
 };
 
 struct ImageCache {
-    std::map<std::string, std::unique_ptr<Picture>, std::less<>> pictures; // by asset name
+    std::map<std::string, std::unique_ptr<PixelImage>, std::less<>> pictures; // by asset name
     std::array<ImagePair, kControlCount> pairs{};
     // Of punch cards: the card, one hole, and the reader's plate that covers a card behind it.
-    const Picture* cardImage = nullptr;
-    const Picture* holeImage = nullptr;
-    const Picture* readerFrontImage = nullptr;
+    const PixelImage* cardImage = nullptr;
+    const PixelImage* holeImage = nullptr;
+    const PixelImage* readerFrontImage = nullptr;
     double largestScale = 0.0; // client pixels per layout unit that the pictures are good for
 };
 
@@ -41,9 +37,10 @@ ImageCache& imageCache() noexcept;
 
 // Decodes the picture and reduces it for `largestScale`. Null when there is no such file or it
 // cannot be decoded.
-std::unique_ptr<Picture> loadImageAsset(std::string_view name, double largestScale);
+std::unique_ptr<PixelImage> loadImageAsset(std::string_view name, double largestScale);
 
-// Fills the cache for all visible controls and the cards; what was in it is released.
+// Fills the cache for all visible controls and the cards; what was in it is released. May run on
+// any one thread while no other looks into the cache.
 void loadPanelImages(double largestScale);
 
 // Decodes again what is too small for this scale.

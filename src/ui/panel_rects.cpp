@@ -1,5 +1,7 @@
 #include "ui/panel_rects.h"
 
+#include "ui/display_scale.h"
+
 namespace percussomatic {
 
 namespace {
@@ -18,12 +20,15 @@ int truncated(double value) noexcept {
 }
 
 void placeStrip(PanelRects& rects, int width) noexcept {
-    constexpr int kTop = 12, kBottom = 40;
-    rects.info = {64, kTop, 142, kBottom};
-    rects.bpm = {442, kTop, 542, kBottom};
-    rects.cards = {width - 142, kTop, width - 64, kBottom};
-    rects.midi = {width - 232, kTop, width - 154, kBottom};
-    rects.effects = {width - 322, kTop, width - 244, kBottom};
+    const int top = onScreen(12), bottom = onScreen(40);
+    const auto fromRight = [=](int left, int right) {
+        return PixelRect{width - onScreen(left), top, width - onScreen(right), bottom};
+    };
+    rects.info = {onScreen(64), top, onScreen(142), bottom};
+    rects.bpm = {onScreen(442), top, onScreen(542), bottom};
+    rects.cards = fromRight(142, 64);
+    rects.midi = fromRight(232, 154);
+    rects.effects = fromRight(322, 244);
 }
 
 void placeDialog(PanelRects& rects, int width, int height) noexcept {
@@ -34,24 +39,30 @@ void placeDialog(PanelRects& rects, int width, int height) noexcept {
     rects.dialog = dialog;
 
     const int middle = dialog.top + dialogHeight / 2;
-    rects.previousCard = {dialog.left + 22, middle - 27, dialog.left + 76, middle + 27};
-    rects.nextCard = {dialog.right - 76, middle - 27, dialog.right - 22, middle + 27};
+    const int near = onScreen(22), far = onScreen(76), half = onScreen(27);
+    rects.previousCard = {dialog.left + near, middle - half, dialog.left + far, middle + half};
+    rects.nextCard = {dialog.right - far, middle - half, dialog.right - near, middle + half};
 
-    const int buttons = dialog.left + (dialogWidth - 296) / 2;
-    rects.title = {buttons, dialog.bottom - 42, buttons + 92, dialog.bottom - 12};
-    rects.save = {buttons + 102, dialog.bottom - 42, buttons + 194, dialog.bottom - 12};
-    rects.load = {buttons + 204, dialog.bottom - 42, buttons + 296, dialog.bottom - 12};
-    rects.cancel = {dialog.right - 104, dialog.top + 10, dialog.right - 16, dialog.top + 38};
+    const int buttons = dialog.left + (dialogWidth - onScreen(296)) / 2;
+    const auto button = [=](int left, int right) {
+        return PixelRect{buttons + onScreen(left), dialog.bottom - onScreen(42),
+                         buttons + onScreen(right), dialog.bottom - onScreen(12)};
+    };
+    rects.title = button(0, 92);
+    rects.save = button(102, 194);
+    rects.load = button(204, 296);
+    rects.cancel = {dialog.right - onScreen(104), dialog.top + onScreen(10),
+                    dialog.right - onScreen(16), dialog.top + onScreen(38)};
 
-    int cardHeight = dialogHeight - 112;
-    int cardWidth = dialogWidth - 216;
+    int cardHeight = dialogHeight - onScreen(112);
+    int cardWidth = dialogWidth - onScreen(216);
     if (truncated(cardHeight * kCardAspect) > cardWidth) {
         cardHeight = truncated(cardWidth / kCardAspect);
     } else {
         cardWidth = truncated(cardHeight * kCardAspect);
     }
-    rects.dialogCard =
-        box(dialog.left + (dialogWidth - cardWidth) / 2, dialog.top + 48, cardWidth, cardHeight);
+    rects.dialogCard = box(dialog.left + (dialogWidth - cardWidth) / 2, dialog.top + onScreen(48),
+                           cardWidth, cardHeight);
 }
 
 void placeReader(PanelRects& rects, int width, int height, double readerCardY) noexcept {

@@ -6,6 +6,7 @@ namespace percussomatic {
 
 // What the program itself draws over the panel, in client pixels: the boxes of the strip along the
 // top at fixed distances from the window's edges, the card dialog in the middle, and the reader.
+// The fixed distances grow with the display's DPI.
 struct PanelRects {
     PixelRect info, bpm, cards, midi, effects;
     PixelRect dialog, previousCard, nextCard, title, save, load, cancel;

@@ -6,9 +6,15 @@
 #include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "ui/card_rendering.h"
+#include "ui/display_scale.h"
 #include "ui/drawing.h"
+#include "ui/images.h"
+#include "ui/scaled_pictures.h"
+#include "ui/screen_pixels.h"
 
+#include <algorithm>
 #include <cwchar>
+#include <vector>
 
 namespace percussomatic {
 
@@ -22,80 +28,50 @@ constexpr std::uint32_t kBoxFill = 0x9B0F1214, kBoxEdge = 0xAFB4B4B4;
 constexpr std::uint32_t kBoxText = 0xDCEBEBEB, kBoxTextOn = 0xE687EB9B;
 constexpr std::uint32_t kTempoInternal = 0xFFFFFF00, kTempoExternal = 0xFF00FF00;
 
-struct BackgroundCache {
-    Bitmap bitmap;
-    int width = 0, height = 0;
-};
-
-BackgroundCache& backgroundCache() noexcept {
-    static BackgroundCache cache;
+// The static pictures at the present client size.
+PixelImage& backgroundCache() noexcept {
+    static PixelImage cache;
     return cache;
 }
 
-// Each static picture replaces what lies beneath it, which is quicker than blending; all of them
-// are opaque where they overlap. It is scaled at the origin of a bitmap of its own first: scaled in
-// place, rounding of far coordinates can lose its first row or column.
-void drawStaticPicture(GpGraphics* graphics, const Picture& picture, int left, int top, int width,
-                       int height) {
-    const Bitmap scaled = newBitmap(width, height);
-    if (scaled == nullptr) {
-        return;
-    }
-    const Graphics onScaled = graphicsOn(scaled.get());
-    usePictureMode(onScaled.get());
-    GdipSetCompositingMode(onScaled.get(), CompositingModeSourceCopy);
-    GdipSetCompositingQuality(onScaled.get(), CompositingQualityHighSpeed);
-    GdipSetSmoothingMode(onScaled.get(), SmoothingModeNone);
-    drawPicture(onScaled.get(), picture, {0, 0, width, height}, mirroredEdges());
-    GdipDrawImageRectI(graphics, scaled.get(), left, top, width, height);
-}
-
-// A knob: its picture turned clockwise about the middle of the rectangle.
-void drawTurned(GpGraphics* graphics, const Picture& picture, const PixelRect& rect,
-                const ImageAttributes& edges, double value) {
+// A knob. Turned from twice its size, or the system's filter would leave its edges jagged.
+void paintRotary(Canvas& canvas, const PixelImage& picture, const PixelRect& rect, double value) {
     constexpr double kFullTurnDeg = 300.0;
-    const float centreX = static_cast<float>(rect.left + rect.right) * 0.5f;
-    const float centreY = static_cast<float>(rect.top + rect.bottom) * 0.5f;
-    GraphicsState state = 0;
-    GdipSaveGraphics(graphics, &state);
-    GdipTranslateWorldTransform(graphics, centreX, centreY, MatrixOrderPrepend);
-    GdipRotateWorldTransform(graphics, static_cast<float>(value * kFullTurnDeg),
-                             MatrixOrderPrepend);
-    GdipTranslateWorldTransform(graphics, -centreX, -centreY, MatrixOrderPrepend);
-    drawPicture(graphics, picture, rect, edges);
-    GdipRestoreGraphics(graphics, state);
+    const PixelImage& knob = keptScaled(picture, std::min(picture.width, 2 * rect.width()),
+                                        std::min(picture.height, 2 * rect.height()));
+    drawTurned(canvas.graphics(), knob, canvas.place(rect), value * kFullTurnDeg);
 }
 
-void paintControls(const Canvas& canvas, double scale) {
-    const ImageAttributes edges = mirroredEdges();
+void paintControls(Canvas& canvas, double scale) {
     const auto rows = controlRows();
     for (int index = 0; index < kControlCount; ++index) {
         if (!isInteractive(rows[static_cast<std::size_t>(index)])) {
             continue;
         }
         const PixelRect rect = controlClientRect(index, scale);
-        if (!overlap(rect, canvas.region)) {
+        if (!overlap(rect, canvas.region())) {
             continue;
         }
-        const Picture* picture = imageFor(index);
+        const PixelImage* picture = imageFor(index);
         if (picture == nullptr) {
             continue;
         }
         if (const RotaryState* rotary = rotaryState(index); rotary != nullptr) {
-            drawTurned(canvas.graphics, *picture, canvas.place(rect), edges, rotary->value);
+            paintRotary(canvas, *picture, rect, rotary->value);
         } else {
-            drawPicture(canvas.graphics, *picture, canvas.place(rect), edges);
+            canvas.put(keptScaled(*picture, rect.width(), rect.height()), rect.left, rect.top);
         }
     }
 }
 
-void paintStrip(const Canvas& canvas, const PanelRects& rects) {
+void paintStrip(Canvas& canvas, const PanelRects& rects) {
     const Sequencer& now = sequencer();
     // Strings cost far more than the test whether they are seen.
     const auto box = [&](const PixelRect& rect, std::wstring_view text, float size,
                          std::uint32_t colour) {
         if (canvas.shows(rect)) {
-            drawBox(canvas.graphics, canvas.place(rect), text, size, {kBoxFill, kBoxEdge, colour});
+            drawBox(canvas.graphics(), canvas.place(rect), text, onScreen(size),
+                    {kBoxFill, kBoxEdge, colour});
         }
     };
     const bool followsMidi = now.externalSync && now.midiClockSeen && now.midiBpm > 0.0;
@@ -112,7 +88,7 @@ void paintStrip(const Canvas& canvas, const PanelRects& rects) {
     box(rects.effects, L"EFFECTS", 13, effectOn ? kBoxTextOn : kBoxText);
 }
 
-void paintOverlay(const Canvas& canvas, LayoutSize client, double scale) {
+void paintOverlay(Canvas& canvas, LayoutSize client, double scale) {
     const PanelRects rects = cardPanelRects(client);
     paintStrip(canvas, rects);
     if (cardPanel().cardsDialogOpen) {
@@ -136,7 +112,7 @@ double windowScale(HWND window) noexcept {
     return viewScale(client.width, client.height);
 }
 
-const Picture* imageFor(int index) noexcept {
+const PixelImage* imageFor(int index) noexcept {
     if (index < 0 || index >= kControlCount) {
         return nullptr;
     }
@@ -145,7 +121,6 @@ const Picture* imageFor(int index) noexcept {
 }
 
 void rebuildBackgroundCache(HWND window) {
-    BackgroundCache& cache = backgroundCache();
     releaseBackgroundCache();
     const LayoutSize client = clientSize(window);
     if (client.width <= 0 || client.height <= 0) {
@@ -153,67 +128,53 @@ void rebuildBackgroundCache(HWND window) {
     }
     const double scale = windowScale(window);
     ensurePanelImages(scale);
-    cache.bitmap = newBitmap(client.width, client.height);
-    if (cache.bitmap == nullptr) {
-        return;
-    }
-    cache.width = client.width;
-    cache.height = client.height;
+    PixelImage& cache = backgroundCache();
+    cache = blankImage(client.width, client.height);
+    std::fill(cache.pixels.begin(), cache.pixels.end(), kBackground);
 
-    const Graphics graphics = graphicsOn(cache.bitmap.get());
-    useCopyMode(graphics.get());
-    GdipGraphicsClear(graphics.get(), kBackground);
-    const auto scaled = [scale](int units) { return static_cast<int>(units * scale + 0.5); };
+    // Each picture replaces what lies beneath it, which is quicker than blending; all of them are
+    // opaque where they overlap.
+    const auto inPixels = [scale](int units) { return static_cast<int>(units * scale + 0.5); };
     const auto rows = controlRows();
     for (std::size_t index = 0; index < rows.size(); ++index) {
         const ControlRow& row = rows[index];
-        const Picture* picture = imageCache().pairs[index].normal;
+        const PixelImage* picture = imageCache().pairs[index].normal;
         if (row.visible != 0 && !isInteractive(row) && picture != nullptr) {
-            drawStaticPicture(graphics.get(), *picture, scaled(row.x), scaled(row.y),
-                              scaled(row.width), scaled(row.height));
+            copyPixels(scaled(*picture, inPixels(row.width), inPixels(row.height)), inPixels(row.x),
+                       inPixels(row.y), viewOf(cache));
         }
     }
 }
 
 void releaseBackgroundCache() noexcept {
-    backgroundCache() = BackgroundCache{};
+    backgroundCache() = {};
+    screenPixels().release();
+    dropScaledPictures();
 }
 
 void paintPanel(HWND window) {
+    const std::vector<PixelRect> regions = invalidRects(window);
     PAINTSTRUCT paint{};
     HDC dc = BeginPaint(window, &paint);
     const LayoutSize client = clientSize(window);
-    const BackgroundCache& cache = backgroundCache();
-    if (cache.bitmap == nullptr || cache.width != client.width || cache.height != client.height) {
+    if (backgroundCache().width != client.width || backgroundCache().height != client.height) {
         rebuildBackgroundCache(window);
     }
-
-    const PixelRect region{paint.rcPaint.left, paint.rcPaint.top, paint.rcPaint.right,
-                           paint.rcPaint.bottom};
-    if (region.width() >= 1 && region.height() >= 1) {
-        const Bitmap screen = newBitmap(region.width(), region.height());
-        const Graphics offScreen = screen == nullptr ? nullptr : graphicsOn(screen.get());
-        const auto onWindow = created<Graphics>(GdipCreateFromHDC, dc);
-        if (offScreen != nullptr && onWindow != nullptr) {
-            composePanel(offScreen.get(), region, client);
-            GdipSetCompositingMode(onWindow.get(), CompositingModeSourceCopy);
-            GdipDrawImageRectI(onWindow.get(), screen.get(), region.left, region.top,
-                               region.width(), region.height());
+    if (ScreenPixels& screen = screenPixels(); screen.fit(client)) {
+        for (const PixelRect& region : regions) {
+            composePanel(screen.view().part(region), region, client);
+            BitBlt(dc, region.left, region.top, region.width(), region.height(), screen.dc(),
+                   region.left, region.top, SRCCOPY);
         }
+        GdiFlush(); // before the next paint writes there again
     }
     EndPaint(window, &paint);
 }
 
-void composePanel(GpGraphics* graphics, const PixelRect& region, LayoutSize client) {
+void composePanel(const PixelView& pixels, const PixelRect& region, LayoutSize client) {
     const double scale = viewScale(client.width, client.height);
-    const Canvas canvas{graphics, region};
-    useCopyMode(graphics);
-    if (GpBitmap* background = backgroundCache().bitmap.get(); background != nullptr) {
-        GdipDrawImageRectRectI(graphics, background, 0, 0, region.width(), region.height(),
-                               region.left, region.top, region.width(), region.height(), UnitPixel,
-                               nullptr, nullptr, nullptr);
-    }
-    usePictureMode(graphics);
+    Canvas canvas(pixels, region);
+    copyPixels(backgroundCache(), -region.left, -region.top, pixels);
     paintControls(canvas, scale);
     paintOverlay(canvas, client, scale);
 }

@@ -17,15 +17,16 @@ LayoutSize clientSize(HWND window) noexcept;
 double windowScale(HWND window) noexcept;
 
 // The picture a control shows now, or null.
-const Picture* imageFor(int index) noexcept;
+const PixelImage* imageFor(int index) noexcept;
 
 void rebuildBackgroundCache(HWND window);
 void releaseBackgroundCache() noexcept;
 
-// Composes what is invalid off-screen and copies it to the window: the WM_PAINT handler.
+// Composes every rectangle that is invalid off-screen and copies it to the window: the WM_PAINT
+// handler.
 void paintPanel(HWND window);
 
-// The same for any region of a client area, into graphics whose origin is the region's corner.
-void composePanel(Gdiplus::GpGraphics* graphics, const PixelRect& region, LayoutSize client);
+// The same for any region of a client area, into pixels of the region's size.
+void composePanel(const PixelView& pixels, const PixelRect& region, LayoutSize client);
 
 } // namespace percussomatic

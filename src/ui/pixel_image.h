@@ -1,5 +1,8 @@
 #pragma once
 
+#include "ui/control_layout.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -12,6 +15,27 @@ struct PixelImage {
     std::vector<std::uint32_t> pixels;
 };
 
+// A rectangle of somebody else's pixels of the same kind; the first of a row lies `stride` pixels
+// behind the first of the row above.
+struct PixelView {
+    std::uint32_t* pixels;
+    int width, height;
+    std::ptrdiff_t stride;
+
+    std::uint32_t* row(int y) const noexcept { return pixels + y * stride; }
+    PixelView part(const PixelRect& rect) const noexcept {
+        return {row(rect.top) + rect.left, rect.width(), rect.height(), stride};
+    }
+};
+
+PixelImage blankImage(int width, int height); // transparent; empty unless both are positive
+PixelView viewOf(PixelImage& image) noexcept;
+
+// Puts the picture with its upper left corner at (left, top) of the target, which cuts off what
+// lies outside: in place of what is there, or over it.
+void copyPixels(const PixelImage& picture, int left, int top, const PixelView& target) noexcept;
+void blendPixels(const PixelImage& picture, int left, int top, const PixelView& target) noexcept;
+
 // Multiplies the colours of straight pixels by their alpha, rounded.
 void premultiply(PixelImage& image) noexcept;
 
@@ -19,6 +43,11 @@ void premultiply(PixelImage& image) noexcept;
 // is averaged with itself. Averaging before drawing is what keeps a panel shown at a fifth of its
 // size free of jagged edges; the system's own filters look at 2 x 2 pixels only.
 PixelImage halved(const PixelImage& image);
+
+// Any other size: halved while it is still at least as large as wanted, then every pixel is
+// weighted from the 2 x 2 that lie about its middle, in steps of 1/256. Pictures end with their
+// last pixels: nothing is looked for beyond. `width` and `height` are positive.
+PixelImage scaled(const PixelImage& image, int width, int height);
 
 // How often a picture of `width` x `height` can be halved and still be at least as large as when it
 // is shown at `largestScale` (client pixels per pixel).

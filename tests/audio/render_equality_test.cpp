@@ -64,40 +64,35 @@ Bytes noise(const Recording& recording, Dice& dice) {
 // A random turn of a control or two, the same on both engines.
 template <typename Both>
 void turnAControl(Dice& dice, const Both& both) {
-    const float amount = dice.between(-0.1f, 1.1f), roomSize = dice.between(-0.1f, 1.1f);
-    const float damping = dice.between(-0.1f, 1.1f), width = dice.between(-0.1f, 1.1f);
-    const std::uint32_t send = dice.below(34);
-    const auto preset = static_cast<std::int32_t>(dice.below(8)) - 1;
-    const float preDelayMs = dice.oneIn(4) ? 0.0f : dice.between(-10.0f, 220.0f);
+    const auto amount = [&dice] { return dice.between(-0.1f, 1.1f); };
+    const float first = amount(), second = amount(), third = amount(), fourth = amount();
+    const std::uint32_t send = dice.below(34), holdMs = dice.below(120), minMs = dice.below(60);
+    const float preDelayMs = dice.oneIn(4) ? 0.0f : dice.between(-20.0f, 300.0f);
     const bool flag = !dice.oneIn(4);
-    const float threshold = dice.between(0.0f, 1e-4f);
-    const std::uint32_t holdMs = dice.below(120);
-    const std::uint32_t minMs = dice.below(60);
-    switch (dice.below(8)) {
-    case 0:
-        both([=](auto& engine) {
-            engine.setMasterVolume(amount);
+    const std::uint32_t choice = dice.below(8);
+    both([=](auto& engine) {
+        switch (choice) {
+        case 0:
+            engine.setMasterVolume(first);
             engine.setEffectEnabled(flag);
-        });
-        break;
-    case 1:
-        both([=](auto& engine) { engine.setEffectPreset(preset); });
-        break;
-    case 2:
-        both([=](auto& engine) {
-            engine.setEffectReturn(amount);
-            engine.setEffectRoomSize(roomSize);
-            engine.setEffectDamping(damping);
-            engine.setEffectWidth(width);
+            break;
+        case 1:
+            engine.setEffectPreset(static_cast<std::int32_t>(holdMs % 8) - 1);
+            break;
+        case 2:
+            engine.setEffectReturn(first);
+            engine.setEffectRoomSize(second);
+            engine.setEffectDamping(third);
+            engine.setEffectWidth(fourth);
             engine.setEffectPreDelayMs(preDelayMs);
-        });
-        break;
-    case 3:
-        both([=](auto& engine) { engine.setAutoStop(flag, threshold, holdMs, minMs); });
-        break;
-    default:
-        both([=](auto& engine) { engine.setSend(send, amount); });
-    }
+            break;
+        case 3:
+            engine.setAutoStop(flag, 1e-4f * first, holdMs, minMs);
+            break;
+        default:
+            engine.setSend(send, first);
+        }
+    });
 }
 
 class RenderEquality : public testing::TestWithParam<std::uint32_t> {};

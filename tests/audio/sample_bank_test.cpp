@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
 #include <string>
 
@@ -55,8 +54,7 @@ TEST(ParseWave, RefusesFilesItCannotPlay) {
         {"frame wider than the data", withFormat({.bits = 65535})},
     };
     for (const auto& [what, file] : cases) {
-        SCOPED_TRACE(what);
-        EXPECT_FALSE(parseWave(file));
+        EXPECT_FALSE(parseWave(file)) << what;
     }
 }
 
@@ -64,19 +62,16 @@ TEST(ParseWave, RefusesEveryTruncation) {
     const Bytes whole = goodFile();
     ASSERT_TRUE(parseWave(whole));
     for (std::size_t size = 0; size < whole.size(); ++size) {
-        SCOPED_TRACE(size);
         // A copy of its own, so that reading past its end is seen by the sanitizers.
-        EXPECT_FALSE(
-            parseWave(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))));
+        const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        EXPECT_FALSE(parseWave(cut)) << size;
     }
 }
 
 TEST(ParseWave, ConvertsEachWidth) {
     using Limits = std::numeric_limits<float>;
     const auto floatBytes = [](float value) {
-        std::string bytes(sizeof value, '\0');
-        std::memcpy(bytes.data(), &value, sizeof value);
-        return bytes;
+        return std::string(reinterpret_cast<const char*>(&value), sizeof value);
     };
     const struct {
         std::uint16_t tag, bits;

@@ -48,28 +48,6 @@ TEST_F(SoundEngineTest, RejectedFilesTakeNoIndex) {
     EXPECT_EQ(load({0.5f}), 1);
 }
 
-TEST_F(SoundEngineTest, FirstIdleVoiceIsTakenAndVoice0WhenAllAreBusy) {
-    load(std::vector<float>(100, 0.5f));
-    load(std::vector<float>(100, 0.25f));
-    for (std::size_t i = 0; i < kVoiceCount; ++i) {
-        engine.trigger(0, 1.0f);
-    }
-    render(10);
-    engine.trigger(1, 0.5f);
-    EXPECT_EQ(engine.voices[0].sampleIndex, 1);
-    EXPECT_EQ(engine.voices[0].position, 0.0);
-    EXPECT_EQ(engine.voices[0].gain, 0.5f);
-    EXPECT_EQ(engine.voices[0].playedFrames, 0U);
-    for (std::size_t slot = 1; slot < kVoiceCount; ++slot) {
-        EXPECT_EQ(engine.voices[slot].sampleIndex, 0);
-        EXPECT_EQ(engine.voices[slot].position, 10.0);
-    }
-    engine.voices[7].active = false;
-    engine.trigger(1, 1.0f);
-    EXPECT_EQ(engine.voices[7].sampleIndex, 1);
-    EXPECT_EQ(engine.voices[0].gain, 0.5f);
-}
-
 TEST_F(SoundEngineTest, AutoStopCountsFrames) {
     const struct {
         const char* what;
@@ -129,7 +107,7 @@ TEST_F(SoundEngineTest, RenderAllocatesNothing) {
         engine.trigger(0, 0.1f);
     }
     std::vector<std::int16_t> out(16384);
-    const AllocationCount allocations;
+    const std::size_t before = allocationCount();
     for (const std::uint32_t frames : {512U, 1U, 8192U}) {
         engine.renderBlock(out.data(), frames);
     }
@@ -137,11 +115,8 @@ TEST_F(SoundEngineTest, RenderAllocatesNothing) {
     engine.renderBlock(out.data(), 512);
     engine.outputMuted = 1;
     engine.renderBlock(out.data(), 512);
-    const std::size_t whileRendering = allocations.value();
-    ::operator delete(::operator new(1));
-    const std::size_t withOne = allocations.value();
-    EXPECT_EQ(whileRendering, 0U);
-    EXPECT_EQ(withOne, 1U) << "the count does not count";
+    EXPECT_EQ(allocationCount(), before);
+    EXPECT_GT(before, 0U) << "the count does not count";
 }
 
 TEST(EffectChoice, SkipsTheEnginePresetsWithoutAButton) {
@@ -155,7 +130,6 @@ TEST(EffectChoice, SkipsTheEnginePresetsWithoutAButton) {
         EXPECT_EQ(effectChoice().selectedPreset, selected);
         EXPECT_EQ(soundEngine().reverb.presetIndex, enginePreset);
     }
-    resetEffectChoice();
 }
 
 } // namespace

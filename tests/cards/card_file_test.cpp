@@ -1,9 +1,8 @@
 #include "cards/card_file.h"
 
-#include <gtest/gtest.h>
+#include "support/own_folder.h"
 
-#include <fstream>
-#include <iterator>
+#include <gtest/gtest.h>
 
 #ifndef _WIN32
 #include <csignal>
@@ -15,39 +14,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string contents(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void put(const fs::path& path, std::string_view text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-// A working directory of its own, gone afterwards.
 class CardFile : public testing::Test {
 protected:
-    CardFile() {
-        fs::remove_all(folder_);
-        fs::create_directory(folder_);
-        fs::current_path(folder_);
-    }
-    ~CardFile() override {
-        fs::current_path(former_);
-        fs::remove_all(folder_);
-    }
-    static std::ptrdiff_t filesIn(const fs::path& folder) {
-        return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-    }
-
+    OwnFolder folder;
     const fs::path path = cardFilePath(9);
     const std::string text = writePunchCard({}, 9);
     const std::string old = writePunchCard({}, 0);
-
-private:
-    const fs::path former_ = fs::current_path();
-    const fs::path folder_ =
-        former_ / testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
 TEST_F(CardFile, MakesItsFolderAndReplacesWhatIsThere) {

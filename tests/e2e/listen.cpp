@@ -1,19 +1,18 @@
-// listen: what can be heard of the program, as lines of text for the end-to-end tests. Ends with 1
-// when the sound is not what it should be, with 2 when it was called wrongly.
+// listen: what the stand-in for winmm.dll wrote down of a program's sound, as lines of text for the
+// end-to-end tests. Ends with 1 when the sound is not what it should be, with 2 when it was called
+// wrongly.
 //
-//   listen replay RECORDING SCENARIO    the steps in what the stand-in for winmm.dll wrote down:
-//       "blocks N", "opens N", "dry N" (times that the queue ran dry), then for every step with a
-//       sound "hit STEP BLOCK HANDED_NS STARTS_NS LAST_BLOCK COUNT": its place in the cycle, the
-//       first block it is heard in and its times, the block of its last voice, the steps before it
-//       in all; "muted BLOCK" when all is silent from there on, "ambiguous" when another reading
-//       fits as well, "difference BLOCK FRAME" when none does
-//   listen match CAPTURE ASSET [GAIN]   the hits of one recording in raw 16-bit stereo of 48 kHz:
-//       "hit FRAME LIKENESS GAIN"
+//   listen replay RECORDING SCENARIO    holds every block against what the engine renders, and
+//   finds
+//       out before which blocks the voices were started: "hit STEP BLOCK HANDED_NS" for every step
+//       with a sound, its place in the cycle and the first block it is heard in;
+//       "difference BLOCK FRAME" where nothing of the scenario explains what is heard
 //   listen show RECORDING               per block "HANDED_NS STARTS_NS FRAMES PEAK"
+//
+// A scenario has the lines "master VALUE", the rotary 0..1, and per step of the cycle
+// "step SAMPLE:SLIDER SAMPLE:SLIDER ...", sliders 0..650, in the order in which voices start.
 
-#include "listen_match.h"
 #include "listen_recording.h"
-#include "listen_replay.h"
 
 #include "audio/sound_engine.h"
 #include "sequencer/sequencer.h"
@@ -23,108 +22,122 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-using percussomatic::SoundEngine;
-
 constexpr int kWrongSound = 1;
 constexpr int kMisused = 2;
 
-int misused(const std::string& why) {
-    std::cerr << "listen: " << why << '\n';
-    return kMisused;
-}
+struct Block {
+    listen::BlockHead head;
+    std::vector<std::int16_t> samples;
+};
 
-std::int32_t load(SoundEngine& engine, std::string_view name) {
-    const percussomatic::AssetBytes asset = percussomatic::findAsset(name);
-    return engine.loadSample(asset.bytes, asset.size);
-}
+struct Trigger {
+    int step = 0;             // in the cycle
+    bool firstOfStep = false; // voices of one step may start before different blocks
+    std::int32_t sampleIndex = 0;
+    float gain = 1.0f;
+};
 
-int countDry(const std::vector<listen::Block>& recording) {
-    constexpr std::int64_t kNsPerSecond = 1'000'000'000;
-    int dry = 0;
-    for (std::size_t block = 1; block < recording.size(); ++block) {
-        const listen::BlockHead& before = recording[block - 1].head;
-        const std::int64_t endsNs =
-            before.startsNs + before.frames * kNsPerSecond / percussomatic::kDeviceRateHz;
-        if (before.frames > 0 && recording[block].head.frames > 0 &&
-            recording[block].head.startsNs > endsNs) {
-            ++dry;
+// All whole entries: the last one may be cut off when the program was killed.
+std::vector<Block> readRecording(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::vector<Block> blocks;
+    Block block;
+    while (file.read(reinterpret_cast<char*>(&block.head), sizeof(block.head))) {
+        block.samples.resize(static_cast<std::size_t>(block.head.frames) * 2);
+        if (file.read(reinterpret_cast<char*>(block.samples.data()),
+                      block.head.frames * static_cast<std::int64_t>(listen::kFrameBytes))) {
+            blocks.push_back(block);
         }
     }
-    return dry;
+    return blocks;
 }
 
-int printReplay(const std::string& recordingPath, const std::string& scenarioPath) {
-    const auto recording = listen::readRecording(recordingPath);
-    if (!recording) {
-        return misused("no recording in " + recordingPath);
+std::vector<Trigger> readScenario(const std::string& path, double& master) {
+    std::ifstream text(path);
+    std::vector<Trigger> cycle;
+    int step = 0;
+    for (std::string line; std::getline(text, line);) {
+        std::istringstream words(line);
+        std::string word;
+        words >> word;
+        if (word == "master") {
+            words >> master;
+            continue;
+        }
+        Trigger trigger{.step = step++, .firstOfStep = true};
+        char colon = '\0';
+        for (float slider = 0; words >> trigger.sampleIndex >> colon >> slider;) {
+            trigger.gain = slider / 650.0f;
+            cycle.push_back(trigger);
+            trigger.firstOfStep = false;
+        }
     }
-    std::ifstream text(scenarioPath);
-    const auto scenario = listen::readScenario(text);
-    if (!scenario) {
-        return misused("no scenario in " + scenarioPath);
-    }
-    SoundEngine& engine = percussomatic::soundEngine();
+    return cycle;
+}
+
+void prepare(percussomatic::SoundEngine& engine, double master) {
     engine.prepareForDevice();
+    engine.setMasterVolume(static_cast<float>(master * master));
     for (const percussomatic::RhythmLine& line : percussomatic::kRhythmLines) {
-        load(engine, line.sampleA);
-        load(engine, line.sampleB);
+        for (const std::string_view name : {line.sampleA, line.sampleB}) {
+            const percussomatic::AssetBytes asset = percussomatic::findAsset(name);
+            engine.loadSample(asset.bytes, asset.size);
+        }
     }
-    const auto opens = std::count_if(recording->begin(), recording->end(),
-                                     [](const auto& block) { return block.samples.empty(); });
-    std::cout << "blocks " << recording->size() << "\nopens " << opens << "\ndry "
-              << countDry(*recording) << '\n';
-    const listen::Replay result = listen::replay(engine, *recording, *scenario);
-    for (const listen::Hit& hit : result.hits) {
-        const listen::BlockHead& head = (*recording)[hit.firstBlock].head;
-        std::cout << "hit " << hit.step % scenario->cycle.size() << ' ' << hit.firstBlock << ' '
-                  << head.handedNs << ' ' << head.startsNs << ' ' << hit.lastBlock << ' '
-                  << hit.step << '\n';
-    }
-    if (result.muted) {
-        std::cout << "muted " << *result.muted << '\n';
-    }
-    if (result.ambiguous) {
-        std::cout << "ambiguous\n";
-    }
-    if (result.difference) {
-        std::cout << "difference " << result.difference->block << ' ' << result.difference->frame
-                  << '\n';
-        return kWrongSound;
+}
+
+// Renders each block with no voice started before it, with one, with two ..., until it equals the
+// recorded one; every recording is heard within its first block.
+int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>& cycle,
+                percussomatic::SoundEngine& engine) {
+    constexpr std::size_t kMostAtOnce = 12; // two late steps
+    std::size_t played = 0;                 // triggers, over all cycles
+    for (std::size_t number = 0; number < recording.size(); ++number) {
+        const Block& block = recording[number];
+        if (block.samples.empty()) {
+            engine.deactivateAllVoices(); // closing the device before ended them
+            continue;
+        }
+        const auto voices = engine.voices;
+        std::vector<std::int16_t> rendered(block.samples.size());
+        std::ptrdiff_t equal = 0, longest = 0;
+        std::size_t started = 0;
+        for (;; ++started) {
+            engine.voices = voices;
+            for (std::size_t next = played; next < played + started; ++next) {
+                const Trigger& trigger = cycle[next % cycle.size()];
+                engine.trigger(trigger.sampleIndex, trigger.gain);
+            }
+            engine.renderBlock(rendered.data(), static_cast<std::uint32_t>(block.head.frames));
+            equal = std::ranges::mismatch(rendered, block.samples).in1 - rendered.begin();
+            longest = std::max(longest, equal);
+            if (equal == std::ssize(rendered) || started == kMostAtOnce) {
+                break;
+            }
+        }
+        if (equal != std::ssize(rendered)) {
+            std::cout << "difference " << number << ' ' << longest / 2 << '\n';
+            return kWrongSound;
+        }
+        for (; started > 0; --started, ++played) {
+            const Trigger& trigger = cycle[played % cycle.size()];
+            if (trigger.firstOfStep) {
+                std::cout << "hit " << trigger.step << ' ' << number << ' ' << block.head.handedNs
+                          << '\n';
+            }
+        }
     }
     return 0;
 }
 
-int printMatches(const std::string& capturePath, const std::string& asset, double gain) {
-    SoundEngine& engine = percussomatic::soundEngine();
-    if (load(engine, asset) < 0) {
-        return misused("no recording is called " + asset);
-    }
-    std::ifstream file(capturePath, std::ios::binary);
-    if (!file) {
-        return misused("no capture in " + capturePath);
-    }
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-    std::vector<std::int16_t> capture(bytes.size() / sizeof(std::int16_t));
-    std::copy_n(bytes.data(), capture.size() * sizeof(std::int16_t),
-                reinterpret_cast<char*>(capture.data()));
-    for (const listen::Found& hit : listen::findHits(capture, engine.samples.front(), gain)) {
-        std::cout << "hit " << hit.frame << ' ' << hit.likeness << ' ' << hit.gain << '\n';
-    }
-    return 0;
-}
-
-int printBlocks(const std::string& recordingPath) {
-    const auto recording = listen::readRecording(recordingPath);
-    if (!recording) {
-        return misused("no recording in " + recordingPath);
-    }
-    for (const listen::Block& block : *recording) {
+void printBlocks(const std::vector<Block>& recording) {
+    for (const Block& block : recording) {
         int peak = 0;
         for (const std::int16_t sample : block.samples) {
             peak = std::max(peak, std::abs(int{sample}));
@@ -132,23 +145,24 @@ int printBlocks(const std::string& recordingPath) {
         std::cout << block.head.handedNs << ' ' << block.head.startsNs << ' ' << block.head.frames
                   << ' ' << peak << '\n';
     }
-    return 0;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    const std::string task = words.empty() ? "" : words[0];
-    if (task == "replay" && words.size() == 3) {
-        return printReplay(words[1], words[2]);
+    const auto recording = readRecording(words.size() > 1 ? words[1] : "");
+    if (words.size() == 3 && words[0] == "replay" && !recording.empty()) {
+        double master = 1.0;
+        const std::vector<Trigger> cycle = readScenario(words[2], master);
+        if (!cycle.empty()) {
+            prepare(percussomatic::soundEngine(), master);
+            return printReplay(recording, cycle, percussomatic::soundEngine());
+        }
+    } else if (words.size() == 2 && words[0] == "show") {
+        printBlocks(recording);
+        return 0;
     }
-    if (task == "match" && (words.size() == 3 || words.size() == 4)) {
-        const double gain = words.size() == 4 ? std::strtod(words[3].c_str(), nullptr) : 1.0;
-        return printMatches(words[1], words[2], gain);
-    }
-    if (task == "show" && words.size() == 2) {
-        return printBlocks(words[1]);
-    }
-    return misused("replay RECORDING SCENARIO | match CAPTURE ASSET [GAIN] | show RECORDING");
+    std::cerr << "listen: replay RECORDING SCENARIO | show RECORDING, none of them empty\n";
+    return kMisused;
 }

@@ -4,18 +4,13 @@
     midi.set_ports(["Keys", "!open Busy"])
     player = self.start(stand_in=True, **midi.variables())
 
-The stand-in plays by its own clock what is handed over here, so nothing depends on how punctual this script is.
-Passages handed over one after the other overlap; what is played while no port is open and started is lost.
+The stand-in plays by its own clock what is handed over here, one thing after the other, so nothing depends on how
+punctual this script is. What is played while no port is open and started is lost.
 """
-import collections
-import os
 import random
 
-CLOCK, START, CONTINUE, STOP = b"\xf8", b"\xfa", b"\xfb", b"\xfc"
+CLOCK, START, STOP = b"\xf8", b"\xfa", b"\xfc"
 PULSES_PER_BEAT = 24
-
-# Times in nanoseconds of the program's performance counter, which is CLOCK_MONOTONIC_RAW here.
-Delivered = collections.namedtuple("Delivered", "due_ns ns message")
 
 
 def clock_pulses(bpm, pulses, jitter_ms=0.0):
@@ -30,9 +25,7 @@ def clock_pulses(bpm, pulses, jitter_ms=0.0):
 class MidiPorts:
     def __init__(self, folder):
         self.ports, self.script, self.journal = (folder / f"midi_{name}.txt" for name in ("ports", "script", "delivered"))
-        self.sent = 0
         self.set_ports([])
-        self.variables()
 
     def variables(self):
         """The program's environment. Call it for each start: what was played before is forgotten."""
@@ -54,37 +47,15 @@ class MidiPorts:
 
     def send_many(self, passage):
         """Short messages, each so many whole microseconds after the one before it, the first after now."""
-        assert all(delay_us >= 0 and 1 <= len(message) <= 3 for delay_us, message in passage)
-        lines = "".join(f"{delay_us} {bytes(message).hex()}\n" for delay_us, message in passage)
-        with open(self.script, "ab") as script:
-            script.write(lines.encode() + b"\n")
+        with open(self.script, "a") as script:
+            script.write("".join(f"{delay_us} {bytes(message).hex()}\n" for delay_us, message in passage))
         self.sent += len(passage)
 
-    def clock(self, bpm, pulses, jitter_ms=0.0):
-        self.send_many(clock_pulses(bpm, pulses, jitter_ms))
-
-    def start(self):
-        self.send_many([(0, START)])
-
-    def continue_(self):
-        self.send_many([(0, CONTINUE)])
-
-    def stop(self):
-        self.send_many([(0, STOP)])
-
-    def _journal(self):
-        """The whole lines so far, as words: nanoseconds, what happened, and more."""
-        return [line.split(" ", 2) for line in self.journal.read_text(encoding="utf-8").split("\n")[:-1]]
-
     def delivered(self):
-        """What the program's callback was given."""
-        return [Delivered(int(words[2].split()[0]), int(words[0]), bytes.fromhex(words[2].split()[1]))
-                for words in self._journal() if words[1] == "played"]
-
-    def calls(self):
-        """What the program did to the port: "open Keys", "start", "stop", "reset", "close"."""
-        return [" ".join(words[1:]) for words in self._journal() if words[1] not in ("played", "lost")]
+        """When the program was given a message, in nanoseconds."""
+        words = self.journal.read_text().split()
+        return [int(ns) for what, ns in zip(words[::2], words[1::2]) if what == "played"]
 
     def played_out(self):
         """True when everything sent has been played, heard by the program or lost."""
-        return sum(words[1] in ("played", "lost") for words in self._journal()) == self.sent
+        return self.journal.read_text().count("\n") == self.sent

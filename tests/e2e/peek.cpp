@@ -1,11 +1,13 @@
 // peek: what stands in a window of the program, for the end-to-end tests.
 //
 //   peek CLASS      one line per control, in the order of their creation:
-//       "ID LEFT TOP RIGHT BOTTOM STATE TEXT", screen pixels; STATE is the selected entry of a list
-//       or 1 for a checked button, the entries of a list are separated by tabs. Ends with 1 when
-//       there is no such window that can be seen.
+//       "ID LEFT TOP RIGHT BOTTOM STATE TEXT", screen pixels; STATE is the selected entry of a
+//       list, the position of a trackbar or 1 for a checked button, the entries of a list are
+//       separated by tabs. Ends with 1 when there is no such window that can be seen.
 
 #include <windows.h>
+
+#include <commctrl.h>
 
 #include <cstdio>
 #include <string>
@@ -43,8 +45,10 @@ std::string utf8(const std::wstring& text) {
 BOOL CALLBACK printControl(HWND control, LPARAM) {
     wchar_t name[32] = {};
     GetClassNameW(control, name, static_cast<int>(std::size(name)));
-    const bool list = std::wstring(name) == L"ListBox";
-    const LRESULT state = SendMessageW(control, list ? LB_GETCURSEL : BM_GETCHECK, 0, 0);
+    const std::wstring kind(name);
+    const bool list = kind == L"ListBox";
+    const UINT question = list ? LB_GETCURSEL : kind == TRACKBAR_CLASSW ? TBM_GETPOS : BM_GETCHECK;
+    const LRESULT state = SendMessageW(control, question, 0, 0);
     RECT place{};
     GetWindowRect(control, &place);
     std::printf("%d %ld %ld %ld %ld %d %s\n", GetDlgCtrlID(control), place.left, place.top,

@@ -7,29 +7,28 @@
 // Environment variables, all with the prefix PERCUSSOMATIC_TEST_:
 //   RECORD         path of the recording; none is made without it
 //   OPEN_RESULT    what waveOutOpen returns, 0 to open
-//   FAIL_PREPARE   which waveOutPrepareHeader fails, counted from 1
 //   STOP_AFTER_MS  the first opened device returns no buffer that is played later than so many
 //                  milliseconds after its first write
+//
+// Whether the program handles buffers as it should is left to the unit tests of the wave output.
 //
 // Threads: any. One of its own returns the buffers.
 
 #define _WINMM_ // NOLINT(bugprone-reserved-identifier): declares what follows without dllimport
 
 #include "listen_recording.h"
-#include "midi_stand_in.h"
+#include "stand_in.h"
 
 #include <windows.h>
 
 #include <mmsystem.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdlib>
-#include <cstring>
 #include <deque>
+#include <fstream>
 #include <limits>
-#include <string>
 
 namespace {
 
@@ -49,48 +48,25 @@ struct Device {
     CONDITION_VARIABLE changed = CONDITION_VARIABLE_INIT;
     // All guarded by lock.
     bool open = false;
-    int opens = 0, prepares = 0;
-    std::uint32_t frameRateHz = 0;
+    int opens = 0;
+    std::int64_t frameRateHz = 0;
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
     std::deque<QueuedBuffer> queue;
     std::int64_t endsNs = 0;      // of the last buffer; 0 before the first
     std::int64_t hungNs = kNever; // buffers that end later do not return
-    HANDLE recording = INVALID_HANDLE_VALUE;
+    std::ofstream recording;
     HANDLE thread = nullptr;
 };
 
 Device theDevice;
 const auto kHandle = std::bit_cast<HWAVEOUT>(&theDevice);
 
-int numberSetting(const wchar_t* name) {
-    return std::wcstol(setting(name).c_str(), nullptr, 10);
-}
-
-// One call of the system per entry: what is written stays when the program is killed.
-void recordLocked(const listen::BlockHead& head, const void* frames) {
-    if (theDevice.recording == INVALID_HANDLE_VALUE) {
-        return;
-    }
-    std::string entry(listen::kBlockHeadBytes + head.frames * listen::kFrameBytes, '\0');
-    std::memcpy(entry.data(), &head.handedNs, sizeof(head.handedNs));
-    std::memcpy(entry.data() + 8, &head.startsNs, sizeof(head.startsNs));
-    std::memcpy(entry.data() + 16, &head.frames, sizeof(head.frames));
-    if (head.frames > 0) {
-        std::memcpy(entry.data() + listen::kBlockHeadBytes, frames,
-                    head.frames * listen::kFrameBytes);
-    }
-    DWORD written = 0;
-    WriteFile(theDevice.recording, entry.data(), static_cast<DWORD>(entry.size()), &written,
-              nullptr);
-}
-
-void openRecordingLocked() {
-    const std::wstring path = setting(L"RECORD");
-    if (!path.empty() && theDevice.recording == INVALID_HANDLE_VALUE) {
-        theDevice.recording = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                          CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    }
+// Flushed per entry: what is written stays when the program is killed.
+void recordLocked(const listen::BlockHead& head, const char* frames) {
+    theDevice.recording.write(reinterpret_cast<const char*>(&head), sizeof(head));
+    theDevice.recording.write(frames, head.frames * std::int64_t{listen::kFrameBytes});
+    theDevice.recording.flush();
 }
 
 // Lets go of the lock while the program's callback runs.
@@ -137,13 +113,6 @@ std::int64_t stand_in::counterNs() {
     return ticks.QuadPart / second * kNsPerSecond + ticks.QuadPart % second * kNsPerSecond / second;
 }
 
-std::wstring stand_in::setting(const wchar_t* name) {
-    std::array<wchar_t, MAX_PATH> value{};
-    const std::wstring variable = std::wstring(L"PERCUSSOMATIC_TEST_") + name;
-    GetEnvironmentVariableW(variable.c_str(), value.data(), static_cast<DWORD>(value.size()));
-    return value.data();
-}
-
 extern "C" BOOL WINAPI DllMain(HINSTANCE /*library*/, DWORD reason, LPVOID /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH) {
         startMidiPlayer();
@@ -157,23 +126,18 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX form
                             DWORD_PTR callback, DWORD_PTR instance, DWORD /*flags*/) {
     {
         const Lock lock(theDevice.lock);
-        if (const int result = numberSetting(L"OPEN_RESULT"); result != 0) {
+        if (const int result = std::atoi(setting("OPEN_RESULT").c_str()); result != 0) {
             return static_cast<MMRESULT>(result);
         }
-        if (theDevice.open) {
-            return MMSYSERR_ALLOCATED;
-        }
-        if (format->nBlockAlign != listen::kFrameBytes || format->wBitsPerSample != 16) {
-            return WAVERR_BADFORMAT;
-        }
         theDevice.open = true;
-        ++theDevice.opens;
         theDevice.frameRateHz = format->nSamplesPerSec;
         theDevice.callback = std::bit_cast<Callback>(callback);
         theDevice.instance = instance;
         theDevice.endsNs = 0;
         theDevice.hungNs = kNever;
-        openRecordingLocked();
+        if (++theDevice.opens == 1) {
+            theDevice.recording.open(setting("RECORD"), std::ios::binary);
+        }
         recordLocked({.handedNs = counterNs()}, nullptr);
         theDevice.thread = CreateThread(nullptr, 0, returnPlayed, nullptr, 0, nullptr);
     }
@@ -183,42 +147,27 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX form
 }
 
 MMRESULT WINAPI waveOutPrepareHeader(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*/) {
-    const Lock lock(theDevice.lock);
-    if (++theDevice.prepares == numberSetting(L"FAIL_PREPARE")) {
-        return MMSYSERR_NOMEM;
-    }
     header->dwFlags |= WHDR_PREPARED;
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT WINAPI waveOutUnprepareHeader(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*/) {
-    const Lock lock(theDevice.lock);
-    if ((header->dwFlags & WHDR_INQUEUE) != 0) {
-        return WAVERR_STILLPLAYING;
-    }
     header->dwFlags &= ~DWORD{WHDR_PREPARED};
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*/) {
     const Lock lock(theDevice.lock);
-    if (!theDevice.open || (header->dwFlags & WHDR_PREPARED) == 0) {
-        return theDevice.open ? MMRESULT{WAVERR_UNPREPARED} : MMRESULT{MMSYSERR_INVALHANDLE};
-    }
-    if ((header->dwFlags & WHDR_INQUEUE) != 0) {
-        return WAVERR_STILLPLAYING;
-    }
     const std::int64_t nowNs = counterNs();
-    if (theDevice.endsNs == 0 && theDevice.opens == 1) {
-        if (const int stopAfterMs = numberSetting(L"STOP_AFTER_MS"); stopAfterMs != 0) {
-            theDevice.hungNs = nowNs + stopAfterMs * kNsPerMs;
-        }
+    const int stopAfterMs = std::atoi(setting("STOP_AFTER_MS").c_str());
+    if (theDevice.endsNs == 0 && theDevice.opens == 1 && stopAfterMs != 0) {
+        theDevice.hungNs = nowNs + stopAfterMs * kNsPerMs;
     }
     // When the queue has run dry the block begins now, and a gap is left behind it.
-    listen::BlockHead head;
-    head.handedNs = nowNs;
-    head.startsNs = std::max(nowNs, theDevice.endsNs);
-    head.frames = header->dwBufferLength / listen::kFrameBytes;
+    const listen::BlockHead head{.handedNs = nowNs,
+                                 .startsNs = std::max(nowNs, theDevice.endsNs),
+                                 .frames =
+                                     header->dwBufferLength / std::int64_t{listen::kFrameBytes}};
     recordLocked(head, header->lpData);
     theDevice.endsNs = head.startsNs + head.frames * kNsPerSecond / theDevice.frameRateHz;
     header->dwFlags = (header->dwFlags & ~DWORD{WHDR_DONE}) | WHDR_INQUEUE;
@@ -236,18 +185,13 @@ MMRESULT WINAPI waveOutReset(HWAVEOUT /*device*/) {
 }
 
 MMRESULT WINAPI waveOutClose(HWAVEOUT /*device*/) {
-    HANDLE thread = nullptr;
     {
         const Lock lock(theDevice.lock);
-        if (!theDevice.open || !theDevice.queue.empty()) {
-            return theDevice.open ? MMRESULT{WAVERR_STILLPLAYING} : MMRESULT{MMSYSERR_INVALHANDLE};
-        }
         theDevice.open = false;
-        thread = theDevice.thread;
         WakeAllConditionVariable(&theDevice.changed);
     }
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
+    WaitForSingleObject(theDevice.thread, INFINITE);
+    CloseHandle(theDevice.thread);
     theDevice.callback(kHandle, WOM_CLOSE, theDevice.instance, 0, 0);
     return MMSYSERR_NOERROR;
 }

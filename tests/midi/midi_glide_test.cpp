@@ -3,26 +3,16 @@
 #include "audio/sound_engine.h"
 #include "midi/midi_mapping.h"
 #include "midi/midi_state.h"
-#include "sequencer/front_panel.h"
-#include "sequencer/panel_state.h"
 #include "sequencer/sequencer.h"
+#include "support/panel_hand.h"
 #include "support/recorded_midi.h"
 #include "support/recorded_screen.h"
 #include "support/virtual_clock.h"
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 namespace percussomatic {
 namespace {
-
-using Names = std::vector<std::string>;
-
-std::uint32_t& offsetOf(std::string_view name) {
-    return controlState().sliderOffset[static_cast<std::size_t>(findControl(name))];
-}
 
 bool timerRuns() {
     return recordedSystem().timers.contains(WindowTimer::midiGlide);
@@ -79,9 +69,9 @@ TEST_F(MidiGlide, EveryControllerValueIsReached) {
         EXPECT_EQ(soundEngine().masterVolume, static_cast<float>(t * t));
         EXPECT_EQ(panelState().master.value, t);
         EXPECT_EQ(sequencer().bpm, t * 200.0 + 40.0);
-        EXPECT_EQ(offsetOf("slider_001"), static_cast<std::uint32_t>(t * 650.0 + 0.5));
-        EXPECT_EQ(offsetOf("slider_006"), offsetOf("slider_001"));
-        EXPECT_EQ(offsetOf("slider_002"), 0u);
+        EXPECT_EQ(sliderOffset("slider_001"), static_cast<std::uint32_t>(t * 650.0 + 0.5));
+        EXPECT_EQ(sliderOffset("slider_006"), sliderOffset("slider_001"));
+        EXPECT_EQ(sliderOffset("slider_002"), 0u);
     }
 }
 
@@ -92,14 +82,14 @@ TEST_F(MidiGlide, RunningTimerIsLeftAloneAndTheLatestTargetCounts) {
     recordedSystem().timers[WindowTimer::midiGlide] = 1; // would be overwritten by a new begin
     midiSmoothingTick();
     EXPECT_EQ(takeRedraws(), Names{"slider_004 from 0"});
-    EXPECT_EQ(offsetOf("slider_004"), 227u); // 0.35 of 650, just short of 227.5
+    EXPECT_EQ(sliderOffset("slider_004"), 227u); // 0.35 of 650, just short of 227.5
     applyMidiToControl(rotary, 0, false);
     applyMidiToControl(slider, 0, false);
     EXPECT_EQ(recordedSystem().timers.at(WindowTimer::midiGlide), 1u);
     midiSmoothingTick();
-    EXPECT_EQ(offsetOf("slider_004"), 148u); // 0.65 of 227
+    EXPECT_EQ(sliderOffset("slider_004"), 148u); // 0.65 of 227
     glideToTheEnd();
-    EXPECT_EQ(offsetOf("slider_004"), 0u);
+    EXPECT_EQ(sliderOffset("slider_004"), 0u);
     EXPECT_EQ(panelState().master.value, 0.0);
     applyMidiToControl(slider, 1, false);
     EXPECT_EQ(recordedSystem().timers.at(WindowTimer::midiGlide), 16u) << "begun again";
@@ -116,15 +106,15 @@ TEST_F(MidiGlide, SliderStopsOneUnitShortOfSomeTargets) {
         SCOPED_TRACE(target);
         const FreshMidi instrument;
         const int slider = findControl("slider_002");
-        offsetOf("slider_002") = from;
+        sliderOffset("slider_002") = from;
         resetRecordedScreen();
         glideTo(slider, target / kSliderTravel);
         EXPECT_EQ(glideToTheEnd() < 100, lands);
-        EXPECT_EQ(offsetOf("slider_002"), offset);
+        EXPECT_EQ(sliderOffset("slider_002"), offset);
         EXPECT_EQ(midiState().midiTargetValue[static_cast<std::size_t>(slider)] < 0.0, lands);
         applyMidiToControl(slider, 127, false);
         EXPECT_LT(glideToTheEnd(), 20);
-        EXPECT_EQ(offsetOf("slider_002"), 650u);
+        EXPECT_EQ(sliderOffset("slider_002"), 650u);
     }
 }
 

@@ -1,13 +1,11 @@
 #include "midi/midi_profile.h"
 
 #include "midi/midi_connection.h"
+#include "support/panel_hand.h"
 #include "support/recorded_midi.h"
 #include "support/recorded_screen.h"
 
 #include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace percussomatic {
 
@@ -19,7 +17,6 @@ void PrintTo(const MidiMapping& mapping, std::ostream* out) {
 namespace {
 
 using Mappings = std::vector<MidiMapping>;
-using Names = std::vector<std::string>;
 
 const std::string kMagic = "LUMIVARDA_MIDI_MAP_V1";
 

@@ -33,19 +33,21 @@ TEST(StepClockArithmetic, GridStartsAnewOnlyAfterMoreThanOneInterval) {
     const struct {
         std::int64_t late;
         double intervalNs;
-        bool anew;
+        std::uint32_t dropped;
     } cases[] = {
-        {0, 125e6, false},
-        {125'000'000, 125e6, false},
-        {125'000'001, 125e6, true},
-        {7, 7.25, false},
-        {8, 7.25, true},
-        {-5, 125e6, false},
+        {0, 125e6, 0},
+        {125'000'000, 125e6, 0},
+        {125'000'001, 125e6, 1},
+        {375'000'000, 125e6, 3},
+        {7, 7.25, 0},
+        {8, 7.25, 1},
+        {-5, 125e6, 0},
     };
-    for (const auto& [late, intervalNs, anew] : cases) {
-        EXPECT_EQ(nextGridBaseNs(kDeadline + late, kDeadline, intervalNs),
-                  anew ? kDeadline + late : kDeadline)
-            << late;
+    for (const auto& [late, intervalNs, dropped] : cases) {
+        SCOPED_TRACE(late);
+        const std::int64_t now = kDeadline + late;
+        EXPECT_EQ(nextGridBaseNs(now, kDeadline, intervalNs), dropped > 0 ? now : kDeadline);
+        EXPECT_EQ(droppedSteps(now, kDeadline, intervalNs), dropped);
     }
 }
 
@@ -87,23 +89,25 @@ TEST_F(StepClockTest, LatenessNeverShiftsTheGridUntilAWholeStepIsLost) {
         Ns lateMs;    // per wait
         Ns postingMs; // per post
         Ns tickMs;
+        std::uint32_t dropped = 0;
     } cases[] = {
-        {"on time", {}, {}, {125, 250, 375, 500}},
         {"late now and then", {40, 0, 100}, {}, {165, 250, 475, 500}},
         {"always late", {90, 90, 90, 90}, {}, {215, 340, 465, 590}},
         {"one whole step late: it follows at once", {125}, {}, {250, 250, 375, 500}},
-        {"more: lost steps stay lost", {126}, {}, {251, 376, 501}},
-        {"far more", {0, 1000}, {}, {125, 1250, 1375}},
-        {"slow posts count as lateness", {}, {100, 130}, {125, 250, 505, 630}},
+        {"more: lost steps stay lost", {126}, {}, {251, 376, 501}, 1},
+        {"far more", {0, 1000}, {}, {125, 1250, 1375}, 8},
+        {"slow posts count as lateness", {}, {100, 130}, {125, 250, 505, 630}, 1},
     };
-    for (const auto& [what, lateMs, postingMs, tickMs] : cases) {
+    for (const auto& [what, lateMs, postingMs, tickMs, dropped] : cases) {
         SCOPED_TRACE(what);
+        const std::uint32_t droppedBefore = droppedStepCount();
         const FreshInstrument instrument;
         scriptLateness(inMs(lateMs));
         scriptPosting(inMs(postingMs));
         runClock(120.0);
         passTimeTo(tickMs.back() * kNsPerMs);
         EXPECT_EQ(takeTicks(), inMs(tickMs));
+        EXPECT_EQ(droppedStepCount() - droppedBefore, dropped);
     }
 }
 

@@ -5,22 +5,19 @@
 
 namespace {
 
-thread_local bool armed = false;
 thread_local std::size_t allocations = 0;
 
 } // namespace
 
+// All forms stand here: a sanitizer's own array forms would not come by. In a file of its own, or
+// the compiler sees memory of its new go to free().
 void* operator new(std::size_t size) {
-    if (armed) {
-        ++allocations;
-    }
+    ++allocations;
     if (void* memory = std::malloc(size != 0 ? size : 1)) {
         return memory;
     }
     throw std::bad_alloc();
 }
-
-// All forms stand here: a sanitizer's own array forms would not come by.
 void* operator new[](std::size_t size) {
     return operator new(size);
 }
@@ -37,18 +34,6 @@ void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
-namespace percussomatic {
-
-AllocationCount::AllocationCount() noexcept : before_(allocations) {
-    armed = true;
+std::size_t percussomatic::allocationCount() noexcept {
+    return allocations;
 }
-
-AllocationCount::~AllocationCount() {
-    armed = false;
-}
-
-std::size_t AllocationCount::value() const noexcept {
-    return allocations - before_;
-}
-
-} // namespace percussomatic

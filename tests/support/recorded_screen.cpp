@@ -1,5 +1,6 @@
 #include "support/recorded_screen.h"
 
+#include "audio/effect_choice.h"
 #include "audio/sound_engine.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/panel_state.h"
@@ -107,6 +108,10 @@ void redrawEffectsBox() {
 
 void redrawMidiBoxes() {
     recordedScreen().requests.emplace_back("midi boxes");
+}
+
+void refreshFromEngine() {
+    recordedScreen().requests.emplace_back("effects window");
 }
 
 void redrawPanel() {

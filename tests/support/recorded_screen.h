@@ -9,7 +9,8 @@ namespace percussomatic {
 // looked when it was last painted. GUI thread.
 
 // Requests since the last call, in order: "sw_007 later", "bottone_001 now", "slider_001 from 40",
-// "tempo box", "effects box", "midi boxes", "panel", "card dialog", "reader", "flush".
+// "tempo box", "effects box", "midi boxes", "panel", "card dialog", "reader", "effects window",
+// "flush".
 std::vector<std::string> takeRedraws();
 
 // Paints what is marked, as the window does when it has nothing else to do, and names what then

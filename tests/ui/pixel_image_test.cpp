@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -57,6 +58,80 @@ TEST(PixelImage, HalvingAveragesTwoByTwoPixelsChannelByChannel) {
         EXPECT_EQ(std::pair(result.width, result.height),
                   std::pair((width + 1) / 2, (height + 1) / 2));
         EXPECT_EQ(result.pixels, half);
+    }
+}
+
+PixelImage noise(int width, int height) {
+    PixelImage image = blankImage(width, height);
+    std::uint32_t random = 1;
+    for (std::uint32_t& pixel : image.pixels) {
+        random = random * 1664525U + 1013904223U;
+        pixel = random;
+    }
+    premultiply(image);
+    return image;
+}
+
+int channelOf(std::uint32_t pixel, int channel) {
+    return static_cast<int>((pixel >> (8 * channel)) & 0xFF);
+}
+
+TEST(PixelImage, ScalingWeightsTheFourNearestPixels) {
+    const PixelImage image = noise(37, 23);
+    EXPECT_EQ(scaled(image, 37, 23).pixels, image.pixels);
+    EXPECT_EQ(scaled(image, 12, 9).pixels, scaled(halved(image), 12, 9).pixels);
+    for (const auto& [width, height] :
+         {std::pair(36, 22), std::pair(20, 12), std::pair(53, 23), std::pair(100, 80)}) {
+        const PixelImage result = scaled(image, width, height);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const double u = std::clamp((x + 0.5) * 37 / width - 0.5, 0.0, 36.0);
+                const double v = std::clamp((y + 0.5) * 23 / height - 0.5, 0.0, 22.0);
+                for (int channel = 0; channel < 4; ++channel) {
+                    const auto at = [&](double column, double row) {
+                        const int index = static_cast<int>(std::min(row, 22.0)) * 37 +
+                                          static_cast<int>(std::min(column, 36.0));
+                        return channelOf(image.pixels[static_cast<std::size_t>(index)], channel);
+                    };
+                    const double upper = std::lerp(at(u, v), at(u + 1, v), u - std::floor(u));
+                    const double lower =
+                        std::lerp(at(u, v + 1), at(u + 1, v + 1), u - std::floor(u));
+                    const double expected = std::lerp(upper, lower, v - std::floor(v));
+                    const auto index = static_cast<std::size_t>(y * width + x);
+                    ASSERT_NEAR(channelOf(result.pixels[index], channel), expected, 3.0)
+                        << x << ", " << y << " of " << width << " x " << height;
+                }
+            }
+        }
+    }
+}
+
+TEST(PixelImage, BlendingPutsOneOverTheOtherAndCutsWhatLiesOutside) {
+    const PixelImage over = noise(8, 6), under = noise(10, 7);
+    for (const auto& [left, top] :
+         {std::pair(1, 1), std::pair(-3, -2), std::pair(6, 4), std::pair(-8, 0), std::pair(0, 7)}) {
+        PixelImage blended = under, copied = under;
+        blendPixels(over, left, top, viewOf(blended));
+        copyPixels(over, left, top, viewOf(copied));
+        for (int y = 0; y < under.height; ++y) {
+            for (int x = 0; x < under.width; ++x) {
+                const bool covered =
+                    x >= left && x < left + over.width && y >= top && y < top + over.height;
+                const auto index = static_cast<std::size_t>(y * under.width + x);
+                const std::uint32_t ground = under.pixels[index];
+                const std::uint32_t source =
+                    covered
+                        ? over.pixels[static_cast<std::size_t>((y - top) * over.width + x - left)]
+                        : 0;
+                ASSERT_EQ(copied.pixels[index], covered ? source : ground);
+                for (int channel = 0; channel < 4; ++channel) {
+                    const double through = (255 - channelOf(source, 3)) / 255.0;
+                    ASSERT_NEAR(channelOf(blended.pixels[index], channel),
+                                channelOf(source, channel) + channelOf(ground, channel) * through,
+                                0.51);
+                }
+            }
+        }
     }
 }
 

@@ -32,14 +32,12 @@ struct WaveOutDevice {
     std::mutex mutex;
     std::condition_variable changed;
     // All guarded by mutex.
-    bool open = false, resetting = false;
-    int opens = 0, prepares = 0, prepared = 0, writes = 0;
-    WAVEFORMATEX format{};
+    wave_device::State state;
+    bool resetting = false;
+    int prepares = 0, prepared = 0;
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
     std::deque<Block> queue;
-    std::vector<Block> written;
-    std::string faults;
     std::thread returning; // the opening thread's
 };
 
@@ -50,12 +48,12 @@ thread_local bool insideCallback = false;
 
 void checkLocked(WaveOutDevice& device, bool fine, const char* fault) {
     if (!fine) {
-        device.faults += std::string(fault) + '\n';
+        device.state.faults += std::string(fault) + '\n';
     }
 }
 
 void checkCallLocked(WaveOutDevice& device) {
-    checkLocked(device, device.open, "called while closed");
+    checkLocked(device, device.state.open, "called while closed");
     checkLocked(device, !insideCallback, "called inside the callback");
 }
 
@@ -81,7 +79,7 @@ void returnBlock(WaveOutDevice& device, std::unique_lock<std::mutex>& lock, std:
 
 void returnAll(WaveOutDevice& device) {
     std::unique_lock lock(device.mutex);
-    while (device.open) {
+    while (device.state.open) {
         if (device.queue.empty()) {
             device.changed.wait(lock);
         } else {
@@ -98,35 +96,15 @@ void begin(const Script& script) {
     theDevice = std::make_unique<WaveOutDevice>(script);
 }
 
-bool isOpen() {
+State state() {
     const std::lock_guard lock(theDevice->mutex);
-    return theDevice->open;
-}
-
-int openCount() {
-    const std::lock_guard lock(theDevice->mutex);
-    return theDevice->opens;
-}
-
-int writeCount() {
-    const std::lock_guard lock(theDevice->mutex);
-    return theDevice->writes;
-}
-
-WAVEFORMATEX format() {
-    const std::lock_guard lock(theDevice->mutex);
-    return theDevice->format;
-}
-
-std::vector<Block> writtenBlocks() {
-    const std::lock_guard lock(theDevice->mutex);
-    return theDevice->written;
+    return theDevice->state;
 }
 
 bool waitForWrites(int count) {
     std::unique_lock lock(theDevice->mutex);
     return theDevice->changed.wait_for(lock, std::chrono::seconds(10),
-                                       [count] { return theDevice->writes >= count; });
+                                       [count] { return theDevice->state.writes >= count; });
 }
 
 void returnBuffer(std::size_t place) {
@@ -134,26 +112,20 @@ void returnBuffer(std::size_t place) {
     returnBlock(*theDevice, lock, place);
 }
 
-std::string faults() {
-    const std::lock_guard lock(theDevice->mutex);
-    return theDevice->faults;
-}
-
 } // namespace wave_device
 
-MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* format, DWORD_PTR callback,
+MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* /*format*/, DWORD_PTR callback,
                      DWORD_PTR instance, DWORD flags) {
     const std::lock_guard lock(theDevice->mutex);
-    checkLocked(*theDevice, !theDevice->open, "opened twice");
+    checkLocked(*theDevice, !theDevice->state.open, "opened twice");
     checkLocked(*theDevice, id == WAVE_MAPPER && flags == CALLBACK_FUNCTION,
                 "opened in another way");
     if (theDevice->script.openResult != MMSYSERR_NOERROR) {
         return theDevice->script.openResult;
     }
-    theDevice->open = true;
+    theDevice->state.open = true;
     theDevice->resetting = false;
-    ++theDevice->opens;
-    theDevice->format = *format;
+    ++theDevice->state.opens;
     theDevice->callback = std::bit_cast<Callback>(callback);
     theDevice->instance = instance;
     if (theDevice->script.returnsByItself) {
@@ -194,9 +166,9 @@ MMRESULT waveOutWrite(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
         header->dwFlags = (header->dwFlags & ~WHDR_DONE) | WHDR_INQUEUE;
         device->queue.push_back({header, samplesOf(*header)});
         if (!device->script.returnsByItself) {
-            device->written.push_back(device->queue.back());
+            device->state.written.push_back(device->queue.back());
         }
-        ++device->writes;
+        ++device->state.writes;
     }
     device->changed.notify_all();
     return MMSYSERR_NOERROR;
@@ -218,7 +190,7 @@ MMRESULT waveOutClose(HWAVEOUT device) {
         checkCallLocked(*device);
         checkLocked(*device, device->prepared == 0, "closed with prepared headers");
         checkLocked(*device, device->queue.empty(), "closed with queued buffers");
-        device->open = false;
+        device->state.open = false;
     }
     device->changed.notify_all();
     if (device->returning.joinable()) {

@@ -25,21 +25,23 @@ struct Block {
 // A new device, all counts at zero.
 void begin(const Script& script);
 
-bool isOpen();
-int openCount();
-int writeCount();
-WAVEFORMATEX format();              // of the last open
-std::vector<Block> writtenBlocks(); // not kept while it returns buffers by itself
+struct State {
+    bool open = false;
+    int opens = 0, writes = 0;
+    std::vector<Block> written; // not kept while it returns buffers by itself
+
+    // What no program may do to a device: empty when all was well. Written while closed, unprepared
+    // or queued, touched while queued, written between reset and close, unprepared while queued,
+    // closed with prepared headers, called inside its own callback.
+    std::string faults;
+};
+
+State state();
 
 // Until so many blocks in all are written; false after ten seconds.
 bool waitForWrites(int count);
 
 // Returns the queued buffer of that place, 0 the oldest, on the calling thread.
 void returnBuffer(std::size_t place = 0);
-
-// What no program may do to a device: empty when all was well. Written while closed, unprepared or
-// queued, touched while queued, written between reset and close, unprepared while queued, closed
-// with prepared headers, called inside its own callback.
-std::string faults();
 
 } // namespace wave_device

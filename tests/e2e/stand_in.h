@@ -3,10 +3,11 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 
-// The two halves of the stand-in for winmm.dll: winmm_stand_in.cpp has what both use and the
-// wave-out device, midi_stand_in.cpp the MIDI inputs.
+// What the two halves of the stand-in for winmm.dll share: winmm_stand_in.cpp is the wave-out
+// device, midi_stand_in.cpp the MIDI inputs.
 namespace stand_in {
 
 constexpr std::int64_t kNsPerSecond = 1'000'000'000, kNsPerMs = 1'000'000, kNsPerUs = 1'000;
@@ -14,7 +15,10 @@ constexpr std::int64_t kNsPerSecond = 1'000'000'000, kNsPerMs = 1'000'000, kNsPe
 std::int64_t counterNs(); // the performance counter
 
 // The environment variable PERCUSSOMATIC_TEST_name; empty without it.
-std::wstring setting(const wchar_t* name);
+inline std::string setting(const char* name) {
+    const char* value = std::getenv((std::string("PERCUSSOMATIC_TEST_") + name).c_str());
+    return value != nullptr ? value : "";
+}
 
 class Lock {
 public:

@@ -1,0 +1,118 @@
+// What do the panel's repaints cost? Starts the program, lets its own message loop call back, and
+// times each kind of repaint on its real window. Prints milliseconds (median, worst) and the share
+// of a full repaint.
+
+#include "app/start_up.h"
+#include "audio/sound_engine.h"
+#include "cards/card_panel.h"
+#include "sequencer/panel_state.h"
+#include "sequencer/sequencer.h"
+#include "sequencer/system.h"
+#include "ui/control_layout.h"
+#include "ui/redraw.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace percussomatic {
+namespace {
+
+HWND panel() {
+    return static_cast<HWND>(mainWindow());
+}
+
+double milliseconds(const std::function<void()>& work) {
+    const std::int64_t start = counterNs();
+    work();
+    GdiFlush();
+    return static_cast<double>(counterNs() - start) * 1e-6;
+}
+
+double printed(const char* what, int rounds, double fullMs, const std::function<void(int)>& work) {
+    std::vector<double> times;
+    for (int round = 0; round < rounds; ++round) {
+        times.push_back(milliseconds([&] { work(round); }));
+    }
+    std::sort(times.begin(), times.end());
+    const double median = times[times.size() / 2];
+    std::printf("%-34s median %7.3f ms, worst %7.3f ms", what, median, times.back());
+    std::printf(fullMs > 0.0 ? ", 1/%.0f of a full repaint\n" : "\n", fullMs / median);
+    std::fflush(stdout);
+    return median;
+}
+
+void fillPattern() {
+    for (int line = 0; line < kLineCount; ++line) {
+        for (int step = 0; step < kStepCount; ++step) {
+            sequencer().pattern.set(line, step, true);
+        }
+    }
+}
+
+void insertCard() {
+    CardPanel& cards = cardPanel();
+    cards.slots[0].used = true;
+    cards.slots[0].pattern = sequencer().pattern;
+    cards.insertingCard = true;
+}
+
+void resizeTo(int percent, SIZE full) {
+    SetWindowPos(panel(), nullptr, 0, 0, full.cx * percent / 100, full.cy * percent / 100,
+                 SWP_NOMOVE | SWP_NOZORDER);
+    UpdateWindow(panel());
+}
+
+void measure() {
+    RECT client{};
+    GetClientRect(panel(), &client);
+    const SIZE full{client.right, client.bottom};
+    std::printf("panel of %ld x %ld pixels\n", full.cx, full.cy);
+    fillPattern();
+    sequencer().running = true;
+    sequencer().externalSync = true; // its own clock stays out of it
+
+    const double all = printed("full repaint", 30, 0.0, [](int) { redrawPanel(); });
+    printed("a step's tick", 200, all, [](int) {
+        onStepTick();
+        flushPainting();
+    });
+    const int knob = findControl("rotary_002");
+    printed("a dial while it is dragged", 200, all, [knob](int round) {
+        panelState().tempo.value = round / 200.0;
+        redrawControl(knob, Repaint::now);
+    });
+    printed("a slider while it is dragged", 200, all, [](int round) {
+        const int slider = findControl("slider_003");
+        auto& offset = controlState().sliderOffset[static_cast<std::size_t>(slider)];
+        const std::uint32_t old = std::exchange(offset, static_cast<std::uint32_t>(round * 3));
+        redrawSlider(slider, old);
+    });
+    insertCard();
+    printed("the reader during an insertion", 60, all, [](int round) {
+        cardPanel().readerCardY = round * 8.0;
+        redrawReader();
+        flushPainting();
+    });
+    cardPanel().insertingCard = false;
+    printed("rebuild after a resize", 20, all,
+            [full](int round) { resizeTo(round % 2 == 0 ? 90 : 100, full); });
+    DestroyWindow(panel());
+}
+
+void CALLBACK onceStarted(HWND, UINT, UINT_PTR timer, DWORD) {
+    KillTimer(nullptr, timer);
+    measure();
+}
+
+} // namespace
+} // namespace percussomatic
+
+int main() {
+    SetTimer(nullptr, 0, 1000, percussomatic::onceStarted);
+    return percussomatic::runPercussomatic(GetModuleHandleW(nullptr));
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace percussomatic {
+
+// Places and sizes that are given in pixels hold on a screen of 96 DPI and grow with the system's
+// setting, so that strip, dialogs and windows stay readable on a fine screen. GUI thread.
+
+inline constexpr int kWrittenDpi = 96;
+
+// The system's setting; 96 until start-up has asked for it.
+int& displayDpi() noexcept;
+
+// So many written pixels on this screen, rounded half up.
+int onScreen(int writtenPixels) noexcept;
+float onScreen(float writtenPixels) noexcept;
+
+} // namespace percussomatic

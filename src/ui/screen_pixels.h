@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ui/owned.h"
+#include "ui/pixel_image.h"
+
+#include <windows.h>
+
+#include <vector>
+
+namespace percussomatic {
+
+// The client area as it is composed off-screen: one bitmap of the system's that is kept from paint
+// to paint, so that a repaint allocates nothing and reaches the window by a plain copy. GUI thread.
+class ScreenPixels {
+public:
+    bool
+    fit(LayoutSize client); // its content is undefined when the size has changed; false without
+    void release() noexcept;
+
+    PixelView view() const noexcept { return view_; }
+    HDC dc() const noexcept { return dc_.get(); }
+
+private:
+    Owned<HBITMAP, DeleteObject> bitmap_;
+    Owned<HDC, DeleteDC> dc_; // goes first: it holds the bitmap
+    PixelView view_{};
+};
+
+ScreenPixels& screenPixels() noexcept;
+
+// What has to be painted again; empty when nothing has. To be asked before BeginPaint.
+std::vector<PixelRect> invalidRects(HWND window);
+
+} // namespace percussomatic

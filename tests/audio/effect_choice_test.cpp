@@ -1,0 +1,53 @@
+#include "audio/effect_choice.h"
+
+#include "audio/effect_controls.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace percussomatic {
+namespace {
+
+TEST(EffectControls, PositionsRoundHalfUpButThePreDelayIsCutOff) {
+    const std::tuple<int, float SoundEngine::*, float, int> cases[] = {
+        {2110, &SoundEngine::effectReturn, 0.345f, 35},
+        {2111, &SoundEngine::effectRoomSize, 1.0f, 100},
+        {2112, &SoundEngine::effectDamping, 0.579f, 58},
+        {2113, &SoundEngine::effectWidth, 0.574f, 57},
+        {2114, &SoundEngine::effectPreDelayMs, 9.0f, 4},
+        {2114, &SoundEngine::effectPreDelayMs, 200.0f, 100},
+        {2115, &SoundEngine::effectExtra1, 7.0f, 100},
+        {2116, &SoundEngine::effectExtra2, -1.0f, 0},
+        {2117, &SoundEngine::effectExtra3, std::numeric_limits<float>::quiet_NaN(), 0},
+    };
+    SoundEngine engine;
+    for (const auto& [bar, setting, value, position] : cases) {
+        engine.*setting = value;
+        EXPECT_EQ(barPosition(engine, bar), position) << bar << " at " << value;
+    }
+    engine.sends = {0.005f, 0.004f};
+    EXPECT_EQ(barPosition(engine, 2000), 1);
+    EXPECT_EQ(barPosition(engine, 2001), 0);
+}
+
+TEST(EffectControls, EveryBarSetsWhatItShows) {
+    SoundEngine engine;
+    for (int id = 1999; id <= 2118; ++id) {
+        const bool bar = (id >= 2000 && id < 2012) || (id >= 2110 && id < 2118);
+        for (int position = 100; position >= 0; --position) {
+            moveBar(engine, id, position);
+            ASSERT_EQ(barPosition(engine, id), bar ? position : 0) << id;
+        }
+    }
+    moveBar(engine, 2114, 4);
+    EXPECT_EQ(engine.effectPreDelayMs, 8.0f);
+    for (const auto& [moved, value] : {std::pair{101, 1.0f}, {-1, 0.0f}, {75, 0.75f}}) {
+        moveBar(engine, 2116, moved);
+        EXPECT_EQ(engine.effectExtra2, value);
+        EXPECT_EQ(engine.reverb.extra[1], value);
+    }
+}
+
+} // namespace
+} // namespace percussomatic

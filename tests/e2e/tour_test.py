@@ -1,0 +1,128 @@
+#!/usr/bin/env python3
+"""One walk through the whole instrument, with a picture of every stop in BUILD_FOLDER/tour.
+
+usage: tour_test.py BUILD_FOLDER [unittest arguments]      inside scripts/wine-env --virtual
+"""
+import unittest
+
+from midi_ports import MidiPorts
+from played import BUILD, Played
+from player import wait_until, xdotool
+from small_windows import SmallWindow, answer
+
+ENABLE, CONCERT_HALL, DRUM_ROOM, BASS_DRUM_SEND, RETURN = 2100, 2122, 2120, 2011, 2110
+TEMPO_FIELD, TEMPO_OK = 3101, 3102
+PORTS, CONNECT, LEARN, MIDI_CLOCK = 1001, 1002, 1005, 1008
+
+
+class Tour(Played):
+    def setUp(self):
+        super().setUp()
+        self.pictures = BUILD / "tour"
+        self.pictures.mkdir(exist_ok=True)
+        self.effects = SmallWindow("PercussomaticEffectsWindow", "PERCUSOMATIC - EFFECTS")
+        self.tempo = SmallWindow("PercussomaticBpmEditDialog", "Set Tempo")
+        self.ports = SmallWindow("LumivardaMidiDeviceSelectorWindow", "Percussomatic MIDI")
+        self.about = SmallWindow("PercussomaticAboutWindow", "PERCUSSOMATIC - INFO")
+
+    def wait_for_effect(self, on):
+        """The EFFECTS box is green beside its neighbour, or not."""
+        lit = lambda: self.player.greener("EFFECTS") > self.player.greener("MIDI") + 2
+        wait_until(lambda: lit() == on, f"the EFFECTS box to be {'lit' if on else 'dark'}")
+
+    def look(self, name):
+        self.player.save(self.player.screenshot(), self.pictures / f"{name}.png")
+
+    def card(self):
+        file = self.folder / "PunchCards/card_1.vopcard"
+        text = wait_until(lambda: file.exists() and file.read_text(), "the card")
+        return dict(line.split("=") for line in text.splitlines() if "=" in line)
+
+    def test_everything_once(self):
+        midi = MidiPorts(self.folder)
+        midi.set_ports(["Keys"])
+        self.player = player = self.start(stand_in=True, **midi.variables())
+        self.set_rhythm(player)
+        player.click("sw_007")
+        self.look("panel")
+
+        self.effects.open_by(player, "EFFECTS")
+        self.effects.push(ENABLE)
+        self.wait_for_effect(True)
+        self.effects.push(CONCERT_HALL)
+        self.assertEqual(self.effects.state(RETURN), 34)
+        self.effects.push(BASS_DRUM_SEND, 0.9)
+        send = self.effects.state(BASS_DRUM_SEND)
+        self.assertGreater(send, 0)
+        self.look("effects")
+        self.effects.close(player)
+
+        width = player.width
+        player.press("ctrl+minus")                             # the panel has the keyboard again
+        wait_until(lambda: player.place() or player.width < width, "the smaller panel")
+        self.look("smaller")
+        player.press("ctrl+plus")
+        wait_until(lambda: player.place() or player.width == width, "the former size")
+
+        self.tempo.open_by(player, "BPM")
+        xdotool("type", "39")
+        self.tempo.push(TEMPO_OK)
+        answer("Invalid BPM")
+        xdotool("type", "133")
+        wait_until(lambda: self.tempo.control(TEMPO_FIELD).text == "133", "the typed tempo")
+        self.look("tempo")
+        self.tempo.push(TEMPO_OK)
+        wait_until(lambda: not self.tempo.controls(), "the end of the dialog")
+
+        player.choose("CARDS", "SAVE")
+        card = self.card()
+        expected = {"EFFECT_ENABLED": "1", "EFFECT_PRESET": "2", "EFFECT_RETURN": "0.340000", "TEMPO_NORMALIZED": "0.465000"}
+        self.assertEqual({key: card[key] for key in expected}, expected)
+        self.assertEqual(float(card["EFFECT_SENDS"].split(",")[11]), send / 100)    # the last is the bass drum
+        player.choose("next", "previous")
+        self.look("cards")
+        player.choose("CANCEL")
+
+        self.effects.open_by(player, "EFFECTS")
+        self.effects.push(DRUM_ROOM)
+        self.effects.push(ENABLE)
+        self.wait_for_effect(False)
+        player.choose("CARDS", "LOAD")
+        self.look("reader")
+        wait_until(lambda: self.effects.state(RETURN) == 34 and self.effects.state(ENABLE) == 1, "the effect of the card")
+        self.wait_for_effect(True)
+        self.look("card")
+        self.effects.close(player)
+
+        self.ports.open_by(player, "MIDI")
+        devices = self.ports.control(PORTS)
+        xdotool("mousemove", devices.left + 40, devices.top + 9, "click", "1")
+        self.ports.push(CONNECT)
+        wait_until(lambda: "Connected to: Keys" in self.ports.texts(), "the port")
+        self.ports.push(LEARN)
+        player.click("rotary_001")
+        midi.send(0xB0, 7, 100)
+        wait_until(lambda: "Mapped rotary_001 to CC 7 / CH 1" in self.ports.texts(), "the binding")
+        self.ports.push(MIDI_CLOCK)
+        self.look("midi")
+        player.choose("BPM")
+        answer("Set Tempo")                                    # only says who leads
+        self.assertFalse(self.tempo.controls())
+        self.ports.close(player)
+
+        self.about.open_by(player, "INFO")
+        told = " ".join(self.about.texts())
+        for words in ("Keys", "48000 Hz", "Percussomatic.ini", "PunchCards"):
+            self.assertIn(words, told)
+        self.look("info")
+        self.about.close(player, "Escape")
+
+        player.wheel("rotary_001", -2, "ctrl")
+        wait_until(lambda: player.place() or player.width < width, "the smaller panel")
+        player.click("pw_001")
+        self.look("power_off")
+        self.assertEqual(player.wait_for_end(), 0)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

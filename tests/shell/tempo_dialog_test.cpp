@@ -1,0 +1,121 @@
+#include "sequencer/tempo_dialog.h"
+
+#include "shell/owner_window.h"
+#include "ui/display_scale.h"
+#include "ui/owned.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace percussomatic {
+namespace {
+
+constexpr wchar_t kClass[] = L"PercussomaticBpmEditDialog";
+constexpr int kEdit = 3101, kOk = 3102, kCancel = 3103;
+
+void click(HWND dialog, int button) {
+    SendMessageW(GetDlgItem(dialog, button), BM_CLICK, 0, 0);
+}
+
+// With the keyboard in the edit field and all its text selected, typing replaces it.
+void expectReadyToType(HWND dialog, const wchar_t* text) {
+    wchar_t shown[80] = {};
+    const UINT length = GetDlgItemTextW(dialog, kEdit, shown, 80);
+    EXPECT_STREQ(shown, text);
+    EXPECT_EQ(SendDlgItemMessageW(dialog, kEdit, EM_GETSEL, 0, 0), MAKELRESULT(0, length));
+    EXPECT_EQ(GetFocus(), GetDlgItem(dialog, kEdit));
+}
+
+// Opens the dialog at 118.6 BPM and acts within its loop; 0 when no tempo was accepted.
+template <typename Action>
+double run(Action action) {
+    const int owned = ownedObjects;
+    OwnerWindow owner;
+    bool modal = false;
+    owner.post([&] {
+        modal = IsWindowEnabled(owner.handle) == 0;
+        action(owner, ownedWindow(owner.handle, kClass));
+    });
+    double bpm = 0.0;
+    const bool accepted = runTempoDialog(owner.handle, 118.6, bpm);
+    EXPECT_TRUE(modal);
+    EXPECT_EQ(ownedWindow(owner.handle, kClass), nullptr);
+    EXPECT_EQ(IsWindowEnabled(owner.handle), IsWindow(owner.handle));
+    EXPECT_EQ(ownedObjects, owned);
+    return accepted ? bpm : 0.0;
+}
+
+std::string placeOf(HWND window, HWND within) {
+    RECT place{};
+    GetWindowRect(window, &place);
+    MapWindowPoints(nullptr, within, reinterpret_cast<POINT*>(&place), 2);
+    return std::to_string(place.left) + ',' + std::to_string(place.top) + ' ' +
+           std::to_string(place.right - place.left) + 'x' +
+           std::to_string(place.bottom - place.top) + "; ";
+}
+
+TEST(TempoDialog, StandsOverItsOwnerInTheSizeOfTheDisplay) {
+    const struct {
+        int dpi;
+        const char* places;
+    } kCases[] = {{96, "188,95 324x210; 20,17 250x24; 20,43 250x20; 20,70 264x32; 46,120 92x32; "
+                       "166,120 92x32; "},
+                  {144, "107,43 486x315; 30,26 375x36; 30,65 375x30; 30,105 396x48; 69,180 138x48; "
+                        "249,180 138x48; "},
+                  {192, "26,-9 648x420; 40,34 500x48; 40,86 500x40; 40,140 528x64; 92,240 184x64; "
+                        "332,240 184x64; "}};
+    for (const auto& each : kCases) {
+        displayDpi() = each.dpi;
+        run([&each](OwnerWindow& owner, HWND dialog) {
+            expectReadyToType(dialog, L"119");
+            std::string places = placeOf(dialog, owner.handle);
+            for (HWND control = GetWindow(dialog, GW_CHILD); control != nullptr;
+                 control = GetWindow(control, GW_HWNDNEXT)) {
+                places += placeOf(control, dialog);
+            }
+            EXPECT_EQ(places, each.places);
+            click(dialog, kCancel);
+        });
+    }
+    displayDpi() = kWrittenDpi;
+}
+
+TEST(TempoDialog, TakesATempoOrSaysWhyNotByItsButtonsAndNoKey) {
+    const struct {
+        const wchar_t* text;
+        double bpm; // 0 if it is refused
+    } kCases[] = {{L"40", 40.0}, {L"240", 240.0}, {L"120.5 ", 120.5}, {L"39", 0.0}, {L"", 0.0}};
+    for (const auto& each : kCases) {
+        SCOPED_TRACE(each.text);
+        const double got = run([&each](OwnerWindow& owner, HWND dialog) {
+            SetDlgItemTextW(dialog, kEdit, each.text);
+            PostMessageW(GetDlgItem(dialog, kEdit), WM_KEYDOWN, VK_RETURN, 0);
+            PostMessageW(GetDlgItem(dialog, kEdit), WM_KEYDOWN, VK_ESCAPE, 0);
+            owner.post([&each, &owner, dialog] {
+                EXPECT_TRUE(IsWindowEnabled(dialog)) << "gone or under a message";
+                owner.post([dialog] { // when the message is open
+                    SendMessageW(ownedWindow(dialog, L"#32770"), WM_COMMAND, IDOK, 0);
+                });
+                click(dialog, kOk);
+                if (each.bpm == 0.0) {
+                    expectReadyToType(dialog, each.text);
+                    SendMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0);
+                }
+            });
+        });
+        EXPECT_EQ(got, each.bpm);
+    }
+}
+
+TEST(TempoDialog, EndsWithItsOwnerEvenUnderAMessage) {
+    EXPECT_EQ(run([](OwnerWindow& owner, HWND dialog) {
+                  SetDlgItemTextW(dialog, kEdit, L"");
+                  owner.post([&owner] { DestroyWindow(owner.handle); });
+                  click(dialog, kOk);
+              }),
+              0.0);
+}
+
+} // namespace
+} // namespace percussomatic
