@@ -3,7 +3,6 @@
 #include "sequencer/system.h"
 #include "app/main_window.h"
 
-#include <chrono>
 #include <mmsystem.h>
 
 namespace percussomatic {
@@ -11,6 +10,17 @@ namespace percussomatic {
 namespace {
 
 HWND theMainWindow = nullptr;
+
+SRWLOCK wakeLock = SRWLOCK_INIT;
+CONDITION_VARIABLE wakeCondition = CONDITION_VARIABLE_INIT;
+
+void sleepUntilWoken(std::unique_lock<std::mutex>& lock, DWORD milliseconds) {
+    AcquireSRWLockExclusive(&wakeLock);
+    lock.unlock();
+    SleepConditionVariableSRW(&wakeCondition, &wakeLock, milliseconds, 0);
+    ReleaseSRWLockExclusive(&wakeLock);
+    lock.lock();
+}
 
 } // namespace
 
@@ -72,9 +82,20 @@ void endClockThread() noexcept {
     timeEndPeriod(1);
 }
 
-void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
-                 std::int64_t milliseconds) {
-    wake.wait_for(lock, std::chrono::milliseconds(milliseconds));
+// The system's own condition variable: the library's wakes a millisecond late and counts by the
+// wall clock, which somebody may set.
+void waitForWake(std::unique_lock<std::mutex>& lock) {
+    sleepUntilWoken(lock, INFINITE);
+}
+
+void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds) {
+    sleepUntilWoken(lock, static_cast<DWORD>(milliseconds));
+}
+
+void wakeClock() noexcept {
+    AcquireSRWLockExclusive(&wakeLock); // not between the release of the clock's lock and the sleep
+    ReleaseSRWLockExclusive(&wakeLock);
+    WakeAllConditionVariable(&wakeCondition);
 }
 
 } // namespace percussomatic

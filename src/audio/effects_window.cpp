@@ -154,6 +154,7 @@ void command(HWND window, int id) {
     if (id == kEnableId) {
         soundEngine().setEffectEnabled(IsDlgButtonChecked(window, kEnableId) == BST_CHECKED);
         redrawEffectsBox();
+        flushPainting();
     } else if (id >= kPresetId && id < kPresetId + kPresets) {
         selectPreset(id - kPresetId);
         refreshFromEngine();

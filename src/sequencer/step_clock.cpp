@@ -20,7 +20,7 @@ void keepTime(StepClock& clock, std::unique_lock<std::mutex>& lock) {
             if (remainingNs <= 0) {
                 break;
             }
-            waitForWake(clock.wake, lock, waitMilliseconds(remainingNs));
+            waitForWake(lock, waitMilliseconds(remainingNs));
             if (!ticking()) {
                 return;
             }
@@ -42,7 +42,7 @@ void clockThread(StepClock& clock) {
         if (clock.clockRunning) {
             keepTime(clock, lock);
         } else {
-            clock.wake.wait(lock);
+            waitForWake(lock);
         }
     }
     lock.unlock();
@@ -92,7 +92,7 @@ void runClock(double tempoBpm) {
             clock.thread = std::thread([&clock] { clockThread(clock); });
         }
     }
-    clock.wake.notify_all();
+    wakeClock();
 }
 
 void setClockTempo(double tempoBpm) {
@@ -112,7 +112,7 @@ void clockStop() {
         clock.clockRunning = false;
         ++clock.stops;
     }
-    clock.wake.notify_all();
+    wakeClock();
 }
 
 void clockShutdown() {
@@ -122,7 +122,7 @@ void clockShutdown() {
         clock.clockRunning = false;
         clock.quit = true;
     }
-    clock.wake.notify_all();
+    wakeClock();
     if (clock.thread.joinable()) {
         clock.thread.join();
     }

@@ -2,7 +2,6 @@
 
 #include "sequencer/system.h"
 
-#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <thread>
@@ -14,7 +13,6 @@ namespace percussomatic {
 // late wake-up therefore never shifts later steps.
 struct StepClock {
     std::mutex mutex;
-    std::condition_variable wake;
     WindowHandle window = nullptr; // guarded by mutex
     double clockBpm = 120.0;       // guarded by mutex
     bool clockRunning = false;     // guarded by mutex

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -36,10 +35,11 @@ void postStepTick(WindowHandle window) noexcept;
 void beginClockThread() noexcept;
 void endClockThread() noexcept;
 
-// Releases the lock, waits for a notification or that many milliseconds, and locks again. May
-// return early for no reason.
-void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
-                 std::int64_t milliseconds);
+// Releases the lock, waits for wakeClock() or that many milliseconds, and locks again. May return
+// early for no reason. A call of wakeClock() after the release is never missed.
+void waitForWake(std::unique_lock<std::mutex>& lock);
+void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds);
+void wakeClock() noexcept;
 
 // Tells the player of something that went wrong and waits until it has been read. GUI thread.
 void showProblem(const std::wstring& text);

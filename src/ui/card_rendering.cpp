@@ -114,7 +114,9 @@ void putCard(const Canvas& canvas, DrawnCard& drawn, const PixelRect& rect, int 
 } // namespace
 
 PixelRect cardDialogArea(const PanelRects& rects) noexcept {
-    return inflated(united(rects.dialog, shadowOf(rects.dialog)), kRedrawMargin);
+    // In a small window the row of buttons is wider than the dialog.
+    const PixelRect buttons = united(rects.title, rects.load);
+    return inflated(united(united(rects.dialog, buttons), shadowOf(rects.dialog)), kRedrawMargin);
 }
 
 void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
@@ -134,19 +136,24 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     if (!card.used) {
         header += L" - EMPTY";
     }
-    drawCenteredText(graphics, header,
-                     {dialog.left, dialog.top, dialog.right, dialog.top + headerHeight},
-                     onScreen(18.0f), kDialogText);
+    // Strings cost far more than the test whether they are seen.
+    const auto text = [&](const PixelRect& rect, std::wstring_view words, float size) {
+        if (canvas.shows(rect)) {
+            drawCenteredText(graphics, words, canvas.place(rect), onScreen(size), kDialogText);
+        }
+    };
+    text({rects.dialog.left, rects.dialog.top, rects.dialog.right, rects.dialog.top + headerHeight},
+         header, 18);
     static DrawnCard drawn;
     putCard(canvas, drawn, rects.dialogCard, slot);
-    drawCenteredText(graphics, L"\u25C0", canvas.place(rects.previousCard), onScreen(34.0f),
-                     kDialogText);
-    drawCenteredText(graphics, L"\u25B6", canvas.place(rects.nextCard), onScreen(34.0f),
-                     kDialogText);
-    const auto button = [&](const PixelRect& rect, std::wstring_view text, float size,
+    text(rects.previousCard, L"\u25C0", 34);
+    text(rects.nextCard, L"\u25B6", 34);
+    const auto button = [&](const PixelRect& rect, std::wstring_view caption, float size,
                             std::uint32_t colour) {
-        drawBox(graphics, canvas.place(rect), text, onScreen(size),
-                {kButtonFill, kButtonEdge, colour});
+        if (canvas.shows(rect)) {
+            drawBox(graphics, canvas.place(rect), caption, onScreen(size),
+                    {kButtonFill, kButtonEdge, colour});
+        }
     };
     button(rects.title, L"TITLE", 13, kButtonText);
     button(rects.save, L"SAVE", 14, kButtonText);
@@ -160,11 +167,13 @@ void paintReader(Canvas& canvas, const PanelRects& rects, double scale) {
     }
     // Cut to the reader, of which the region may be a part.
     const PixelRect seen = intersected(rects.reader, canvas.region());
-    const Canvas reader(canvas.pixels().part(canvas.place(seen)), seen);
-    static DrawnCard drawn;
-    const CardPanel& cards = cardPanel();
-    putCard(reader, drawn, rects.readerCard,
-            cards.insertingCard ? cards.insertSlot : cards.insertedSlot);
+    if (seen.width() > 0) {
+        const Canvas reader(canvas.pixels().part(canvas.place(seen)), seen);
+        static DrawnCard drawn;
+        const CardPanel& cards = cardPanel();
+        putCard(reader, drawn, rects.readerCard,
+                cards.insertingCard ? cards.insertSlot : cards.insertedSlot);
+    }
 
     const PixelImage* plate = imageCache().readerFrontImage;
     const int row = controlShowing("c_scheda.PNG");

@@ -3,7 +3,8 @@
 namespace percussomatic {
 
 // Places and sizes that are given in pixels hold on a screen of 96 DPI and grow with the system's
-// setting, so that strip, dialogs and windows stay readable on a fine screen. GUI thread.
+// setting, so that strip, dialogs and windows stay readable on a fine screen. Set once, before
+// anything reads it.
 
 inline constexpr int kWrittenDpi = 96;
 

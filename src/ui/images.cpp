@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <thread>
 
 namespace percussomatic {
@@ -142,7 +143,8 @@ void wantCardImages(WantedPictures& wanted, double largestScale) {
     const LayoutSize layout = layoutSize();
     const PanelRects rects = panelRects(static_cast<int>(layout.width * largestScale),
                                         static_cast<int>(layout.height * largestScale), 0.0);
-    const double scale = std::max(0.0, rects.dialogCard.height() / kCardPixels);
+    const int height = std::max(rects.dialogCard.height(), rects.readerCard.height());
+    const double scale = height / kCardPixels;
     want(wanted, kCard, scale);
     want(wanted, kHole, scale);
     want(wanted, kPlate, largestScale);
@@ -160,8 +162,12 @@ std::unique_ptr<PixelImage> loadImageAsset(std::string_view name, double largest
     if (asset.size < 1) {
         return nullptr;
     }
-    auto picture = std::make_unique<PixelImage>(decode(asset.span(), largestScale));
-    return picture->width > 0 ? std::move(picture) : nullptr;
+    try {
+        auto picture = std::make_unique<PixelImage>(decode(asset.span(), largestScale));
+        return picture->width > 0 ? std::move(picture) : nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr; // drawn without, as every picture that cannot be decoded
+    }
 }
 
 void loadPanelImages(double largestScale) {

@@ -153,15 +153,23 @@ void releaseBackgroundCache() noexcept {
 }
 
 void paintPanel(HWND window) {
-    const std::vector<PixelRect> regions = invalidRects(window);
+    std::vector<PixelRect> regions = invalidRects(window);
     PAINTSTRUCT paint{};
     HDC dc = BeginPaint(window, &paint);
+    if (const PixelRect all = pixelRect(paint.rcPaint);
+        boundsOf(regions) != united(boundsOf(regions), all)) {
+        regions = {all}; // more has become invalid meanwhile
+    }
     const LayoutSize client = clientSize(window);
     if (backgroundCache().width != client.width || backgroundCache().height != client.height) {
         rebuildBackgroundCache(window);
     }
     if (ScreenPixels& screen = screenPixels(); screen.fit(client)) {
-        for (const PixelRect& region : regions) {
+        for (const PixelRect& each : regions) {
+            const PixelRect region = intersected(each, {0, 0, client.width, client.height});
+            if (region.width() <= 0) {
+                continue;
+            }
             composePanel(screen.view().part(region), region, client);
             BitBlt(dc, region.left, region.top, region.width(), region.height(), screen.dc(),
                    region.left, region.top, SRCCOPY);

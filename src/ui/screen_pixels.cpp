@@ -4,14 +4,6 @@
 
 namespace percussomatic {
 
-namespace {
-
-PixelRect pixelRect(const RECT& rect) noexcept {
-    return {rect.left, rect.top, rect.right, rect.bottom};
-}
-
-} // namespace
-
 bool ScreenPixels::fit(LayoutSize client) {
     if (bitmap_ != nullptr && view_.width == client.width && view_.height == client.height) {
         return true;
@@ -48,6 +40,18 @@ void ScreenPixels::release() noexcept {
 ScreenPixels& screenPixels() noexcept {
     static ScreenPixels pixels;
     return pixels;
+}
+
+PixelRect pixelRect(const RECT& rect) noexcept {
+    return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+PixelRect boundsOf(const std::vector<PixelRect>& rects) noexcept {
+    PixelRect bounds = rects.empty() ? PixelRect{} : rects.front();
+    for (const PixelRect& rect : rects) {
+        bounds = united(bounds, rect);
+    }
+    return bounds;
 }
 
 std::vector<PixelRect> invalidRects(HWND window) {

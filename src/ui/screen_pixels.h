@@ -31,4 +31,7 @@ ScreenPixels& screenPixels() noexcept;
 // What has to be painted again; empty when nothing has. To be asked before BeginPaint.
 std::vector<PixelRect> invalidRects(HWND window);
 
+PixelRect pixelRect(const RECT& rect) noexcept;
+PixelRect boundsOf(const std::vector<PixelRect>& rects) noexcept; // 0 x 0 for none
+
 } // namespace percussomatic

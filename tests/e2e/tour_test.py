@@ -33,6 +33,10 @@ class Tour(Played):
     def look(self, name):
         self.player.save(self.player.screenshot(), self.pictures / f"{name}.png")
 
+    def glow(self, box):
+        left, top, right, bottom = self.player.regions()[box]
+        return self.player.screenshot().brightness(self.player.x + left, self.player.y + top, right - left, bottom - top)
+
     def card(self):
         file = self.folder / "PunchCards/card_1.vopcard"
         text = wait_until(lambda: file.exists() and file.read_text(), "the card")
@@ -79,8 +83,13 @@ class Tour(Played):
         expected = {"EFFECT_ENABLED": "1", "EFFECT_PRESET": "2", "EFFECT_RETURN": "0.340000", "TEMPO_NORMALIZED": "0.465000"}
         self.assertEqual({key: card[key] for key in expected}, expected)
         self.assertEqual(float(card["EFFECT_SENDS"].split(",")[11]), send / 100)    # the last is the bass drum
-        player.choose("next", "previous")
+        wait_until(lambda: self.glow("LOAD") > 0.8 * self.glow("SAVE"), "the card in the dialog")
         self.look("cards")
+        player.choose("TITLE")
+        wait_until(lambda: xdotool("search", "--onlyvisible", "--name", "^Punch Card Title$"), "the title dialog")
+        self.look("title")
+        xdotool("key", "Escape")
+        wait_until(lambda: not xdotool("search", "--onlyvisible", "--name", "^Punch Card Title$"), "the end of the title dialog")
         player.choose("CANCEL")
 
         self.effects.open_by(player, "EFFECTS")
@@ -88,6 +97,8 @@ class Tour(Played):
         self.effects.push(ENABLE)
         self.wait_for_effect(False)
         player.choose("CARDS", "LOAD")
+        below_plate = player.x + int(player.width * 0.865), player.y + int(3200 * player.scale), 20, 6
+        wait_until(lambda: player.screenshot().brightness(*below_plate) > 120, "the card below the plate")
         self.look("reader")
         wait_until(lambda: self.effects.state(RETURN) == 34 and self.effects.state(ENABLE) == 1, "the effect of the card")
         self.wait_for_effect(True)

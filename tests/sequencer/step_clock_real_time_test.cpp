@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -16,7 +17,7 @@ namespace {
 using std::chrono::milliseconds;
 
 std::mutex postedMutex;
-std::condition_variable postedMore;
+std::condition_variable postedMore, wake;
 std::vector<std::int64_t> postedNs; // guarded by postedMutex
 
 } // namespace
@@ -38,9 +39,16 @@ void beginClockThread() noexcept {}
 
 void endClockThread() noexcept {}
 
-void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
-                 std::int64_t milliseconds) {
+void waitForWake(std::unique_lock<std::mutex>& lock) {
+    wake.wait(lock);
+}
+
+void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds) {
     wake.wait_for(lock, std::chrono::milliseconds(milliseconds));
+}
+
+void wakeClock() noexcept {
+    wake.notify_all();
 }
 
 namespace {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -19,7 +20,7 @@ struct VirtualTime {
     std::atomic<int> threadsBegun = 0, threadsEnded = 0;
 
     // Guarded by the step clock's mutex.
-    std::condition_variable changed;
+    std::condition_variable wake, changed;
     bool waiting = false;
     bool due = false;
     std::int64_t wakeNs = 0;
@@ -66,8 +67,15 @@ void endClockThread() noexcept {
     ++virtualTime().threadsEnded;
 }
 
-void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
-                 std::int64_t milliseconds) {
+void wakeClock() noexcept {
+    virtualTime().wake.notify_all();
+}
+
+void waitForWake(std::unique_lock<std::mutex>& lock) {
+    virtualTime().wake.wait(lock);
+}
+
+void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds) {
     VirtualTime& time = virtualTime();
     const StepClock& clock = stepClock();
     time.wakeNs = time.nowNs + milliseconds * kNsPerMs + takeFirst(time.latenessNs);
@@ -75,7 +83,7 @@ void waitForWake(std::condition_variable& wake, std::unique_lock<std::mutex>& lo
     time.due = false;
     time.waiting = true;
     time.changed.notify_all();
-    wake.wait(lock, [&] {
+    time.wake.wait(lock, [&] {
         return time.due || clock.quit || !clock.clockRunning || clock.stops != time.stops;
     });
     time.waiting = false;
@@ -112,7 +120,7 @@ void passTimeTo(std::int64_t ns) {
         }
         time.nowNs = std::max(time.nowNs.load(), time.wakeNs);
         time.due = true;
-        clock.wake.notify_all();
+        wakeClock();
     }
     time.nowNs = std::max(time.nowNs.load(), ns);
 }
