@@ -40,9 +40,16 @@ class SmallWindow:
                 "click", "1")
         time.sleep(0.15)
 
+    def _window(self):
+        return xdotool("search", "--onlyvisible", "--name", f"^{self.title}$").split()[-1]
+
+    def place(self, player):
+        """Left, top, width and height on the display."""
+        return player.geometry(self._window())
+
     def close(self, player, key=None):
         """By its close box, or by a key."""
-        window = xdotool("search", "--onlyvisible", "--name", f"^{self.title}$").split()[-1]
+        window = self._window()
         if key:
             xdotool("windowfocus", "--sync", window)
             xdotool("key", key)

