@@ -1,5 +1,7 @@
 #include "ui/pixel_image.h"
 
+#include "ui/pixel_lanes.h"
+
 #include <algorithm>
 
 namespace percussomatic {
@@ -27,54 +29,63 @@ std::uint32_t blended(std::uint32_t source, std::uint32_t destination) noexcept 
     return source + (channel(24) | channel(16) | channel(8) | channel(0));
 }
 
-// Two channels at a time, a and b weighted by 256 - weight and weight: 16 bits hold the products.
-std::uint32_t mixed(std::uint32_t a, std::uint32_t b, std::uint32_t weight) noexcept {
-    constexpr std::uint32_t kEven = 0x00FF00FF, kRounding = 0x00800080;
-    const std::uint32_t even = (a & kEven) * (256 - weight) + (b & kEven) * weight + kRounding;
-    const std::uint32_t odd =
-        ((a >> 8) & kEven) * (256 - weight) + ((b >> 8) & kEven) * weight + kRounding;
-    return ((even >> 8) & kEven) | (odd & ~kEven);
-}
-
-// Between which two pixels of the source one of the target lies, and how near to the second.
+// Between which pixels of the source those of the target lie: the first of two, and how near to
+// the second in 256ths, once for each 16 bits. As many as make whole fours, the last repeated.
 struct Between {
-    int first, second;
-    std::uint32_t weight; // of 256
+    std::vector<int> first;
+    std::vector<std::uint32_t> weight;
 };
 
-std::vector<Between> betweens(int from, int to) {
-    std::vector<Between> all;
-    all.reserve(static_cast<std::size_t>(to));
-    for (std::int64_t i = 0; i < to; ++i) {
+Between between(int from, int to) {
+    Between places;
+    for (std::int64_t i = 0; i < (to + 3) / 4 * 4; ++i) {
         // The middle of pixel i in 1/256 of a source pixel, counted from the first one's middle.
-        const std::int64_t middle = ((2 * i + 1) * from * 256 / to - 256) / 2;
+        const std::int64_t middle =
+            ((2 * std::min<std::int64_t>(i, to - 1) + 1) * from * 256 / to - 256) / 2;
         const std::int64_t place = std::clamp<std::int64_t>(middle, 0, (from - 1) * 256LL);
-        const int first = static_cast<int>(place >> 8);
-        all.push_back(
-            {first, std::min(first + 1, from - 1), static_cast<std::uint32_t>(place & 0xFF)});
+        places.first.push_back(static_cast<int>(place >> 8));
+        places.weight.push_back(static_cast<std::uint32_t>(place & 0xFF) * 0x10001U);
     }
-    return all;
+    return places;
 }
 
 PixelImage interpolated(const PixelImage& image, int width, int height) {
-    PixelImage result = blankImage(width, height);
-    const std::vector<Between> columns = betweens(image.width, width);
-    const std::vector<Between> rows = betweens(image.height, height);
-    std::vector<std::uint32_t> line(static_cast<std::size_t>(image.width));
-    std::uint32_t* out = result.pixels.data();
-    const auto source = [&](int y) {
-        return image.pixels.data() + static_cast<std::ptrdiff_t>(y) * image.width;
-    };
-    for (const Between& row : rows) {
-        const std::uint32_t weight = row.weight;
-        std::transform(source(row.first), source(row.first) + image.width, source(row.second),
-                       line.begin(), [weight](std::uint32_t upper, std::uint32_t lower) {
-                           return mixed(upper, lower, weight);
-                       });
-        for (const Between& column : columns) {
-            *out++ = mixed(line[static_cast<std::size_t>(column.first)],
-                           line[static_cast<std::size_t>(column.second)], column.weight);
+    const Between columns = between(image.width, width), rows = between(image.height, height);
+    // Both lines are longer than a row, so that fours need no end of their own, and the last pixel
+    // has a neighbour, of which nothing is taken.
+    const auto spare = [](int count) { return static_cast<std::size_t>(count) + 4; };
+    std::vector<std::uint32_t> line(spare(image.width)), out(spare(width));
+    PixelImage result;
+    result.width = width;
+    result.height = height;
+    result.pixels.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+        const auto row = [&](int number) {
+            return image.pixels.data() + static_cast<std::ptrdiff_t>(number) * image.width;
+        };
+        const std::uint32_t* upper = row(rows.first[y]);
+        const std::uint32_t* lower = row(std::min(rows.first[y] + 1, image.height - 1));
+        const __m128i weight = _mm_set1_epi32(static_cast<int>(rows.weight[y]));
+        int x = 0;
+        for (; x + 4 <= image.width; x += 4) {
+            storeFour(&line[static_cast<std::size_t>(x)],
+                      mixedFour(loadFour(upper + x), loadFour(lower + x), weight));
         }
+        if (const int rest = image.width - x; rest > 0) {
+            std::uint32_t ends[2][4] = {};
+            std::copy_n(upper + x, rest, ends[0]);
+            std::copy_n(lower + x, rest, ends[1]);
+            storeFour(&line[static_cast<std::size_t>(x)],
+                      mixedFour(loadFour(ends[0]), loadFour(ends[1]), weight));
+        }
+        for (std::size_t i = 0; i < columns.first.size(); i += 4) {
+            const int* first = &columns.first[i];
+            const auto [left, right] =
+                neighboursAt({line.data() + first[0], line.data() + first[1],
+                              line.data() + first[2], line.data() + first[3]});
+            storeFour(&out[i], mixedFour(left, right, loadFour(&columns.weight[i])));
+        }
+        result.pixels.insert(result.pixels.end(), out.begin(), out.begin() + width);
     }
     return result;
 }
@@ -121,26 +132,27 @@ void premultiply(PixelImage& image) noexcept {
 }
 
 PixelImage halved(const PixelImage& image) {
-    PixelImage half{(image.width + 1) / 2, (image.height + 1) / 2, {}};
-    half.pixels.reserve(static_cast<std::size_t>(half.width) *
-                        static_cast<std::size_t>(half.height));
+    PixelImage half = blankImage((image.width + 1) / 2, (image.height + 1) / 2);
     for (int y = 0; y < half.height; ++y) {
         const auto row = [&](int line) {
             return image.pixels.data() + static_cast<std::ptrdiff_t>(line) * image.width;
         };
         const std::uint32_t* upper = row(2 * y);
         const std::uint32_t* lower = row(std::min(2 * y + 1, image.height - 1));
-        for (int x = 0; x < half.width; ++x) {
-            const int left = 2 * x, right = std::min(2 * x + 1, image.width - 1);
-            // Two channels at a time: sums of four bytes and the rounding need ten bits of sixteen.
-            constexpr std::uint32_t kEven = 0x00FF00FF, kRounding = 0x00020002;
-            const std::uint32_t four[] = {upper[left], upper[right], lower[left], lower[right]};
-            std::uint32_t even = kRounding, odd = kRounding;
-            for (const std::uint32_t pixel : four) {
-                even += pixel & kEven;
-                odd += (pixel >> 8) & kEven;
+        std::uint32_t* out = viewOf(half).row(y);
+        int x = 0;
+        for (; 2 * x + 8 <= image.width; x += 4) {
+            storeFour(out + x, averagedFour(upper + 2 * x, lower + 2 * x));
+        }
+        if (x < half.width) {
+            std::uint32_t ends[2][8], last[4];
+            for (int i = 0; i < 8; ++i) {
+                const int column = std::min(2 * x + i, image.width - 1);
+                ends[0][i] = upper[column];
+                ends[1][i] = lower[column];
             }
-            half.pixels.push_back(((even >> 2) & kEven) | (((odd >> 2) & kEven) << 8));
+            storeFour(last, averagedFour(ends[0], ends[1]));
+            std::copy_n(last, half.width - x, out + x);
         }
     }
     return half;

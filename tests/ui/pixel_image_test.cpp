@@ -106,6 +106,54 @@ TEST(PixelImage, ScalingWeightsTheFourNearestPixels) {
     }
 }
 
+// One channel after the other, as the header words it.
+template <typename Channel>
+PixelImage plain(int width, int height, Channel channel) {
+    PixelImage image = blankImage(width, height);
+    for (int i = 0; i < 4 * width * height; ++i) {
+        const int value = channel(i / 4 % width, i / 4 / width, i % 4);
+        image.pixels[static_cast<std::size_t>(i / 4)] |= static_cast<std::uint32_t>(value)
+                                                         << (8 * (i % 4));
+    }
+    return image;
+}
+
+TEST(PixelImage, FourPixelsAtOnceGiveTheSameAsOneChannelAfterTheOther) {
+    for (int width = 9; width < 26; ++width) {
+        const int height = 34 - width;
+        const PixelImage image = noise(width, height);
+        const auto at = [&](int x, int y, int channel) {
+            const int index = std::min(y, height - 1) * width + std::min(x, width - 1);
+            return channelOf(image.pixels[static_cast<std::size_t>(index)], channel);
+        };
+        const auto average = [&](int x, int y, int c) {
+            return (at(2 * x, 2 * y, c) + at(2 * x + 1, 2 * y, c) + at(2 * x, 2 * y + 1, c) +
+                    at(2 * x + 1, 2 * y + 1, c) + 2) /
+                   4;
+        };
+        ASSERT_EQ(halved(image).pixels, plain((width + 1) / 2, (height + 1) / 2, average).pixels)
+            << width;
+        for (int wanted = width / 2 + 1; wanted < 2 * width; ++wanted) {
+            const int tall = height * 3 / 4;
+            const auto place = [](int i, int from, int to) {
+                return std::clamp(((2 * i + 1) * from * 256 / to - 256) / 2, 0, (from - 1) * 256);
+            };
+            const auto mixed = [](int a, int b, int weight) {
+                return (a * (256 - weight) + b * weight + 128) / 256;
+            };
+            const auto weighted = [&](int x, int y, int c) {
+                const int u = place(x, width, wanted), v = place(y, height, tall);
+                const auto column = [&](int left) {
+                    return mixed(at(left, v / 256, c), at(left, v / 256 + 1, c), v % 256);
+                };
+                return mixed(column(u / 256), column(u / 256 + 1), u % 256);
+            };
+            ASSERT_EQ(scaled(image, wanted, tall).pixels, plain(wanted, tall, weighted).pixels)
+                << width << " to " << wanted;
+        }
+    }
+}
+
 TEST(PixelImage, BlendingPutsOneOverTheOtherAndCutsWhatLiesOutside) {
     const PixelImage over = noise(8, 6), under = noise(10, 7);
     for (const auto& [left, top] :

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <emmintrin.h>
+
+namespace percussomatic {
+
+// Four pixels computed at once with what every x64 processor has (SSE2), two channels of each in
+// its 16-bit lanes at a time: the same integers as one channel after the other.
+using FourPixels = __m128i;
+
+inline FourPixels loadFour(const std::uint32_t* from) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const FourPixels*>(from));
+}
+
+inline void storeFour(std::uint32_t* to, FourPixels pixels) noexcept {
+    _mm_storeu_si128(reinterpret_cast<FourPixels*>(to), pixels);
+}
+
+inline FourPixels evenChannels(FourPixels pixels) noexcept {
+    return _mm_and_si128(pixels, _mm_set1_epi16(0xFF));
+}
+
+inline FourPixels oddChannels(FourPixels pixels) noexcept {
+    return _mm_srli_epi16(pixels, 8);
+}
+
+// (a * (256 - weight) + b * weight + 128) / 256; weights 0..256, one for each 16-bit lane.
+inline FourPixels mixedFour(FourPixels a, FourPixels b, __m128i weight) noexcept {
+    const __m128i rest = _mm_sub_epi16(_mm_set1_epi16(256), weight);
+    const auto sum = [&](__m128i x, __m128i y) {
+        const __m128i products =
+            _mm_add_epi16(_mm_mullo_epi16(x, rest), _mm_mullo_epi16(y, weight));
+        return _mm_add_epi16(products, _mm_set1_epi16(128));
+    };
+    const __m128i even = sum(evenChannels(a), evenChannels(b));
+    const __m128i odd = sum(oddChannels(a), oddChannels(b));
+    return _mm_or_si128(_mm_srli_epi16(even, 8), _mm_andnot_si128(_mm_set1_epi16(0xFF), odd));
+}
+
+// Of the pixels in a row from each address on, the first ones and those after them.
+struct Neighbours {
+    FourPixels first, second;
+};
+
+inline Neighbours neighboursAt(const std::uint32_t* const (&pairs)[4]) noexcept {
+    const auto pair = [](const std::uint32_t* from) {
+        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+    };
+    const __m128i low = _mm_unpacklo_epi32(pair(pairs[0]), pair(pairs[1]));
+    const __m128i high = _mm_unpacklo_epi32(pair(pairs[2]), pair(pairs[3]));
+    return {_mm_unpacklo_epi64(low, high), _mm_unpackhi_epi64(low, high)};
+}
+
+// Rounded averages of the 2 x 2 pixels in two rows of eight.
+inline FourPixels averagedFour(const std::uint32_t* upper, const std::uint32_t* lower) noexcept {
+    const auto average = [&](auto channels) {
+        const auto column = [&](int x) {
+            return _mm_add_epi16(channels(loadFour(upper + x)), channels(loadFour(lower + x)));
+        };
+        const __m128 left = _mm_castsi128_ps(column(0)), right = _mm_castsi128_ps(column(4));
+        const __m128i even = _mm_castps_si128(_mm_shuffle_ps(left, right, _MM_SHUFFLE(2, 0, 2, 0)));
+        const __m128i odd = _mm_castps_si128(_mm_shuffle_ps(left, right, _MM_SHUFFLE(3, 1, 3, 1)));
+        return _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(even, odd), _mm_set1_epi16(2)), 2);
+    };
+    return _mm_or_si128(average(evenChannels), _mm_slli_epi16(average(oddChannels), 8));
+}
+
+} // namespace percussomatic
