@@ -123,13 +123,11 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     if (!canvas.shows(cardDialogArea(rects))) {
         return;
     }
-    GpGraphics* graphics = canvas.graphics();
     const int slot = cardPanel().dialogSlot;
     const PunchCard& card = cardPanel().slots[static_cast<std::size_t>(slot)];
-    const PixelRect dialog = canvas.place(rects.dialog);
-    fillBox(graphics, shadowOf(dialog), kShadow);
-    fillBox(graphics, dialog, kDialogFill);
-    outlineBox(graphics, dialog, kDialogEdge);
+    canvas.fill(shadowOf(rects.dialog), kShadow);
+    canvas.fill(rects.dialog, kDialogFill);
+    canvas.outline(rects.dialog, kDialogEdge);
 
     const int headerHeight = onScreen(40);
     std::wstring header = cardLabel(card, slot);
@@ -139,7 +137,8 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     // Strings cost far more than the test whether they are seen.
     const auto text = [&](const PixelRect& rect, std::wstring_view words, float size) {
         if (canvas.shows(rect)) {
-            drawCenteredText(graphics, words, canvas.place(rect), onScreen(size), kDialogText);
+            drawCenteredText(canvas.graphics(), words, canvas.place(rect), onScreen(size),
+                             kDialogText);
         }
     };
     text({rects.dialog.left, rects.dialog.top, rects.dialog.right, rects.dialog.top + headerHeight},
@@ -151,8 +150,7 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     const auto button = [&](const PixelRect& rect, std::wstring_view caption, float size,
                             std::uint32_t colour) {
         if (canvas.shows(rect)) {
-            drawBox(graphics, canvas.place(rect), caption, onScreen(size),
-                    {kButtonFill, kButtonEdge, colour});
+            drawBox(canvas, rect, caption, onScreen(size), {kButtonFill, kButtonEdge, colour});
         }
     };
     button(rects.title, L"TITLE", 13, kButtonText);

@@ -30,6 +30,17 @@ void Canvas::put(const PixelImage& picture, int left, int top) const noexcept {
     blendPixels(picture, left - region_.left, top - region_.top, pixels_);
 }
 
+void Canvas::fill(const PixelRect& rect, std::uint32_t argb) const noexcept {
+    fillPixels(place(rect), argb, pixels_);
+}
+
+void Canvas::outline(const PixelRect& rect, std::uint32_t argb) const noexcept {
+    fill({rect.left, rect.top, rect.right + 1, rect.top + 1}, argb);
+    fill({rect.left, rect.bottom, rect.right + 1, rect.bottom + 1}, argb);
+    fill({rect.left, rect.top + 1, rect.left + 1, rect.bottom}, argb);
+    fill({rect.right, rect.top + 1, rect.right + 1, rect.bottom}, argb);
+}
+
 Bitmap bitmapOver(const PixelView& pixels) {
     if (pixels.width <= 0 || pixels.height <= 0) {
         return {};
@@ -71,20 +82,6 @@ void drawTurned(GpGraphics* graphics, const PixelImage& picture, const PixelRect
     GdipRestoreGraphics(graphics, state);
 }
 
-void fillBox(GpGraphics* graphics, const PixelRect& rect, std::uint32_t argb) {
-    GpSolidFill* fill = nullptr;
-    if (GdipCreateSolidFill(argb, &fill) == Ok) {
-        GdipFillRectangleI(graphics, Brush(fill).get(), rect.left, rect.top, rect.width(),
-                           rect.height());
-    }
-}
-
-void outlineBox(GpGraphics* graphics, const PixelRect& rect, std::uint32_t argb) {
-    if (const Pen pen = created<Pen>(GdipCreatePen1, argb, 1.0f, UnitPixel); pen != nullptr) {
-        GdipDrawRectangleI(graphics, pen.get(), rect.left, rect.top, rect.width(), rect.height());
-    }
-}
-
 void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
               const TextStyle& style) {
     const auto family = created<FontFamily>(GdipCreateFontFamilyFromName, style.family,
@@ -119,11 +116,11 @@ void drawCenteredText(GpGraphics* graphics, std::wstring_view text, const PixelR
     drawText(graphics, text, rect, {.sizePixels = sizePixels, .argb = argb});
 }
 
-void drawBox(GpGraphics* graphics, const PixelRect& rect, std::wstring_view text, float sizePixels,
+void drawBox(Canvas& canvas, const PixelRect& rect, std::wstring_view text, float sizePixels,
              const BoxColours& colours) {
-    fillBox(graphics, rect, colours.fill);
-    outlineBox(graphics, rect, colours.edge);
-    drawCenteredText(graphics, text, rect, sizePixels, colours.text);
+    canvas.fill(rect, colours.fill);
+    canvas.outline(rect, colours.edge);
+    drawCenteredText(canvas.graphics(), text, canvas.place(rect), sizePixels, colours.text);
 }
 
 } // namespace percussomatic

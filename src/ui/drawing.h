@@ -13,9 +13,9 @@ namespace percussomatic {
 
 bool overlap(const PixelRect& a, const PixelRect& b) noexcept;
 
-// Part of the client area being painted: pixels whose first is the region's corner. Pictures are
-// put there as they are; whatever GDI+ draws goes through graphics over the same pixels, made when
-// first asked for.
+// Part of the client area being painted: pixels whose first is the region's corner. Pictures and
+// boxes are put there by our own code, a fill by the system takes longer than everything else; what
+// GDI+ draws goes through graphics over the same pixels, made when first asked for.
 class Canvas {
 public:
     Canvas(const PixelView& pixels, const PixelRect& region) : pixels_(pixels), region_(region) {}
@@ -28,8 +28,11 @@ public:
     bool shows(const PixelRect& rect) const noexcept;
     PixelRect place(const PixelRect& rect) const noexcept;
 
-    // The picture over what is there, in client pixels.
+    // Over what is there, in client pixels. An outline lies about the pixels from left to right and
+    // from top to bottom inclusive.
     void put(const PixelImage& picture, int left, int top) const noexcept;
+    void fill(const PixelRect& rect, std::uint32_t argb) const noexcept;
+    void outline(const PixelRect& rect, std::uint32_t argb) const noexcept;
 
 private:
     PixelView pixels_;
@@ -45,9 +48,6 @@ Graphics graphicsOn(Gdiplus::GpBitmap* bitmap);
 // The picture turned clockwise about the middle of the rectangle that it fills.
 void drawTurned(Gdiplus::GpGraphics* graphics, const PixelImage& picture, const PixelRect& rect,
                 double degrees);
-
-void fillBox(Gdiplus::GpGraphics* graphics, const PixelRect& rect, std::uint32_t argb);
-void outlineBox(Gdiplus::GpGraphics* graphics, const PixelRect& rect, std::uint32_t argb);
 
 struct TextStyle {
     const wchar_t* family = L"Segoe UI";
@@ -67,8 +67,8 @@ struct BoxColours {
     std::uint32_t fill, edge, text;
 };
 
-// A box with its caption.
-void drawBox(Gdiplus::GpGraphics* graphics, const PixelRect& rect, std::wstring_view text,
-             float sizePixels, const BoxColours& colours);
+// A box with its caption, in client pixels.
+void drawBox(Canvas& canvas, const PixelRect& rect, std::wstring_view text, float sizePixels,
+             const BoxColours& colours);
 
 } // namespace percussomatic

@@ -70,8 +70,7 @@ void paintStrip(Canvas& canvas, const PanelRects& rects) {
     const auto box = [&](const PixelRect& rect, std::wstring_view text, float size,
                          std::uint32_t colour) {
         if (canvas.shows(rect)) {
-            drawBox(canvas.graphics(), canvas.place(rect), text, onScreen(size),
-                    {kBoxFill, kBoxEdge, colour});
+            drawBox(canvas, rect, text, onScreen(size), {kBoxFill, kBoxEdge, colour});
         }
     };
     const bool followsMidi = now.externalSync && now.midiClockSeen && now.midiBpm > 0.0;
@@ -121,16 +120,20 @@ const PixelImage* imageFor(int index) noexcept {
 }
 
 void rebuildBackgroundCache(HWND window) {
-    releaseBackgroundCache();
+    // Its memory is kept: that costs more than to fill it.
+    PixelImage& cache = backgroundCache();
+    dropScaledPictures();
     const LayoutSize client = clientSize(window);
+    cache.width = std::max<int>(0, client.width);
+    cache.height = std::max<int>(0, client.height);
+    cache.pixels.assign(static_cast<std::size_t>(cache.width) *
+                            static_cast<std::size_t>(cache.height),
+                        kBackground);
     if (client.width <= 0 || client.height <= 0) {
         return;
     }
     const double scale = windowScale(window);
     ensurePanelImages(scale);
-    PixelImage& cache = backgroundCache();
-    cache = blankImage(client.width, client.height);
-    std::fill(cache.pixels.begin(), cache.pixels.end(), kBackground);
 
     // Each picture replaces what lies beneath it, which is quicker than blending; all of them are
     // opaque where they overlap.
@@ -140,8 +143,10 @@ void rebuildBackgroundCache(HWND window) {
         const ControlRow& row = rows[index];
         const PixelImage* picture = imageCache().pairs[index].normal;
         if (row.visible != 0 && !isInteractive(row) && picture != nullptr) {
-            copyPixels(scaled(*picture, inPixels(row.width), inPixels(row.height)), inPixels(row.x),
-                       inPixels(row.y), viewOf(cache));
+            const int left = inPixels(row.x), top = inPixels(row.y);
+            copyScaled(*picture,
+                       {left, top, left + inPixels(row.width), top + inPixels(row.height)},
+                       viewOf(cache));
         }
     }
 }

@@ -20,13 +20,30 @@ void eachRow(const PixelImage& picture, int left, int top, const PixelView& targ
     }
 }
 
-// Premultiplied source over destination, rounded.
-std::uint32_t blended(std::uint32_t source, std::uint32_t destination) noexcept {
-    const std::uint32_t through = 255 - (source >> 24);
-    const auto channel = [&](int shift) {
-        return ((((destination >> shift) & 0xFF) * through + 127) / 255) << shift;
+std::uint32_t premultiplied(std::uint32_t pixel) noexcept {
+    const std::uint32_t alpha = pixel >> 24;
+    if (alpha == 255) {
+        return pixel;
+    }
+    const auto weighted = [&](int shift) {
+        return ((((pixel >> shift) & 0xFF) * alpha + 127) / 255) << shift;
     };
-    return source + (channel(24) | channel(16) | channel(8) | channel(0));
+    return (alpha << 24) | weighted(16) | weighted(8) | weighted(0);
+}
+
+// Source pixels over those of a row, four at a time; fours(i) are the source's from i on.
+template <typename Fours>
+void blendRow(std::uint32_t* row, std::size_t count, Fours fours) {
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        storeFour(row + i, overFour(fours(i), loadFour(row + i)));
+    }
+    if (i < count) {
+        std::uint32_t rest[4] = {};
+        std::copy_n(row + i, count - i, rest);
+        storeFour(rest, overFour(fours(i), loadFour(rest)));
+        std::copy_n(rest, count - i, row + i);
+    }
 }
 
 // Between which pixels of the source those of the target lie: the first of two, and how near to
@@ -49,23 +66,23 @@ Between between(int from, int to) {
     return places;
 }
 
-PixelImage interpolated(const PixelImage& image, int width, int height) {
-    const Between columns = between(image.width, width), rows = between(image.height, height);
+// The picture at another size, at least half its own, with its corner at (left, top).
+void interpolate(const PixelImage& image, const PixelRect& shown, const PixelView& target) {
+    const PixelRect seen = intersected(shown, {0, 0, target.width, target.height});
+    const Between columns = between(image.width, shown.width());
+    const Between rows = between(image.height, shown.height());
     // Both lines are longer than a row, so that fours need no end of their own, and the last pixel
     // has a neighbour, of which nothing is taken.
     const auto spare = [](int count) { return static_cast<std::size_t>(count) + 4; };
-    std::vector<std::uint32_t> line(spare(image.width)), out(spare(width));
-    PixelImage result;
-    result.width = width;
-    result.height = height;
-    result.pixels.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+    std::vector<std::uint32_t> line(spare(image.width)), out(spare(shown.width()));
+    for (int y = seen.top; y < seen.bottom; ++y) {
+        const auto place = static_cast<std::size_t>(y - shown.top);
         const auto row = [&](int number) {
             return image.pixels.data() + static_cast<std::ptrdiff_t>(number) * image.width;
         };
-        const std::uint32_t* upper = row(rows.first[y]);
-        const std::uint32_t* lower = row(std::min(rows.first[y] + 1, image.height - 1));
-        const __m128i weight = _mm_set1_epi32(static_cast<int>(rows.weight[y]));
+        const std::uint32_t* upper = row(rows.first[place]);
+        const std::uint32_t* lower = row(std::min(rows.first[place] + 1, image.height - 1));
+        const __m128i weight = _mm_set1_epi32(static_cast<int>(rows.weight[place]));
         int x = 0;
         for (; x + 4 <= image.width; x += 4) {
             storeFour(&line[static_cast<std::size_t>(x)],
@@ -85,9 +102,8 @@ PixelImage interpolated(const PixelImage& image, int width, int height) {
                               line.data() + first[2], line.data() + first[3]});
             storeFour(&out[i], mixedFour(left, right, loadFour(&columns.weight[i])));
         }
-        result.pixels.insert(result.pixels.end(), out.begin(), out.begin() + width);
+        std::copy_n(out.data() + (seen.left - shown.left), seen.width(), target.row(y) + seen.left);
     }
-    return result;
 }
 
 } // namespace
@@ -114,20 +130,29 @@ void copyPixels(const PixelImage& picture, int left, int top, const PixelView& t
 void blendPixels(const PixelImage& picture, int left, int top, const PixelView& target) noexcept {
     eachRow(picture, left, top, target,
             [](const std::uint32_t* from, std::uint32_t* to, std::size_t count) {
-                std::transform(from, from + count, to, to, blended);
+                blendRow(to, count, [&](std::size_t i) {
+                    std::uint32_t last[4] = {};
+                    if (count - i >= 4) {
+                        return loadFour(from + i);
+                    }
+                    std::copy_n(from + i, count - i, last);
+                    return loadFour(last);
+                });
             });
+}
+
+void fillPixels(const PixelRect& rect, std::uint32_t argb, const PixelView& target) noexcept {
+    const FourPixels four = _mm_set1_epi32(static_cast<int>(premultiplied(argb)));
+    const PixelRect seen = intersected(rect, {0, 0, target.width, target.height});
+    for (int y = seen.top; y < seen.bottom; ++y) {
+        blendRow(target.row(y) + seen.left, static_cast<std::size_t>(seen.width()),
+                 [&](std::size_t) { return four; });
+    }
 }
 
 void premultiply(PixelImage& image) noexcept {
     for (std::uint32_t& pixel : image.pixels) {
-        const std::uint32_t alpha = pixel >> 24;
-        if (alpha == 255) {
-            continue;
-        }
-        const auto scaled = [&](int shift) {
-            return ((((pixel >> shift) & 0xFF) * alpha + 127) / 255) << shift;
-        };
-        pixel = (alpha << 24) | scaled(16) | scaled(8) | scaled(0);
+        pixel = premultiplied(pixel);
     }
 }
 
@@ -158,14 +183,20 @@ PixelImage halved(const PixelImage& image) {
     return half;
 }
 
-PixelImage scaled(const PixelImage& image, int width, int height) {
+void copyScaled(const PixelImage& image, const PixelRect& shown, const PixelView& target) {
     const PixelImage* source = &image;
     PixelImage half;
-    while (source->width >= 2 * width && source->height >= 2 * height) {
+    while (source->width >= 2 * shown.width() && source->height >= 2 * shown.height()) {
         half = halved(*source);
         source = &half;
     }
-    return interpolated(*source, width, height);
+    interpolate(*source, shown, target);
+}
+
+PixelImage scaled(const PixelImage& image, int width, int height) {
+    PixelImage result = blankImage(width, height);
+    copyScaled(image, {0, 0, width, height}, viewOf(result));
+    return result;
 }
 
 int halvings(int width, int height, double largestScale) noexcept {

@@ -36,6 +36,9 @@ PixelView viewOf(PixelImage& image) noexcept;
 void copyPixels(const PixelImage& picture, int left, int top, const PixelView& target) noexcept;
 void blendPixels(const PixelImage& picture, int left, int top, const PixelView& target) noexcept;
 
+// A colour (0xAARRGGBB, straight) over the part of the rectangle that lies on the target.
+void fillPixels(const PixelRect& rect, std::uint32_t argb, const PixelView& target) noexcept;
+
 // Multiplies the colours of straight pixels by their alpha, rounded.
 void premultiply(PixelImage& image) noexcept;
 
@@ -48,6 +51,10 @@ PixelImage halved(const PixelImage& image);
 // weighted from the 2 x 2 that lie about its middle, in steps of 1/256. Pictures end with their
 // last pixels: nothing is looked for beyond. `width` and `height` are positive.
 PixelImage scaled(const PixelImage& image, int width, int height);
+
+// The same, straight to its place on the target, which cuts off what lies outside: a picture as
+// large as the panel takes less time than the memory for it.
+void copyScaled(const PixelImage& image, const PixelRect& shown, const PixelView& target);
 
 // How often a picture of `width` x `height` can be halved and still be at least as large as when it
 // is shown at `largestScale` (client pixels per pixel).

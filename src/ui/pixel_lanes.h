@@ -25,6 +25,22 @@ inline FourPixels oddChannels(FourPixels pixels) noexcept {
     return _mm_srli_epi16(pixels, 8);
 }
 
+// Premultiplied source over destination, rounded: source + (destination * through + 127) / 255. The
+// division of a sum below 65535 by 255 is exactly (sum + 1 + sum / 256) / 256.
+inline FourPixels overFour(FourPixels source, FourPixels destination) noexcept {
+    const __m128i alpha = _mm_srli_epi32(source, 24);
+    const __m128i through =
+        _mm_sub_epi16(_mm_set1_epi16(255), _mm_or_si128(alpha, _mm_slli_epi32(alpha, 16)));
+    const auto weakened = [&](__m128i channels) {
+        const __m128i sum = _mm_add_epi16(_mm_mullo_epi16(channels, through), _mm_set1_epi16(127));
+        return _mm_srli_epi16(
+            _mm_add_epi16(_mm_add_epi16(sum, _mm_set1_epi16(1)), _mm_srli_epi16(sum, 8)), 8);
+    };
+    const __m128i even = weakened(evenChannels(destination));
+    const __m128i odd = weakened(oddChannels(destination));
+    return _mm_add_epi32(source, _mm_or_si128(even, _mm_slli_epi16(odd, 8)));
+}
+
 // (a * (256 - weight) + b * weight + 128) / 256; weights 0..256, one for each 16-bit lane.
 inline FourPixels mixedFour(FourPixels a, FourPixels b, __m128i weight) noexcept {
     const __m128i rest = _mm_sub_epi16(_mm_set1_epi16(256), weight);

@@ -5,13 +5,15 @@
 namespace percussomatic {
 
 bool ScreenPixels::fit(LayoutSize client) {
-    if (bitmap_ != nullptr && view_.width == client.width && view_.height == client.height) {
-        return true;
-    }
-    release();
     if (client.width <= 0 || client.height <= 0) {
         return false;
     }
+    if (bitmap_ != nullptr && client.width <= view_.stride && client.height <= rows_) {
+        view_.width = client.width;
+        view_.height = client.height;
+        return true;
+    }
+    release();
     BITMAPINFO format{};
     format.bmiHeader.biSize = sizeof format.bmiHeader;
     format.bmiHeader.biWidth = client.width;
@@ -28,6 +30,7 @@ bool ScreenPixels::fit(LayoutSize client) {
     }
     SelectObject(dc_.get(), bitmap_.get());
     view_ = {static_cast<std::uint32_t*>(pixels), client.width, client.height, client.width};
+    rows_ = client.height;
     return true;
 }
 
@@ -35,6 +38,7 @@ void ScreenPixels::release() noexcept {
     dc_ = {};
     bitmap_ = {};
     view_ = {};
+    rows_ = 0;
 }
 
 ScreenPixels& screenPixels() noexcept {

@@ -10,11 +10,11 @@
 namespace percussomatic {
 
 // The client area as it is composed off-screen: one bitmap of the system's that is kept from paint
-// to paint, so that a repaint allocates nothing and reaches the window by a plain copy. GUI thread.
+// to paint, so that a repaint allocates nothing and reaches the window by a plain copy. It only
+// grows: fresh memory costs more than the painting. GUI thread.
 class ScreenPixels {
 public:
-    bool
-    fit(LayoutSize client); // its content is undefined when the size has changed; false without
+    bool fit(LayoutSize client); // content undefined when the size has changed; false without
     void release() noexcept;
 
     PixelView view() const noexcept { return view_; }
@@ -24,6 +24,7 @@ private:
     Owned<HBITMAP, DeleteObject> bitmap_;
     Owned<HDC, DeleteDC> dc_; // goes first: it holds the bitmap
     PixelView view_{};
+    int rows_ = 0; // of the bitmap; its columns are the view's stride
 };
 
 ScreenPixels& screenPixels() noexcept;

@@ -183,6 +183,24 @@ TEST(PixelImage, BlendingPutsOneOverTheOtherAndCutsWhatLiesOutside) {
     }
 }
 
+TEST(PixelImage, AFillWeakensWhatLiesThereByItsOpacity) {
+    PixelImage ground = blankImage(258, 3);
+    for (std::uint32_t x = 0; x < 256; ++x) {
+        ground.pixels[258 + x] = x | x << 8 | x << 16 | x << 24;
+    }
+    for (std::uint32_t alpha = 0; alpha < 256; ++alpha) {
+        PixelImage filled = ground;
+        fillPixels({-5, 1, 256, 2}, alpha << 24 | 0x00FF00, viewOf(filled));
+        for (std::uint32_t x = 0; x < 258; ++x) {
+            EXPECT_EQ(filled.pixels[x] | filled.pixels[2 * 258 + x], 0U) << "beside it";
+            const std::uint32_t weak = (x * (255 - alpha) + 127) / 255;
+            ASSERT_EQ(filled.pixels[258 + x],
+                      x < 256 ? (weak + alpha) << 24 | weak << 16 | (weak + alpha) << 8 | weak : 0U)
+                << alpha << " over " << x;
+        }
+    }
+}
+
 TEST(PixelImage, HalvedPicturesStayAsLargeAsTheyAreShown) {
     const struct {
         int width, height;
