@@ -40,7 +40,7 @@ struct Fact {
 };
 
 std::wstring outputDevice() {
-    return waveOut().device != nullptr ? L"device open" : L"no device, the instrument is silent";
+    return waveOut().device != nullptr ? L"device open" : L"no device, looking for one";
 }
 
 std::wstring outputFormat() {

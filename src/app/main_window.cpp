@@ -4,6 +4,7 @@
 #include "audio/effects_window.h"
 #include "audio/wave_out.h"
 #include "cards/card_panel.h"
+#include "cards/card_saver.h"
 #include "cards/title_dialog.h"
 #include "midi/midi_clock.h"
 #include "midi/midi_connection.h"
@@ -241,6 +242,19 @@ LRESULT mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
     return DefWindowProcW(window, WM_MOUSEWHEEL, wParam, lParam);
 }
 
+// Steps that wait behind a flood of controllers. A quit message comes whatever is asked for, and
+// stays for the loop.
+void serveWaitingSteps(HWND window) {
+    MSG message{};
+    while (PeekMessageW(&message, window, kStepTickMessage, kStepTickMessage, PM_REMOVE) != 0) {
+        if (message.message == WM_QUIT) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        DispatchMessageW(&message);
+    }
+}
+
 void midiNotify(WPARAM wParam, LPARAM lParam) {
     switch (wParam) {
     case kMidiCmdConnectionChanged:
@@ -267,8 +281,31 @@ void midiNotify(WPARAM wParam, LPARAM lParam) {
     }
 }
 
+// Ends the process should its end take longer: a driver that has stopped answering may never return
+// from a call. Cards and settings are on the disk by then, so nothing is lost.
+class LongestShutdown {
+public:
+    LongestShutdown() {
+        CreateTimerQueueTimer(&timer_, nullptr, endProcess, nullptr, kMs, 0, WT_EXECUTEONLYONCE);
+    }
+    ~LongestShutdown() { DeleteTimerQueueTimer(nullptr, timer_, INVALID_HANDLE_VALUE); }
+    LongestShutdown(const LongestShutdown&) = delete;
+    LongestShutdown& operator=(const LongestShutdown&) = delete;
+
+private:
+    static constexpr DWORD kMs = 1000;
+
+    static void CALLBACK endProcess(void* /*nothing*/, BOOLEAN /*fired*/) {
+        TerminateProcess(GetCurrentProcess(), 0); // the drivers are not asked once more
+    }
+
+    HANDLE timer_ = nullptr;
+};
+
 void shutDown(HWND window) {
     setMainWindow(nullptr);
+    finishSaving();
+    const LongestShutdown limit;
     destroyAboutWindow();
     clockStop();
     KillTimer(window, static_cast<UINT_PTR>(WindowTimer::powerOff));
@@ -313,10 +350,19 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_MOUSEWHEEL:
         return mouseWheel(window, wParam, lParam);
     case kMidiNotifyMessage:
+        serveWaitingSteps(window);
         midiNotify(wParam, lParam);
         return 0;
     case kStepTickMessage:
         onStepTick();
+        return 0;
+    case kCardProblemMessage:
+        showSavingProblems();
+        return 0;
+    case WM_ENDSESSION: // after the return the process may end at any time
+        if (wParam != FALSE) {
+            DestroyWindow(window);
+        }
         return 0;
     case WM_DESTROY:
         shutDown(window);

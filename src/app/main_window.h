@@ -12,6 +12,9 @@ inline constexpr wchar_t kMainWindowClass[] = L"LumivardaLayoutPreviewWindow";
 // Posted by the step clock when a step is due; no parameters.
 inline constexpr UINT kStepTickMessage = WM_APP + 0x5B;
 
+// Posted when a card could not be saved; no parameters.
+inline constexpr UINT kCardProblemMessage = WM_APP + 0x5C;
+
 LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // The window that `mainWindow()` answers from now on; null while it is being destroyed.

@@ -4,9 +4,11 @@
 #include "audio/effect_choice.h"
 #include "audio/sound_engine.h"
 #include "audio/wave_out.h"
+#include "cards/card_file.h"
 #include "cards/card_panel.h"
 #include "midi/midi_input.h"
 #include "midi/midi_state.h"
+#include "midi/settings_file.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
@@ -14,6 +16,7 @@
 #include "ui/display_scale.h"
 #include "ui/images.h"
 #include "ui/layout_scale.h"
+#include "ui/modal_loop.h"
 #include "ui/panel_rendering.h"
 
 #include <future>
@@ -96,7 +99,7 @@ HWND createWindow(HINSTANCE instance) {
 
 void runMessageLoop() {
     MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    while (nextMessage(message) > 0) {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
@@ -121,6 +124,7 @@ int runPercussomatic(HINSTANCE instance) {
     // Decoding takes longest; until the window needs the pictures it runs beside the rest.
     std::future<void> decoding =
         std::async(std::launch::async, loadPanelImages, viewScale(largest.width, largest.height));
+    sweepUnfinished(settingsFile());
     resetCardPanel();
     loadCards();
     startSound();

@@ -1,6 +1,6 @@
 #include "cards/card_file.h"
 
-#include <array>
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
@@ -11,6 +11,22 @@ namespace percussomatic {
 namespace {
 
 constexpr std::size_t kLargestCard = std::size_t{1} << 20;
+constexpr int kTemporaryNames = 9; // the first may be taken by other savers, dead or alive
+
+std::filesystem::path temporaryName(std::filesystem::path target, int number) {
+    target += "." + std::to_string(number) + ".saving";
+    return target;
+}
+
+// A link stays, its file is replaced.
+std::filesystem::path withoutLink(const std::filesystem::path& target) {
+    std::error_code error;
+    if (!std::filesystem::is_symlink(target, error)) {
+        return target;
+    }
+    const auto real = std::filesystem::canonical(target, error);
+    return error ? target : real;
+}
 
 // No permission to write for anybody, which is how every system shows the player's mark. Asking for
 // it beforehand matters: replacing a file needs no permission on the file itself.
@@ -114,17 +130,26 @@ std::wstring saveFaultText(SaveResult result, const std::filesystem::path& path)
            kept;
 }
 
-FileReplacement::FileReplacement(std::filesystem::path target) : target_(std::move(target)) {
-    std::error_code error;
-    if (std::filesystem::is_symlink(target_, error)) {
-        const auto real = std::filesystem::canonical(target_, error);
-        target_ = error ? target_ : real; // the link stays, its file is replaced
+void sweepUnfinished(const std::filesystem::path& target) {
+    // Of another instance that saves right now nothing may be taken. Its file is judged by age: a
+    // save takes milliseconds, and between its last byte and its new name nobody has it open.
+    const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1);
+    const std::filesystem::path real = withoutLink(target);
+    for (int number = 1; number <= kTemporaryNames; ++number) {
+        const std::filesystem::path left = temporaryName(real, number);
+        std::error_code error;
+        if (is_regular_file(std::filesystem::symlink_status(left, error)) &&
+            last_write_time(left, error) < longAgo && !error) {
+            std::filesystem::remove(left, error);
+        }
     }
-    result_ = obstacleAt(target_);
-    constexpr int kNames = 9; // taken by dead or living savers, or by the player's own files
-    for (int number = 1; number <= kNames && !file_ && result_ == SaveResult::saved; ++number) {
-        temporary_ = target_;
-        temporary_ += "." + std::to_string(number) + ".saving";
+}
+
+FileReplacement::FileReplacement(const std::filesystem::path& target)
+    : target_(withoutLink(target)), result_(obstacleAt(target_)) {
+    for (int number = 1; number <= kTemporaryNames && !file_ && result_ == SaveResult::saved;
+         ++number) {
+        temporary_ = temporaryName(target_, number);
         file_.reset(createNewFile(temporary_));
     }
     if (!file_) {

@@ -41,10 +41,10 @@ std::wstring saveFaultText(SaveResult result, const std::filesystem::path& path)
 
 // A file on its way to replace another, or to be the first of its name. Until take() has succeeded
 // the old file is untouched; a replacement that is dropped before leaves nothing behind. Only a
-// process that dies in between leaves "NAME.1.saving" (or the next free number).
+// process that dies in between leaves "NAME.1.saving" (or the next free number up to 9).
 class FileReplacement {
 public:
-    explicit FileReplacement(std::filesystem::path target);
+    explicit FileReplacement(const std::filesystem::path& target);
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
     ~FileReplacement();
@@ -70,6 +70,9 @@ private:
     std::unique_ptr<std::FILE, CloseFile> file_;
     SaveResult result_ = SaveResult::saved;
 };
+
+// Removes what savers of that file have left who died more than a minute ago.
+void sweepUnfinished(const std::filesystem::path& target);
 
 // What saving asks of the system, beyond the standard library: one implementation each in
 // card_file_posix.cpp and card_file_windows.cpp.

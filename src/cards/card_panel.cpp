@@ -3,6 +3,7 @@
 #include "audio/effect_choice.h"
 #include "audio/sound_engine.h"
 #include "cards/card_file.h"
+#include "cards/card_saver.h"
 #include "cards/card_settings.h"
 #include "sequencer/front_panel.h"
 #include "sequencer/system.h"
@@ -30,11 +31,7 @@ PunchCard& insertedCard() {
 }
 
 void writeCardFile(const PunchCard& card, int slot) {
-    const std::filesystem::path path = cardFilePath(slot);
-    const SaveResult result = saveCardFile(path, writePunchCard(card, slot));
-    if (result != SaveResult::saved) {
-        showProblem(saveFaultText(result, path));
-    }
+    saveCardLater(cardFilePath(slot), writePunchCard(card, slot));
 }
 
 // Six A switches, then six B switches.
@@ -163,6 +160,7 @@ void loadCards() {
     std::error_code ignored; // without the folder every slot stays empty; a save tells
     std::filesystem::create_directories(kCardFolder, ignored);
     for (int slot = 0; slot < kCardSlots; ++slot) {
+        sweepUnfinished(cardFilePath(slot));
         loadCardFile(cardFilePath(slot), cardPanel().slots[static_cast<std::size_t>(slot)]);
     }
 }

@@ -35,7 +35,8 @@ CardPanel& cardPanel() noexcept;
 // Ten empty slots, dialog closed, reader empty.
 void resetCardPanel();
 
-// Makes the folder of the cards where it is missing and reads every slot that has a file.
+// Makes the folder of the cards where it is missing, clears away what killed saves have left there
+// and reads every slot that has a file.
 void loadCards();
 
 // The rectangles for a client area of that size, the card in the reader where it is now.

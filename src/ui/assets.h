@@ -29,4 +29,14 @@ std::span<const AssetRow> assetTable() noexcept;
 // Exact, case-sensitive; the first match wins.
 AssetBytes findAsset(std::string_view name) noexcept;
 
+// A picture as it is, or a copy that the build has made by halving it so many times.
+struct PictureFile {
+    AssetBytes file;
+    int halvings = 0;
+};
+
+// The smallest copy of a picture that has been halved at most so often. Empty when there is no such
+// picture.
+PictureFile findPicture(std::string_view name, int mostHalvings) noexcept;
+
 } // namespace percussomatic

@@ -70,9 +70,22 @@ PixelImage reduced(const BitmapData& source, int count) {
     return result;
 }
 
-// The decoded pixels, premultiplied and reduced for that scale; empty when the picture cannot be
+// Width and height as the file's header tells them; 0 x 0 for what is too short for one.
+LayoutSize pngSize(std::span<const std::byte> file) noexcept {
+    constexpr std::size_t kWidthAt = 16, kHeightAt = 20, kHeader = 24;
+    const auto number = [file](std::size_t at) {
+        int value = 0;
+        for (std::size_t i = 0; i < 4; ++i) {
+            value = value << 8 | std::to_integer<int>(file[at + i]);
+        }
+        return value;
+    };
+    return file.size() < kHeader ? LayoutSize{} : LayoutSize{number(kWidthAt), number(kHeightAt)};
+}
+
+// The decoded pixels, premultiplied and halved so many times; empty when the picture cannot be
 // decoded.
-PixelImage decode(std::span<const std::byte> bytes, double largestScale) {
+PixelImage decode(std::span<const std::byte> bytes, int count) {
     const Stream stream = streamOf(bytes);
     if (stream == nullptr) {
         return {};
@@ -89,7 +102,7 @@ PixelImage decode(std::span<const std::byte> bytes, double largestScale) {
         Ok) {
         return {};
     }
-    PixelImage image = reduced(lines, halvings(whole.Width, whole.Height, largestScale));
+    PixelImage image = reduced(lines, count);
     GdipBitmapUnlockBits(source.get(), &lines);
     return image;
 }
@@ -158,12 +171,15 @@ ImageCache& imageCache() noexcept {
 }
 
 std::unique_ptr<PixelImage> loadImageAsset(std::string_view name, double largestScale) {
-    const AssetBytes asset = findAsset(name);
-    if (asset.size < 1) {
+    const LayoutSize native = pngSize(findAsset(name).span());
+    const int count = halvings(native.width, native.height, largestScale);
+    const PictureFile smallest = findPicture(name, count);
+    if (smallest.file.size < 1) {
         return nullptr;
     }
     try {
-        auto picture = std::make_unique<PixelImage>(decode(asset.span(), largestScale));
+        auto picture =
+            std::make_unique<PixelImage>(decode(smallest.file.span(), count - smallest.halvings));
         return picture->width > 0 ? std::move(picture) : nullptr;
     } catch (const std::bad_alloc&) {
         return nullptr; // drawn without, as every picture that cannot be decoded

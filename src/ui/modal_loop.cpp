@@ -2,11 +2,32 @@
 
 namespace percussomatic {
 
+BOOL nextMessage(MSG& message) {
+    constexpr DWORD kTurnMs = 20;
+    struct Turn {
+        UINT message, flags;
+        DWORD lastMs;
+    };
+    static Turn turns[] = {{0, PM_QS_INPUT, 0}, {WM_TIMER, 0, 0}};
+    for (Turn& turn : turns) {
+        const DWORD nowMs = GetTickCount();
+        if (nowMs - turn.lastMs < kTurnMs) {
+            continue;
+        }
+        turn.lastMs = nowMs;
+        if (PeekMessageW(&message, nullptr, turn.message, turn.message, PM_REMOVE | turn.flags) !=
+            0) {
+            return message.message == WM_QUIT ? FALSE : TRUE; // which comes through every filter
+        }
+    }
+    return GetMessageW(&message, nullptr, 0, 0);
+}
+
 void runModal(HWND window, HWND owner, const bool& done) {
     EnableWindow(owner, FALSE);
     MSG message{};
     while (!done && IsWindow(window) != 0) {
-        const BOOL got = GetMessageW(&message, nullptr, 0, 0);
+        const BOOL got = nextMessage(message);
         if (got <= 0) {
             PostQuitMessage(static_cast<int>(message.wParam)); // the main loop waits for it too
             break;

@@ -4,6 +4,11 @@
 
 namespace percussomatic {
 
+// As GetMessageW, which hands out input and timers only when nothing is posted. What MIDI sends is
+// posted, so in a storm of it the player's hands and the timers have a turn now and then. GUI
+// thread.
+BOOL nextMessage(MSG& message);
+
 // Runs a modal window of ours with the keyboard navigation of dialogs until `done` is set by its
 // window procedure. The owner is disabled meanwhile; afterwards the window is destroyed and the
 // owner enabled and in front again. When the program ends or the owner goes in between, the quit

@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #ifndef _WIN32
-#include <csignal>
-#include <sys/resource.h>
+#include "support/full_disk.h"
+#include "support/killed.h"
 #endif
 
 namespace percussomatic {
@@ -88,6 +90,35 @@ TEST_F(CardFile, SurvivesFilesAndFoldersInItsWay) {
     EXPECT_EQ(filesIn("PunchCards"), 10);
 }
 
+TEST_F(CardFile, SweepTakesOnlyWhatDeadSaversHaveLeft) {
+    const auto longAgo = fs::file_time_type::clock::now() - std::chrono::minutes(2);
+    fs::create_directories("PunchCards/card_10.vopcard.3.saving/full");
+    const struct {
+        const char* name;
+        bool stays;
+    } files[] = {
+        {"card_10.vopcard", true},
+        {"card_10.vopcard.1.saving", false},
+        {"card_10.vopcard.9.saving", false},
+        {"card_10.vopcard.10.saving", true},
+        {"card_10.vopcard.saving", true},
+        {"card_10.vopcard.1.saving.txt", true},
+        {"card_1.vopcard.1.saving", true}, // of another card
+        {"notes.1.saving", true},
+    };
+    for (const auto& [name, stays] : files) {
+        put(fs::path("PunchCards") / name, old);
+        fs::last_write_time(fs::path("PunchCards") / name, longAgo);
+    }
+    put("PunchCards/card_10.vopcard.2.saving", "half a ca"); // just now
+    sweepUnfinished(path);
+    for (const auto& [name, stays] : files) {
+        EXPECT_EQ(fs::exists(fs::path("PunchCards") / name), stays) << name;
+    }
+    EXPECT_TRUE(fs::exists("PunchCards/card_10.vopcard.2.saving"));
+    EXPECT_TRUE(fs::exists("PunchCards/card_10.vopcard.3.saving/full"));
+}
+
 #ifndef _WIN32
 TEST_F(CardFile, KeepsTheLinkToACard) {
     fs::create_directories("PunchCards");
@@ -98,23 +129,41 @@ TEST_F(CardFile, KeepsTheLinkToACard) {
     EXPECT_EQ(contents("elsewhere"), text);
 }
 
-// Nothing can be written beyond so many bytes of a file, as on a disk that has filled up.
 TEST_F(CardFile, DiskThatFillsUpAnywhereHarmsNothing) {
     EXPECT_EQ(saveCardFile(path, old), SaveResult::saved);
-    rlimit former{};
-    getrlimit(RLIMIT_FSIZE, &former);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     for (std::size_t bytes = 0; bytes <= text.size(); ++bytes) {
         SCOPED_TRACE(bytes);
-        const rlimit limit{static_cast<rlim_t>(bytes), former.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
+        const FullDisk disk(bytes);
         const bool fits = bytes == text.size();
         EXPECT_EQ(saveCardFile(path, text), fits ? SaveResult::saved : SaveResult::notWritten);
         EXPECT_EQ(contents(path), fits ? text : old);
         EXPECT_EQ(filesIn("PunchCards"), 1);
     }
-    setrlimit(RLIMIT_FSIZE, &former);
-    std::signal(SIGXFSZ, handler);
+}
+
+TEST_F(CardFile, SaverThatIsKilledLeavesTheOldCardOrTheNewOne) {
+    const fs::path left = path.string() + ".1.saving";
+    int kills = 0, leftBehind = 0;
+    for (bool replaced = false, killed = true; killed; kills += killed ? 1 : 0) {
+        SCOPED_TRACE(kills);
+        if (!replaced) {
+            ASSERT_EQ(saveCardFile(path, old), SaveResult::saved);
+        }
+        killed = killedInCall(kills, [&] { saveCardFile(path, text); });
+        replaced = replaced || contents(path) == text;
+        ASSERT_EQ(contents(path), replaced ? text : old); // and once replaced it stays so
+        if (fs::exists(left)) {
+            ++leftBehind;
+            sweepUnfinished(path);
+            ASSERT_TRUE(fs::exists(left)) << "somebody may be writing it";
+            fs::last_write_time(left, fs::file_time_type::clock::now() - std::chrono::minutes(2));
+            sweepUnfinished(path);
+        }
+        ASSERT_EQ(filesIn("PunchCards"), 1);
+    }
+    EXPECT_EQ(contents(path), text);
+    EXPECT_GT(leftBehind, 3); // created, written, on the disk, about to be renamed
+    EXPECT_GT(kills, leftBehind);
 }
 
 #endif

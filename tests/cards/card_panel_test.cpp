@@ -19,6 +19,10 @@
 #include <map>
 #include <random>
 
+#ifndef _WIN32
+#include "support/full_disk.h"
+#endif
+
 namespace percussomatic {
 namespace {
 
@@ -328,6 +332,49 @@ TEST_F(PunchCards, TitleIsTrimmedAndWrittenToAUsedSlotOnly) {
         EXPECT_EQ(shown().title, expected.title);
         EXPECT_EQ(contents(cardFilePath(9)), writePunchCard(expected, 9));
     }
+}
+
+TEST_F(PunchCards, FullDiskAndReadOnlyCardAreTold) {
+    saveCard();
+    const std::string before = contents(cardFilePath(0));
+    sequencer().pattern.steps.fill(1);
+    const auto expectTold = [&](const wchar_t* what) {
+        shown().pattern = Pattern{};
+        saveCard();
+        ASSERT_EQ(recordedSystem().problems.size(), 1U) << what;
+        EXPECT_NE(recordedSystem().problems[0].find(what), std::wstring::npos);
+        recordedSystem().problems.clear();
+        EXPECT_EQ(contents(cardFilePath(0)), before);
+        EXPECT_EQ(shown().pattern.steps, sequencer().pattern.steps);
+    };
+#ifndef _WIN32
+    {
+        const FullDisk disk(before.size() - 1);
+        expectTold(L"disk has room");
+    }
+#endif
+    namespace fs = std::filesystem;
+    fs::permissions(cardFilePath(0), fs::perms{0222}, fs::perm_options::remove);
+    expectTold(L"read-only");
+    fs::permissions(cardFilePath(0), fs::perms{0222}, fs::perm_options::add);
+}
+
+TEST_F(PunchCards, SaveThatFailsIsToldAndTheSlotKeepsTheRhythm) {
+    put(kCardFolder, "a file of the folder's name");
+    showPreviousCard();
+    EXPECT_EQ(panel_.dialogSlot, kCardSlots - 1) << "they go round";
+    sequencer().pattern.set(2, 5, true);
+    saveCard();
+    ASSERT_EQ(recordedSystem().problems.size(), 1u);
+    EXPECT_NE(recordedSystem().problems[0].find(L"card_10.vopcard"), std::wstring::npos);
+    EXPECT_TRUE(shown().used && shown().pattern.isSet(2, 5));
+
+    std::filesystem::remove(kCardFolder);
+    saveCard();
+    EXPECT_EQ(recordedSystem().problems.size(), 1u);
+    EXPECT_TRUE(std::filesystem::exists(cardFilePath(9)));
+    showNextCard();
+    EXPECT_EQ(panel_.dialogSlot, 0);
 }
 
 TEST_F(PunchCards, ClicksFindWhatIsDrawnOnTop) {

@@ -148,9 +148,13 @@ TEST(PunchCardReader, TakesOddLinesAsItShould) {
          "LINE_VOLUMES=0.000000,1.000000,0.000000,1.000000,0.500000,0.001000", 2},
         {7, on + "\r", "INSTRUMENTS=" + commas("1", 11) + ",0"},
         {7, "INSTRUMENTS=,01,+1,true,1,0,1,1,1,1,1,1", "INSTRUMENTS=0,0,0,0,1,0,1,1,1,1,1,1", 4},
+        {7, "INSTRUMENTS=\xFF" + on.substr(13), "INSTRUMENTS=0" + on.substr(13)},
+        {8, "EFFECT_ENABLED=-7", "EFFECT_ENABLED=1"},
         {12, "EFFECT_DAMPING=3e38",
          "EFFECT_DAMPING=300000000549775575777803994281145270272.000000"},
         {16, "1O00 00x\t0000002", "1000000000000000"},
+        {17, "0100000000000010 \t\r", "0100000000000010", 0},
+        {18, "00100000000001001", "0010000000000100"},
         {21, "1111111111111111\nmore", "1111111111111111"},
     };
     for (const auto& [line, replacement, afterwards, warnings] : cases) {

@@ -224,6 +224,7 @@ MMRESULT WINAPI midiInStop(HMIDIIN /*device*/) {
 
 // Nothing is ever queued that it would give back.
 MMRESULT WINAPI midiInReset(HMIDIIN /*device*/) {
+    hangIn("midiInReset");
     return stopInput();
 }
 

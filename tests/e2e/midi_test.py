@@ -198,6 +198,30 @@ class Midi(Played):
         self.assertEqual(len(delivered), 2000)
         self.assertLess(delivered[-1] - delivered[0], 1.2e9)
 
+    def test_a_storm_leaves_time_for_the_player_and_for_the_end(self):
+        player = self.connected("slider_001=0,20")
+        dark = player.brightness("sw_007")
+        self.midi.send_many([(100, bytes([0xB0, 20, i % 128])) for i in range(200000)])
+        wait_until(self.midi.delivered, "the storm")
+        player.click("sw_007")
+        wait_until(lambda: player.brightness("sw_007") > dark + 40, "the start lamp", 5)
+        self.window.open_by(player, "MIDI")
+        self.window.push(LEARN)
+        self.window.push(DISCONNECT)                           # while it learns
+        self.wait_for_line(LEARN_LINE, "No MIDI device connected")
+        self.window.push(CONNECT)
+        self.wait_for_line(CONNECTION, "Connected to: Clock")
+        self.midi.set_ports([])                                # unplugged; the driver does not tell
+        self.window.push(CLOSE)
+        self.end_soon(player)
+        self.assertFalse(self.midi.played_out(), "the end came after the storm")
+
+    def test_a_driver_that_hangs_does_not_keep_the_program(self):
+        (self.folder / "Percussomatic.ini").write_text("[GENERAL]\r\nLastMidiDevice=Clock\r\n")
+        self.midi.set_ports(["Clock"])
+        player = self.start(stand_in=True, PERCUSSOMATIC_TEST_HANGS="midiInReset", **self.midi.variables())
+        self.end_soon(player)
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)

@@ -20,6 +20,13 @@ inline std::string setting(const char* name) {
     return value != nullptr ? value : "";
 }
 
+// The call that HANGS names never returns: a driver that has stopped answering.
+inline void hangIn(const char* call) {
+    if (setting("HANGS") == call) {
+        Sleep(INFINITE);
+    }
+}
+
 class Lock {
 public:
     explicit Lock(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }

@@ -9,6 +9,7 @@
 //   OPEN_RESULT    what waveOutOpen returns, 0 to open
 //   STOP_AFTER_MS  the first opened device returns no buffer that is played later than so many
 //                  milliseconds after its first write
+//   HANGS          the name of a call that never returns: waveOutReset or midiInReset
 //
 // Whether the program handles buffers as it should is left to the unit tests of the wave output.
 //
@@ -177,6 +178,7 @@ MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*
 }
 
 MMRESULT WINAPI waveOutReset(HWAVEOUT /*device*/) {
+    hangIn("waveOutReset");
     const Lock lock(theDevice.lock);
     while (!theDevice.queue.empty()) {
         returnOldestLocked();

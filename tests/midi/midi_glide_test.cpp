@@ -118,5 +118,19 @@ TEST_F(MidiGlide, SliderStopsOneUnitShortOfSomeTargets) {
     }
 }
 
+TEST_F(MidiGlide, EndedGlidesLeaveEverythingWhereItStands) {
+    const int slider = findControl("slider_004");
+    applyMidiToControl(slider, 127, false);
+    applyMidiToControl(findControl("rotary_001"), 0, false);
+    midiSmoothingTick();
+    endGlides();
+    EXPECT_FALSE(timerRuns());
+    midiSmoothingTick(); // one that was on its way already
+    EXPECT_EQ(sliderOffset("slider_004"), 227u);
+    EXPECT_EQ(panelState().master.value, 0.65);
+    applyMidiToControl(slider, 0, false);
+    EXPECT_TRUE(timerRuns()) << "begun again";
+}
+
 } // namespace
 } // namespace percussomatic

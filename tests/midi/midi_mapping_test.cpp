@@ -155,5 +155,25 @@ TEST_F(MidiMappings, StartSwitchByMidiPlaysNoFirstStep) {
     EXPECT_FALSE(now.running);
 }
 
+TEST_F(MidiMappings, LengthByMidiLeavesTheStepToTheNextTick) {
+    Sequencer& now = sequencer();
+    now.running = true;
+    now.currentStep = 11;
+    resetRecordedScreen();
+    const int nineSteps = findControl("sw_011");
+    applyMidiToControl(nineSteps, 127, true);
+    EXPECT_EQ(now.sequenceLength, 9u);
+    EXPECT_EQ(now.currentStep, 11u);
+    EXPECT_EQ(staleControls(), Names{});
+    takeRedraws();
+    applyMidiToControl(nineSteps, 127, true);
+    EXPECT_EQ(takeRedraws(), Names{}) << "it has that length";
+    onStepTick();
+    EXPECT_EQ(now.currentStep, 3u);
+    applyMidiToControl(findControl("sw_008"), 127, true);
+    EXPECT_TRUE(now.editMode);
+    EXPECT_EQ(soundEngine().outputMuted, 1);
+}
+
 } // namespace
 } // namespace percussomatic

@@ -221,6 +221,14 @@ TEST(Images, AreKeptOnlyAsLargeAsTheScreenShowsThem) {
     EXPECT_EQ(shown->width, 36); // a quarter, rounded up: at least 142 * 0.2
     const auto native = loadImageAsset("SW_on.PNG", 1.0);
     EXPECT_EQ(native->width, 142);
+
+    // Copies that were reduced by the build are no others than those reduced here.
+    const auto whole = loadImageAsset("c_scheda.PNG", 1.0);
+    PixelImage half = halved(*whole);
+    for (const double scale : {0.5, 0.25, 0.125}) {
+        EXPECT_EQ(loadImageAsset("c_scheda.PNG", scale)->pixels, half.pixels) << scale;
+        half = halved(half);
+    }
 }
 
 TEST(Images, IconComesInEverySize) {

@@ -1,13 +1,20 @@
 #include "app/main_window.h"
 #include "app/start_up.h"
+#include "audio/wave_out.h"
+#include "cards/card_panel.h"
+#include "midi/midi_input.h"
 #include "sequencer/sequencer.h"
+#include "sequencer/step_clock.h"
 #include "ui/control_layout.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <chrono>
 #include <cstdio>
-#include <thread>
+#include <functional>
+#include <future>
+#include <ostream>
+#include <utility>
 
 namespace percussomatic {
 namespace {
@@ -16,32 +23,59 @@ namespace {
 // a sent message changes may be read when it has returned.
 class Program : public testing::Test {
 protected:
-    void SetUp() override {
+    void SetUp() override { begin(); }
+    void TearDown() override {
+        EXPECT_TRUE(endsWithin(std::chrono::seconds(10)));
         std::remove("LumivardaLayoutScale.txt");
-        program_ = std::thread([this] { exitCode_ = runPercussomatic(GetModuleHandleW(nullptr)); });
-        for (int tries = 0; tries < 600 && window_ == nullptr; ++tries) {
-            Sleep(50);
+    }
+
+    void begin() {
+        std::remove("LumivardaLayoutScale.txt");
+        ended_ = std::async(std::launch::async,
+                            [] { return runPercussomatic(GetModuleHandleW(nullptr)); });
+        ASSERT_TRUE(waitUntil([this] {
             window_ = FindWindowW(kMainWindowClass, L"Percussomatic");
-        }
-        ASSERT_NE(window_, nullptr);
+            return window_ != nullptr;
+        }));
         SendMessageW(window_, WM_NULL, 0, 0); // start-up is over when the loop answers
         RECT client{};
         GetClientRect(window_, &client);
         scale_ = viewScale(client.right, client.bottom);
+        rects_ = cardPanelRects({client.right, client.bottom});
     }
-    void TearDown() override {
-        program_.join();
-        EXPECT_EQ(exitCode_, 0);
-        std::remove("LumivardaLayoutScale.txt");
+    // With code 0, nothing left behind.
+    bool endsWithin(std::chrono::milliseconds limit) {
+        if (!ended_.valid()) {
+            return true;
+        }
+        if (ended_.wait_for(limit) != std::future_status::ready) {
+            return false;
+        }
+        EXPECT_EQ(ended_.get(), 0);
+        EXPECT_EQ(waveOut().device, nullptr);
+        EXPECT_FALSE(stepClock().thread.joinable());
+        return true;
+    }
+
+    static bool waitUntil(const std::function<bool()>& question) {
+        for (int tries = 0; tries < 3000; ++tries) {
+            if (question()) {
+                return true;
+            }
+            Sleep(10);
+        }
+        return false;
     }
 
     void send(UINT message, WPARAM wParam, LPARAM lParam) const {
         SendMessageW(window_, message, wParam, lParam);
     }
 
-    PixelPoint middle(const char* name) const {
-        const PixelRect rect = controlClientRect(findControl(name), scale_);
+    static PixelPoint middle(const PixelRect& rect) {
         return {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+    }
+    PixelPoint middle(const char* name) const {
+        return middle(controlClientRect(findControl(name), scale_));
     }
     void mouse(UINT message, PixelPoint at) const { send(message, 0, MAKELPARAM(at.x, at.y)); }
     void click(const char* name) const {
@@ -57,10 +91,10 @@ protected:
 
     HWND window_ = nullptr;
     double scale_ = 1.0;
+    PanelRects rects_{};
 
 private:
-    std::thread program_;
-    std::atomic<int> exitCode_ = -1;
+    std::future<int> ended_;
 };
 
 TEST_F(Program, RoutesEveryGestureUntilThePowerSwitchEndsIt) {
@@ -99,11 +133,151 @@ TEST_F(Program, RoutesEveryGestureUntilThePowerSwitchEndsIt) {
     const DWORD start = GetTickCount();
     click("pw_001");
     EXPECT_FALSE(sequencer().running);
-    for (int tries = 0; tries < 600 && IsWindow(window_) != 0; ++tries) {
-        Sleep(10);
-    }
-    EXPECT_FALSE(IsWindow(window_));
+    EXPECT_TRUE(endsWithin(std::chrono::seconds(3)));
     EXPECT_GE(GetTickCount() - start, 900U);
+}
+
+// What the player has done when the end comes. A modal window keeps the keyboard from the panel.
+struct Situation {
+    const char* name;
+    bool modal;
+    void (*enter)(const class Ending& program);
+};
+
+void PrintTo(const Situation& situation, std::ostream* out) {
+    *out << situation.name;
+}
+
+class Ending : public Program, public testing::WithParamInterface<Situation> {
+public:
+    void press(const PixelRect& box) const {
+        mouse(WM_LBUTTONDOWN, middle(box));
+        mouse(WM_LBUTTONUP, middle(box));
+    }
+    // What opens a modal window answers only when that has gone.
+    void pressModal(const PixelRect& box) const {
+        PostMessageW(window_, WM_LBUTTONDOWN, 0, MAKELPARAM(middle(box).x, middle(box).y));
+    }
+    void command(WPARAM code) const { PostMessageW(window_, kMidiNotifyMessage, code, 0); }
+    bool hasEnded() const { return IsWindow(window_) == 0; }
+    // Also when the program has ended meanwhile.
+    HWND shown(const wchar_t* windowClass, const wchar_t* title) const {
+        HWND found = nullptr;
+        EXPECT_TRUE(waitUntil([&] {
+            found = FindWindowW(windowClass, title);
+            return (found != nullptr && IsWindowVisible(found) != 0) || hasEnded();
+        }));
+        return found;
+    }
+    const PanelRects& rects() const { return rects_; }
+    void start() const { click("sw_007"); }
+};
+
+constexpr wchar_t kTempoClass[] = L"PercussomaticBpmEditDialog", kMessageClass[] = L"#32770";
+
+constexpr Situation kSituations[] = {
+    {"Playing", false, [](const Ending& program) { program.start(); }},
+    {"TempoDialog", true,
+     [](const Ending& program) {
+         program.start();
+         program.pressModal(program.rects().bpm);
+         program.shown(kTempoClass, L"Set Tempo");
+     }},
+    {"MessageOverTempoDialog", true,
+     [](const Ending& program) {
+         program.pressModal(program.rects().bpm);
+         HWND dialog = program.shown(kTempoClass, L"Set Tempo");
+         constexpr int kEditId = 3101, kOkId = 3102;
+         SetDlgItemTextW(dialog, kEditId, L"1");
+         PostMessageW(dialog, WM_COMMAND, kOkId, 0);
+         program.shown(kMessageClass, L"Invalid BPM");
+     }},
+    {"Message", true,
+     [](const Ending& program) {
+         program.command(kMidiCmdMidiClock);
+         program.pressModal(program.rects().bpm);
+         program.shown(kMessageClass, L"Set Tempo");
+     }},
+    {"TitleDialog", true,
+     [](const Ending& program) {
+         program.press(program.rects().cards);
+         program.pressModal(program.rects().title);
+         program.shown(L"PunchCardTitleDialog", L"Punch Card Title");
+     }},
+    {"CardInsertion", false,
+     [](const Ending& program) {
+         program.start();
+         program.press(program.rects().cards);
+         cardPanel().slots[0].used = true;
+         program.press(program.rects().load);
+         EXPECT_TRUE(cardPanel().insertingCard || program.hasEnded());
+     }},
+    {"WindowsAndLearning", false,
+     [](const Ending& program) {
+         program.start();
+         program.press(program.rects().info);
+         program.press(program.rects().effects);
+         program.press(program.rects().midi);
+         program.shown(L"LumivardaMidiDeviceSelectorWindow", L"Percussomatic MIDI");
+         program.command(kMidiCmdLearn);
+     }},
+};
+
+TEST_P(Ending, ComesSoonAndWhole) {
+    const struct {
+        const char* name;
+        bool byKeyboard;
+        std::function<void()> press;
+        int limitMs;
+        bool first = false; // what follows happens within the switch's second
+    } ways[] = {
+        {"Escape", true, [this] { send(WM_KEYDOWN, VK_ESCAPE, 0); }, 2000},
+        {"close", false, [this] { PostMessageW(window_, WM_CLOSE, 0, 0); }, 2000},
+        {"end of the log-on", false,
+         [this] {
+             EXPECT_TRUE(SendMessageW(window_, WM_QUERYENDSESSION, 0, 0));
+             send(WM_ENDSESSION, FALSE, 0); // somebody has objected
+             EXPECT_TRUE(IsWindow(window_));
+             send(WM_ENDSESSION, TRUE, 0);
+             EXPECT_FALSE(IsWindow(window_));
+         },
+         2000},
+        {"power switch", false, [this] { click("pw_001"); }, 3000, true},
+    };
+    bool begun = true;
+    for (const auto& way : ways) {
+        SCOPED_TRACE(way.name);
+        if (way.byKeyboard && GetParam().modal) {
+            continue;
+        }
+        if (!std::exchange(begun, false)) {
+            begin();
+        }
+        if (way.first) {
+            way.press();
+        }
+        GetParam().enter(*this);
+        if (!way.first) {
+            way.press();
+        }
+        ASSERT_TRUE(endsWithin(std::chrono::milliseconds(way.limitMs)));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(From, Ending, testing::ValuesIn(kSituations),
+                         [](const auto& situation) { return situation.param.name; });
+
+TEST(RealDevice, OpensAndClosesAHundredTimes) {
+    if (waveOutGetNumDevs() == 0) {
+        GTEST_SKIP() << "no sound device";
+    }
+    WaveOut out(soundEngine());
+    for (int cycle = 0; cycle < 100; ++cycle) {
+        ASSERT_TRUE(out.start()) << cycle;
+        soundEngine().trigger(0, 1.0f);
+        out.stop();
+        ASSERT_EQ(out.device, nullptr);
+    }
 }
 
 } // namespace

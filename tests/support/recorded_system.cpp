@@ -1,7 +1,9 @@
 #include "support/recorded_system.h"
 
 #include "audio/sound_engine.h"
+#include "cards/card_file.h"
 #include "cards/card_panel.h"
+#include "cards/card_saver.h"
 #include "sequencer/panel_state.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
@@ -59,6 +61,13 @@ void showSyncStatus(bool externalSync, const std::wstring& text) {
 
 void showProblem(const std::wstring& text) {
     recordedSystem().problems.push_back(text);
+}
+
+void saveCardLater(const std::filesystem::path& path, const std::string& text) {
+    const SaveResult result = saveCardFile(path, text);
+    if (result != SaveResult::saved) {
+        showProblem(saveFaultText(result, path));
+    }
 }
 
 FreshInstrument::FreshInstrument() {

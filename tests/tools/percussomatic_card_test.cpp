@@ -138,6 +138,16 @@ TEST_F(CardTool, OutputsAreWholeOrNotThere) {
     EXPECT_EQ(filesIn("."), 4);
 }
 
+TEST_F(CardTool, NoCommandTakesItsCardForItsOutput) {
+    fs::create_hard_link("old.vopcard", "same");
+    for (const char* words : {"render old.vopcard old.vopcard", "midi old.vopcard ./old.vopcard",
+                              "midi --bars 2 same old.vopcard"}) {
+        EXPECT_EQ(run(words), 2) << words;
+        EXPECT_NE(err.find("old.vopcard is the card itself"), std::string::npos) << err;
+        EXPECT_EQ(contents("old.vopcard"), kOldCard) << words;
+    }
+}
+
 // The contract of a render, written for reading, over the plain engine. Recordings that are left
 // out take no index, but sends stay with the instruments' own numbers.
 std::vector<std::int16_t> plainRender(const PunchCard& card, std::uint32_t steps, double tail,

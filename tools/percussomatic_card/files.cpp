@@ -1,7 +1,5 @@
 #include "files.h"
 
-#include "arguments.h"
-
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
@@ -43,6 +41,14 @@ void tellFault(const std::string& file, std::string_view fault) {
 
 void tellRemark(const std::string& file, const CardRemark& remark, std::string_view kind) {
     std::cerr << file << ':' << remark.line << ": " << kind << remark.text << '\n';
+}
+
+void keepCard(const Arguments& arguments) {
+    std::error_code error; // one that is not there yet is another file
+    if (std::filesystem::equivalent(pathOf(arguments.operands[0]), pathOf(arguments.operands[1]),
+                                    error)) {
+        throw Misuse(arguments.operands[1] + " is the card itself; expected another file to write");
+    }
 }
 
 int outcome(SaveResult result, const std::string& file) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "arguments.h"
 #include "cards/card_file.h"
 #include "cards/punch_card.h"
 
@@ -25,6 +26,9 @@ std::optional<std::vector<std::byte>> readWhole(const std::filesystem::path& pat
 
 void tellFault(const std::string& file, std::string_view fault);
 void tellRemark(const std::string& file, const CardRemark& remark, std::string_view kind = "");
+
+// Throws Misuse when the second operand is the card itself, by whatever name.
+void keepCard(const Arguments& arguments);
 
 // An exit code; a failure is told.
 int outcome(SaveResult result, const std::string& file);

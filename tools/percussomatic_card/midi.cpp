@@ -97,6 +97,7 @@ std::string trackOf(const PunchCard& card, double bpm, std::uint32_t steps) {
 
 int midi(const Arguments& arguments) {
     const std::uint64_t bars = arguments.count("--bars").value_or(kPlainBars);
+    keepCard(arguments);
     const auto read = readCard(arguments.operands[0]);
     if (!read) {
         return kFailed;

@@ -221,6 +221,7 @@ int render(const Arguments& arguments) {
     arguments.count("--bars"); // what is wrong with the command comes before what is with the card
     arguments.count("--steps");
     arguments.number("--tail", 0.0, kMostTailSeconds);
+    keepCard(arguments);
     const auto read = readCard(arguments.operands[0]);
     if (!read) {
         return kFailed;

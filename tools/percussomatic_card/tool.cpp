@@ -96,7 +96,7 @@ void printUsage(std::ostream& out) {
         out << "  " << command.name << std::string(kColumn - command.name.size(), ' ')
             << command.summary << '\n';
     }
-    out << "\n\"" << kProgram << " COMMAND --help\" tells more.\n"
+    out << "\n\"" << kProgram << " COMMAND --help\" tells more, --version which this is.\n"
         << "Ends with 0, with 1 when a card or file is at fault, with 2 when misused.\n";
 }
 
@@ -129,6 +129,10 @@ int runWords(std::span<const std::string> words) {
     }
     if (words.front() == "--help" || words.front() == "-h") {
         printUsage(std::cout);
+        return kDone;
+    }
+    if (words.front() == "--version") {
+        std::cout << kProgram << " " PERCUSSOMATIC_VERSION "\n";
         return kDone;
     }
     const auto* const command = std::ranges::find(kCommands, words.front(), &Command::name);

@@ -18,20 +18,24 @@ using wave_device::Script;
 using Callback = void(CALLBACK*)(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
 
 struct Event {
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool signalled = false;
+    bool signalled = false; // guarded by eventMutex
 };
+
+std::mutex eventMutex;
+std::condition_variable eventChanged;
+// Of the one thread that waits; all guarded by eventMutex.
+DWORD waitMs = 0; // 0 while none does
+bool timeIsUp = false;
 
 } // namespace
 
 struct WaveOutDevice {
     explicit WaveOutDevice(const Script& wanted) : script(wanted) {}
 
-    const Script script;
     std::mutex mutex;
     std::condition_variable changed;
     // All guarded by mutex.
+    Script script;
     wave_device::State state;
     bool resetting = false;
     int prepares = 0, prepared = 0;
@@ -96,6 +100,12 @@ void begin(const Script& script) {
     theDevice = std::make_unique<WaveOutDevice>(script);
 }
 
+void follow(const Script& script) {
+    const std::lock_guard lock(theDevice->mutex);
+    theDevice->script = script;
+    theDevice->prepares = 0;
+}
+
 State state() {
     const std::lock_guard lock(theDevice->mutex);
     return theDevice->state;
@@ -110,6 +120,21 @@ bool waitForWrites(int count) {
 void returnBuffer(std::size_t place) {
     std::unique_lock lock(theDevice->mutex);
     returnBlock(*theDevice, lock, place);
+}
+
+DWORD awaitedMs() {
+    std::unique_lock lock(eventMutex);
+    eventChanged.wait_for(lock, std::chrono::seconds(10), [] { return waitMs != 0; });
+    return waitMs;
+}
+
+void passTime() {
+    {
+        const std::lock_guard lock(eventMutex);
+        waitMs = 0;
+        timeIsUp = true;
+    }
+    eventChanged.notify_all();
 }
 
 } // namespace wave_device
@@ -150,6 +175,9 @@ MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {
 MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
     const std::lock_guard lock(device->mutex);
     checkCallLocked(*device);
+    if (device->script.clings) {
+        return MMSYSERR_ERROR;
+    }
     checkLocked(*device, (header->dwFlags & WHDR_INQUEUE) == 0, "unprepared while queued");
     --device->prepared;
     header->dwFlags &= ~WHDR_PREPARED;
@@ -178,7 +206,7 @@ MMRESULT waveOutReset(HWAVEOUT device) {
     std::unique_lock lock(device->mutex);
     checkCallLocked(*device);
     device->resetting = true;
-    while (!device->queue.empty()) {
+    while (!device->queue.empty() && !device->script.clings) {
         returnBlock(*device, lock, 0);
     }
     return MMSYSERR_NOERROR;
@@ -188,9 +216,13 @@ MMRESULT waveOutClose(HWAVEOUT device) {
     {
         const std::lock_guard lock(device->mutex);
         checkCallLocked(*device);
+        device->state.open = false; // the next opening is of another device
+        if (device->script.clings) {
+            device->prepared = 0;
+            return MMSYSERR_ERROR;
+        }
         checkLocked(*device, device->prepared == 0, "closed with prepared headers");
         checkLocked(*device, device->queue.empty(), "closed with queued buffers");
-        device->state.open = false;
     }
     device->changed.notify_all();
     if (device->returning.joinable()) {
@@ -205,21 +237,32 @@ HANDLE CreateEventW(void* /*security*/, BOOL /*manualReset*/, BOOL /*signalled*/
 }
 
 BOOL SetEvent(HANDLE event) {
-    auto* set = static_cast<Event*>(event);
     {
-        const std::lock_guard lock(set->mutex);
-        set->signalled = true;
+        const std::lock_guard lock(eventMutex);
+        static_cast<Event*>(event)->signalled = true;
+        waitMs = 0;
     }
-    set->changed.notify_all();
+    eventChanged.notify_all();
     return TRUE;
 }
 
-DWORD WaitForSingleObject(HANDLE event, DWORD /*milliseconds*/) {
+BOOL ResetEvent(HANDLE event) {
+    const std::lock_guard lock(eventMutex);
+    static_cast<Event*>(event)->signalled = false;
+    return TRUE;
+}
+
+DWORD WaitForSingleObject(HANDLE event, DWORD milliseconds) {
     auto* awaited = static_cast<Event*>(event);
-    std::unique_lock lock(awaited->mutex);
-    awaited->changed.wait(lock, [awaited] { return awaited->signalled; });
-    awaited->signalled = false;
-    return 0;
+    std::unique_lock lock(eventMutex);
+    if (!awaited->signalled) {
+        waitMs = milliseconds;
+        timeIsUp = false;
+        eventChanged.notify_all();
+        eventChanged.wait(lock, [awaited] { return awaited->signalled || timeIsUp; });
+        waitMs = 0;
+    }
+    return std::exchange(awaited->signalled, false) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
 }
 
 BOOL CloseHandle(HANDLE event) {

@@ -15,6 +15,7 @@ struct Script {
     MMRESULT openResult = MMSYSERR_NOERROR;
     int failingPrepare = 0;       // counted from 1; 0 for none
     bool returnsByItself = false; // on a thread of its own, as soon as it can
+    bool clings = false;          // reset returns nothing, close fails, and the buffers are kept
 };
 
 struct Block {
@@ -24,6 +25,9 @@ struct Block {
 
 // A new device, all counts at zero.
 void begin(const Script& script);
+
+// What it does from now on.
+void follow(const Script& script);
 
 struct State {
     bool open = false;
@@ -43,5 +47,10 @@ bool waitForWrites(int count);
 
 // Returns the queued buffer of that place, 0 the oldest, on the calling thread.
 void returnBuffer(std::size_t place = 0);
+
+// Time stands still for whoever waits for an event. awaitedMs() waits until a thread does and says
+// how long it means to, 0 if none does within ten seconds; passTime() lets that time pass.
+DWORD awaitedMs();
+void passTime();
 
 } // namespace wave_device

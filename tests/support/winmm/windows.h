@@ -16,12 +16,13 @@ using LPSTR = char*;
 using HANDLE = void*;
 
 inline constexpr BOOL FALSE = 0, TRUE = 1;
-inline constexpr DWORD INFINITE = 0xFFFFFFFF;
+inline constexpr DWORD WAIT_OBJECT_0 = 0, WAIT_TIMEOUT = 258;
 inline constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15;
 
 HANDLE CreateEventW(void* security, BOOL manualReset, BOOL signalled, const wchar_t* name);
 BOOL SetEvent(HANDLE event);
-DWORD WaitForSingleObject(HANDLE event, DWORD milliseconds); // waits until it is signalled
+BOOL ResetEvent(HANDLE event);
+DWORD WaitForSingleObject(HANDLE event, DWORD milliseconds); // see passTime() of wave_device.h
 BOOL CloseHandle(HANDLE event);
 HANDLE GetCurrentThread();
 BOOL SetThreadPriority(HANDLE thread, int priority);

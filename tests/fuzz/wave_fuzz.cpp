@@ -1,0 +1,39 @@
+#include "audio/sound_engine.h"
+#include "fuzz/fuzzing.h"
+#include "support/plain_engine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+// A WAVE file, loaded and played at whatever rate it claims.
+
+using namespace percussomatic;
+using fuzz::require;
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    SoundEngine engine;
+    if (engine.loadSample(data, size) < 0) {
+        return 0;
+    }
+    const Sample& sample = engine.samples.front();
+    const auto within = [](float value) { return std::abs(value) <= 1.0f; };
+    require(sample.sampleRate != 0 && sample.finite, "a recording has a rate and is finite");
+    require(!sample.left.empty() && sample.left.size() == sample.right.size() &&
+                sample.left.size() <= size,
+            "both planes have the frames of the file");
+    require(std::all_of(sample.left.begin(), sample.left.end(), within) &&
+                std::all_of(sample.right.begin(), sample.right.end(), within),
+            "all values are within -1 and 1");
+
+    plain::PlainEngine plainEngine;
+    plainEngine.samples = engine.samples;
+    engine.trigger(0, 0.7f);
+    plainEngine.trigger(0, 0.7f);
+    constexpr std::uint32_t kFrames = 530; // more than one stretch of the mixer
+    std::vector<std::int16_t> out(2 * kFrames), expected(2 * kFrames);
+    engine.renderBlock(out.data(), kFrames);
+    plainEngine.renderBlock(expected.data(), kFrames);
+    require(out == expected, "it sounds as the plain engine has it");
+    return 0;
+}
