@@ -243,6 +243,7 @@ void play() {
     timeDialog("BPM", middleOf(rects().bpm), L"PercussomaticBpmEditDialog");
     playCards();
     flood();
+    doing = nullptr;
     PostMessageW(panel(), WM_KEYDOWN, VK_ESCAPE, 0);
 }
 

@@ -24,7 +24,7 @@ import threading
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "scripts"))
-from player import Player, xdotool  # noqa: E402
+from player import Player, read_controls, xdotool  # noqa: E402
 
 PANEL = 500, 330          # a pixel of the front panel on the usual display
 HEARD = 300               # of 32767
@@ -54,16 +54,15 @@ def pages(process):
     return int(fields["RssAnon"].split()[0]) / 1024, int(fields["RssFile"].split()[0]) / 1024
 
 
-def wine_process(started):
-    """The program itself, not its loader."""
+def wine_process(folder):
+    """The program of that folder itself, not its loader; nothing before it is there."""
     for entry in pathlib.Path("/proc").iterdir():
         try:
-            if entry.name.isdigit() and "Percussomatic.exe" in (entry / "cmdline").read_text() and (entry / "stat").read_text().split()[2] != "Z":
-                if pages(entry.name)[0] > 1:
-                    return int(entry.name)
+            if entry.name.isdigit() and pathlib.Path(folder).name in (entry / "cmdline").read_text() and pages(entry.name)[0] > 1:
+                return int(entry.name)
         except (OSError, KeyError):
             pass
-    return started
+    return None
 
 
 def folder_with(program):
@@ -109,15 +108,11 @@ def one_start(program, display, cold):
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         program_id = None
         while display.pixel(*PANEL) == before:
-            program_id = program_id if program_id and program_id != process.pid else wine_process(process.pid)
-            try:
-                peak = max(peak, pages(program_id)[0])
-            except (OSError, KeyError):
-                pass
+            program_id = program_id or wine_process(folder.name)
+            peak = max(peak, pages(program_id)[0] if program_id else 0)
             time.sleep(0.002)
         panel = time.monotonic() - start
         player = object.__new__(Player)
-        from player import read_controls
         player.dpi, player.controls = 96, read_controls()
         player.turned = dict.fromkeys(player.controls, 0)
         player.process, player.window = process, xdotool("search", "--onlyvisible", "--name", "^Percussomatic$").split()[0]
@@ -125,11 +120,11 @@ def one_start(program, display, cold):
         words = []
         for name in ("sw_017", "bottone_081"):
             x, y = player.point(name)
-            words += ["mousemove", x, y, "click", 1]
+            words += ["mousemove", x, y, "sleep", 0.03, "click", 1, "sleep", 0.03]
         x, y = player.point("slider_006")
-        words += ["mousemove", x, y, "mousedown", 1, "mousemove", x + 200, y, "mouseup", 1]
+        words += ["mousemove", x, y, "sleep", 0.03, "mousedown", 1, "sleep", 0.03, "mousemove", x + 200, y, "sleep", 0.03, "mouseup", 1]
         x, y = player.point("sw_007")
-        xdotool(*words, "mousemove", x, y, "click", 1)
+        xdotool(*words, "mousemove", x, y, "sleep", 0.03, "click", 1)
         ear.heard.wait(20)
         hit = ear.when - start
         ear.close()
@@ -161,7 +156,7 @@ def memory(arguments):
     folder, copy = folder_with(arguments.programs[0])
     with folder:
         player = Player(copy, folder.name)
-        program_id = wine_process(player.process.pid)
+        program_id = wine_process(folder.name)
         print(f"{'':24} {'private':>10} {'files':>10}")
         show = lambda what: print(f"{what:24} {pages(program_id)[0]:7.0f} MB {pages(program_id)[1]:7.0f} MB", flush=True)
         time.sleep(2)
@@ -179,7 +174,7 @@ def cpu(arguments):
     folder, copy = folder_with(arguments.programs[0])
     with folder:
         player = Player(copy, folder.name)
-        program_id = wine_process(player.process.pid)
+        program_id = wine_process(folder.name)
         ticks = lambda: sum(map(int, pathlib.Path(f"/proc/{program_id}/stat").read_text().rsplit(")", 1)[1].split()[11:13]))
 
         def show(what, seconds):

@@ -1,0 +1,81 @@
+// What does each step of the start cost? Calls them in their order, one after the other, though the
+// program decodes pictures beside cards and sound. Prints milliseconds; run it in a folder with
+// cards.
+
+#include "audio/sound_engine.h"
+#include "audio/wave_out.h"
+#include "cards/card_panel.h"
+#include "midi/midi_input.h"
+#include "midi/midi_state.h"
+#include "sequencer/panel_state.h"
+#include "sequencer/sequencer.h"
+#include "sequencer/system.h"
+#include "ui/gdiplus_flat.h"
+#include "ui/images.h"
+#include "ui/layout_scale.h"
+#include "ui/panel_rendering.h"
+#include "ui/screen_pixels.h"
+
+#include <cstdio>
+
+namespace percussomatic {
+namespace {
+
+template <typename Work>
+void timed(const char* what, Work work) {
+    const std::int64_t start = counterNs();
+    work();
+    std::printf("%-44s %8.2f\n", what, static_cast<double>(counterNs() - start) * 1e-6);
+}
+
+void startInSteps() {
+    const LayoutSize size =
+        initialWindowSize(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), 1.0);
+    ULONG_PTR token = 0;
+    HWND window = nullptr;
+    timed("GDI+", [&] {
+        const Gdiplus::GdiplusStartupInput input;
+        Gdiplus::GdiplusStartup(&token, &input, nullptr);
+    });
+    timed("two icons", [] {
+        DestroyIcon(createAppIcon(32, 32));
+        DestroyIcon(createAppIcon(16, 16));
+    });
+    timed("layout scale, empty panel", [] {
+        readLayoutScale(kLayoutScaleFile);
+        resetControlState();
+        resetPanelState();
+        resetSequencer();
+        resetMidiState();
+    });
+    timed("pictures, beside the next three",
+          [size] { loadPanelImages(viewScale(size.width, size.height)); });
+    timed("ten cards", [] {
+        resetCardPanel();
+        loadCards();
+    });
+    timed("output device", [] { waveOut().start(); });
+    timed("twelve recordings", loadLineSamples);
+    timed("window", [&] {
+        window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, size.width, size.height,
+                                 nullptr, nullptr, nullptr, nullptr);
+    });
+    timed("background", [&] { rebuildBackgroundCache(window); });
+    timed("MIDI port of the last run", connectSavedMidiInput);
+    timed("first paint", [&] {
+        screenPixels().fit(size);
+        composePanel(screenPixels().view(), {0, 0, size.width, size.height}, size);
+    });
+    waveOut().stop();
+    DestroyWindow(window);
+    releaseBackgroundCache();
+    releasePanelImages();
+    Gdiplus::GdiplusShutdown(token);
+}
+
+} // namespace
+} // namespace percussomatic
+
+int main() {
+    percussomatic::startInSteps();
+}
