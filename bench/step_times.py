@@ -27,6 +27,17 @@ TEMPO_OK = 3102
 played.RHYTHM[0] = (), 300, ()      # silent: its slider is dragged all the time
 
 
+def late_ms(times, interval):
+    """Against the grid. Where a step came more than a whole one late, the clock began a new grid, and so does this."""
+    late, begin = [], 0
+    for i in range(1, len(times) + 1):
+        if i == len(times) or times[i] - times[i - 1] > 2 * interval:
+            part = [at - interval * n for n, at in enumerate(times[begin:i])]
+            late += [at - min(part) for at in part]
+            begin = i
+    return late
+
+
 class StepTimes(played.Played):
     def setUp(self):
         super().setUp()
@@ -52,23 +63,20 @@ class StepTimes(played.Played):
             xdotool("mouseup", "1")
         player.click("sw_007")
         player.close()
-        interval = 15e9 / BPM
+        interval = 15e3 / BPM
         posted, served = zip(*(map(int, line.split()) for line in (self.folder / "steps.txt").read_text().splitlines()[:STEPS]))
-        # The clock counts from where the first deadline lay; the earliest post is the nearest to its own.
-        grid = min(at - interval * i for i, at in enumerate(posted))
-        late = {"posted": [(at - grid - interval * i) / 1e6 for i, at in enumerate(posted)],
-                "served": [(at - grid - interval * i) / 1e6 for i, at in enumerate(served)]}
         heard = [block * played.BLOCK_SECONDS * 1000 for block in self.replayed(rhythm)[1:STEPS + 1]]
-        start = min(at - interval / 1e6 * i for i, at in enumerate(heard))
-        late["heard"] = [at - start - interval / 1e6 * i for i, at in enumerate(heard)]
+        start, fit = played.fitted(heard)
+        late = {"posted": late_ms([at / 1e6 for at in posted], interval),
+                "served": late_ms([at / 1e6 for at in served], interval),
+                "heard": late_ms(heard, fit)}
         gaps = [b - a for a, b in zip(heard, heard[1:])]
         print(f"{BPM:g} BPM, {len(posted)} steps; lateness in ms: p50, p99, max")
         for what, values in late.items():
             values = sorted(values)
             print(f"  {what:7} {values[len(values) // 2]:7.2f} {values[int(0.99 * len(values))]:7.2f} {values[-1]:7.2f}")
-        fit = played.fitted(heard)[1]
-        print(f"  heard: interval {fit:.4f} ms, written {interval / 1e6:.4f} ms; between two steps: "
-              f"standard deviation {statistics.pstdev(gaps):.2f} ms, largest error {max(abs(gap - interval / 1e6) for gap in gaps):.2f} ms")
+        print(f"  heard: interval {fit:.4f} ms, written {interval:.4f} ms; between two steps: "
+              f"standard deviation {statistics.pstdev(gaps):.2f} ms, largest error {max(abs(gap - fit) for gap in gaps):.2f} ms")
         OUT.write_text(json.dumps({"bpm": BPM, **late}))
 
 
