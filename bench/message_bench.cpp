@@ -1,6 +1,8 @@
 // How long does the GUI thread hold up a step? Starts the program, plays it from a second thread by
-// posted messages, and times every message that the panel's window and its tool windows handle.
-// Prints the worst and the median of each kind. Run it in a folder of its own: it saves cards.
+// posted messages, and looks at every message that the panel's window and its tool windows handle:
+// a third thread posts a step without a sound each millisecond, and the longest time within the
+// message in which none of them was served is what counts. Prints the worst and the median of each
+// kind. Run it in a folder of its own: it saves cards.
 
 #include "app/main_window.h"
 #include "app/start_up.h"
@@ -9,6 +11,7 @@
 #include "sequencer/sequencer.h"
 #include "sequencer/system.h"
 #include "ui/control_layout.h"
+#include "ui/message_loop.h"
 #include "ui/panel_rects.h"
 
 #include <windows.h>
@@ -31,6 +34,8 @@ std::map<HWND, WNDPROC> timedWindows;
 
 constexpr UINT kMarker = WM_APP + 0x7F;
 std::atomic<int> markers = 0;
+constexpr WPARAM kSilentStep = 1;
+std::atomic<bool> playing = true;
 
 HWND panel() {
     return static_cast<HWND>(mainWindow());
@@ -61,20 +66,41 @@ std::string nameOf(UINT message) {
     }
 }
 
+// Since a step was served last, within one message. GUI thread.
+struct Waiting {
+    std::int64_t since = 0, longest = 0; // ns
+
+    void served() {
+        const std::int64_t now = counterNs();
+        longest = std::max(longest, now - since);
+        since = now;
+    }
+};
+
 LRESULT CALLBACK timed(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    static int depth = 0; // what a message sends belongs to it
+    static Waiting waiting;
     if (message == kMarker) {
         ++markers;
         return 0;
     }
-    static int depth = 0; // what a message sends belongs to it
+    if (depth > 0 && message == kStepTickMessage) {
+        waiting.served();
+    }
+    if (message == kStepTickMessage && wParam == kSilentStep) {
+        return 0;
+    }
     const char* what = doing;
-    const std::int64_t start = counterNs();
+    if (depth == 0) {
+        waiting = {counterNs(), 0};
+    }
     ++depth;
     const LRESULT result = CallWindowProcW(timedWindows[window], window, message, wParam, lParam);
     --depth;
     if (depth == 0 && what != nullptr) {
+        waiting.served();
         times[std::string(what) + ": " + nameOf(message)].push_back(
-            static_cast<double>(counterNs() - start) * 1e-6);
+            static_cast<double>(waiting.longest) * 1e-6);
     }
     return result;
 }
@@ -247,11 +273,19 @@ void play() {
     PostMessageW(panel(), WM_KEYDOWN, VK_ESCAPE, 0);
 }
 
-std::thread hand; // joined when the program's loop has ended
+void postSilentSteps() {
+    while (playing) {
+        PostMessageW(panel(), kStepTickMessage, kSilentStep, 0);
+        Sleep(1);
+    }
+}
+
+std::thread hand, steps; // joined when the program's loop has ended
 
 void CALLBACK onceStarted(HWND, UINT, UINT_PTR timer, DWORD) {
     KillTimer(nullptr, timer);
     timeWindow(panel());
+    steps = std::thread(postSilentSteps);
     hand = std::thread(play);
 }
 
@@ -277,6 +311,8 @@ int main() {
     SetTimer(nullptr, 0, 1000, percussomatic::onceStarted);
     const int code = percussomatic::runPercussomatic(GetModuleHandleW(nullptr));
     percussomatic::hand.join();
+    percussomatic::playing = false;
+    percussomatic::steps.join();
     percussomatic::print();
     return code;
 }

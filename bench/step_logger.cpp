@@ -4,6 +4,7 @@
 #include "app/main_window.h"
 #include "app/start_up.h"
 #include "sequencer/system.h"
+#include "ui/message_loop.h"
 
 #include <windows.h>
 

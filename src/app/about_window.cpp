@@ -8,7 +8,7 @@
 #include "midi/settings_file.h"
 #include "sequencer/step_clock.h"
 #include "ui/display_scale.h"
-#include "ui/modal_loop.h"
+#include "ui/message_loop.h"
 #include "ui/tool_window.h"
 
 #include <algorithm>

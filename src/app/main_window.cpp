@@ -20,6 +20,7 @@
 #include "sequencer/tempo_dialog.h"
 #include "sequencer/transport.h"
 #include "ui/layout_scale.h"
+#include "ui/message_loop.h"
 #include "ui/panel_rendering.h"
 
 #include <windowsx.h>
@@ -242,19 +243,6 @@ LRESULT mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
     return DefWindowProcW(window, WM_MOUSEWHEEL, wParam, lParam);
 }
 
-// Steps that wait behind a flood of controllers. A quit message comes whatever is asked for, and
-// stays for the loop.
-void serveWaitingSteps(HWND window) {
-    MSG message{};
-    while (PeekMessageW(&message, window, kStepTickMessage, kStepTickMessage, PM_REMOVE) != 0) {
-        if (message.message == WM_QUIT) {
-            PostQuitMessage(static_cast<int>(message.wParam));
-            return;
-        }
-        DispatchMessageW(&message);
-    }
-}
-
 void midiNotify(WPARAM wParam, LPARAM lParam) {
     switch (wParam) {
     case kMidiCmdConnectionChanged:
@@ -330,7 +318,9 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_ERASEBKGND:
         return 1;
     case WM_SIZE:
+        serveWaitingSteps();
         rebuildBackgroundCache(window);
+        serveWaitingSteps();
         placeReaderCard(clientSize(window));
         InvalidateRect(window, nullptr, FALSE);
         return 0;
@@ -350,7 +340,7 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_MOUSEWHEEL:
         return mouseWheel(window, wParam, lParam);
     case kMidiNotifyMessage:
-        serveWaitingSteps(window);
+        serveWaitingSteps(); // before a flood of controllers
         midiNotify(wParam, lParam);
         return 0;
     case kStepTickMessage:

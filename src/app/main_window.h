@@ -9,9 +9,6 @@ namespace percussomatic {
 
 inline constexpr wchar_t kMainWindowClass[] = L"LumivardaLayoutPreviewWindow";
 
-// Posted by the step clock when a step is due; no parameters.
-inline constexpr UINT kStepTickMessage = WM_APP + 0x5B;
-
 // Posted when a card could not be saved; no parameters.
 inline constexpr UINT kCardProblemMessage = WM_APP + 0x5C;
 

@@ -16,7 +16,7 @@
 #include "ui/display_scale.h"
 #include "ui/images.h"
 #include "ui/layout_scale.h"
-#include "ui/modal_loop.h"
+#include "ui/message_loop.h"
 #include "ui/panel_rendering.h"
 
 #include <future>

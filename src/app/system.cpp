@@ -2,6 +2,7 @@
 
 #include "sequencer/system.h"
 #include "app/main_window.h"
+#include "ui/message_loop.h"
 
 #include <mmsystem.h>
 

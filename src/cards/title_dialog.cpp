@@ -1,7 +1,7 @@
 #include "cards/title_dialog.h"
 
 #include "ui/display_scale.h"
-#include "ui/modal_loop.h"
+#include "ui/message_loop.h"
 #include "ui/tool_window.h"
 
 #include <array>

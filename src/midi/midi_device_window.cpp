@@ -5,6 +5,7 @@
 #include "midi/midi_system.h"
 #include "sequencer/system.h"
 #include "ui/display_scale.h"
+#include "ui/message_loop.h"
 #include "ui/tool_window.h"
 
 namespace percussomatic {
@@ -171,6 +172,7 @@ LRESULT CALLBACK deviceWindowProc(HWND window, UINT message, WPARAM wParam, LPAR
     case WM_CREATE:
         createControls(window, *context);
         fillDeviceList(*context);
+        serveWaitingSteps(); // the first look for ports loads the system's MIDI
         refreshConnectionText(*context);
         return 0;
     case WM_COMMAND:
@@ -212,6 +214,7 @@ void showMidiDeviceWindow(HWND owner) {
                         nullptr, GetModuleHandleW(nullptr), &context);
     if (window != nullptr) {
         ShowWindow(window, SW_SHOW);
+        serveWaitingSteps();
         UpdateWindow(window);
     }
 }

@@ -2,7 +2,7 @@
 
 #include "sequencer/tempo_text.h"
 #include "ui/display_scale.h"
-#include "ui/modal_loop.h"
+#include "ui/message_loop.h"
 #include "ui/tool_window.h"
 
 #include <array>

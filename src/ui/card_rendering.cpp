@@ -95,7 +95,7 @@ const PixelImage& DrawnCard::inSize(int shownSlot, int width, int height) {
     title = shownTitle;
     used = card.used;
     pattern = card.pattern;
-    image = scaled(*picture, width, height);
+    image = keptScaled(*picture, width, height);
     {
         const Bitmap bitmap = bitmapOver(viewOf(image));
         const Graphics graphics = graphicsOn(bitmap.get());
@@ -125,7 +125,10 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     }
     const int slot = cardPanel().dialogSlot;
     const PunchCard& card = cardPanel().slots[static_cast<std::size_t>(slot)];
-    canvas.fill(shadowOf(rects.dialog), kShadow);
+    // The rest of the shadow would lie under the dialog, which lets nothing through.
+    const PixelRect shadow = shadowOf(rects.dialog);
+    canvas.fill({rects.dialog.right, shadow.top, shadow.right, shadow.bottom}, kShadow);
+    canvas.fill({shadow.left, rects.dialog.bottom, rects.dialog.right, shadow.bottom}, kShadow);
     canvas.fill(rects.dialog, kDialogFill);
     canvas.outline(rects.dialog, kDialogEdge);
 

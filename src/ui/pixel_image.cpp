@@ -145,8 +145,13 @@ void fillPixels(const PixelRect& rect, std::uint32_t argb, const PixelView& targ
     const FourPixels four = _mm_set1_epi32(static_cast<int>(premultiplied(argb)));
     const PixelRect seen = intersected(rect, {0, 0, target.width, target.height});
     for (int y = seen.top; y < seen.bottom; ++y) {
-        blendRow(target.row(y) + seen.left, static_cast<std::size_t>(seen.width()),
-                 [&](std::size_t) { return four; });
+        std::uint32_t* row = target.row(y) + seen.left;
+        if (argb >> 24 == 0xFF) {
+            std::fill_n(row, seen.width(), argb);
+        } else {
+            blendRow(row, static_cast<std::size_t>(seen.width()),
+                     [&](std::size_t) { return four; });
+        }
     }
 }
 

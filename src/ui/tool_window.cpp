@@ -1,6 +1,7 @@
 #include "ui/tool_window.h"
 
 #include "ui/display_scale.h"
+#include "ui/message_loop.h"
 
 #include <array>
 
@@ -23,6 +24,7 @@ HWND addControl(HWND window, const ControlPlace& place, HFONT font) {
                                    window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)),
                                    GetModuleHandleW(nullptr), nullptr);
     SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    serveWaitingSteps(); // a window of many controls takes its time
     return control;
 }
 
@@ -73,6 +75,7 @@ void drawButton(const DRAWITEMSTRUCT& item, const ButtonColours& colours) {
 
 void showToolWindow(HWND window) {
     ShowWindow(window, IsIconic(window) != 0 ? SW_RESTORE : SW_SHOW);
+    serveWaitingSteps();
     BringWindowToTop(
         window); // coming to the foreground leaves it below its siblings here and there
     SetForegroundWindow(window);

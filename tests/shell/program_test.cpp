@@ -6,6 +6,7 @@
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
 #include "ui/control_layout.h"
+#include "ui/message_loop.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,21 @@
-#include "ui/modal_loop.h"
+#include "ui/message_loop.h"
+
+#include "sequencer/system.h"
 
 namespace percussomatic {
+
+void serveWaitingSteps() {
+    auto* const window = static_cast<HWND>(mainWindow());
+    MSG message{};
+    while (window != nullptr &&
+           PeekMessageW(&message, window, kStepTickMessage, kStepTickMessage, PM_REMOVE) != 0) {
+        if (message.message == WM_QUIT) { // comes through every filter, and stays for the loop
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        DispatchMessageW(&message);
+    }
+}
 
 BOOL nextMessage(MSG& message) {
     constexpr DWORD kTurnMs = 20;

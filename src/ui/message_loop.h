@@ -4,6 +4,13 @@
 
 namespace percussomatic {
 
+// Posted to the main window by the step clock when a step is due; no parameters.
+inline constexpr UINT kStepTickMessage = WM_APP + 0x5B;
+
+// Handles the steps that wait in the queue, before its turn comes to whatever else waits there:
+// called by whoever keeps the thread for long. GUI thread.
+void serveWaitingSteps();
+
 // As GetMessageW, which hands out input and timers only when nothing is posted. What MIDI sends is
 // posted, so in a storm of it the player's hands and the timers have a turn now and then. GUI
 // thread.
