@@ -101,14 +101,6 @@ class Lettering(unittest.TestCase):
                          [table.HOLE_X0, table.HOLE_DX, table.HOLE_Y0, table.HOLE_DY, table.TITLE_TOP,
                           table.TITLE_BOTTOM])
 
-    def test_a_shifted_control_is_noticed(self):
-        for name in self.controls.keys() - {"mobile_001", "pannello_frontale_001", "pannello_sotto_001",
-                                            "c_scheda_001", "sw_014"}:
-            x, y, w, h = self.controls[name]
-            moved = {**self.controls, name: (x + 6, y + 6, w, h)}
-            self.assertTrue(any(abs(deviation(mark, moved)) > SLACK for mark in self.marks
-                                if name in mark.of), name)
-
 
 if __name__ == "__main__":
     unittest.main()

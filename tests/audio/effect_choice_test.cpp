@@ -9,6 +9,19 @@
 namespace percussomatic {
 namespace {
 
+TEST(EffectChoice, SkipsTheEnginePresetsWithoutAButton) {
+    const struct {
+        std::int32_t chosen;
+        std::int32_t selected;
+        std::int32_t enginePreset;
+    } cases[] = {{-1, 0, 0}, {1, 1, 1}, {2, 2, 4}, {3, 3, 5}, {4, 3, 5}, {0, 0, 0}};
+    for (const auto& [chosen, selected, enginePreset] : cases) {
+        selectPreset(chosen);
+        EXPECT_EQ(effectChoice().selectedPreset, selected);
+        EXPECT_EQ(soundEngine().reverb.presetIndex, enginePreset);
+    }
+}
+
 TEST(EffectControls, PositionsRoundHalfUpButThePreDelayIsCutOff) {
     const std::tuple<int, float SoundEngine::*, float, int> cases[] = {
         {2110, &SoundEngine::effectReturn, 0.345f, 35},

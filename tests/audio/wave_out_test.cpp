@@ -1,6 +1,5 @@
 #include "audio/wave_out.h"
 
-#include "support/wave_builder.h"
 #include "wave_device.h"
 
 #include <gtest/gtest.h>
@@ -20,8 +19,7 @@ void loadRamp(SoundEngine& engine) {
     for (std::size_t frame = 0; frame < ramp.size(); ++frame) {
         ramp[frame] = static_cast<float>(frame + 1) / static_cast<float>(ramp.size());
     }
-    const Bytes wave = WaveBuilder().format({.tag = 3, .bits = 32}).floats(ramp).bytes();
-    ASSERT_EQ(engine.loadSample(wave.data(), wave.size()), 0);
+    engine.samples.push_back({kDeviceRateHz, ramp, ramp, true});
 }
 
 bool voicesSound(const SoundEngine& engine) {
@@ -59,26 +57,24 @@ protected:
 
 TEST_F(WaveOutTest, FailedStartLeavesNothingBehind) {
     const struct {
-        const char* name;
         wave_device::Script script;
         int writes;
         bool voicesEnd;
     } cases[] = {
-        {"no device", {.openResult = MMSYSERR_BADDEVICEID}, 0, false},
-        {"first prepare", {.failingPrepare = 1}, 0, true},
-        {"second prepare", {.failingPrepare = 2}, 1, true},
-        {"third prepare", {.failingPrepare = 3}, 2, true},
-        {"last prepare", {.failingPrepare = kBuffers}, kBuffers - 1, true},
+        {{.openResult = MMSYSERR_BADDEVICEID}, 0, false},
+        {{.failingPrepare = 1}, 0, true},
+        {{.failingPrepare = 2}, 1, true},
+        {{.failingPrepare = kBuffers}, kBuffers - 1, true},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.name);
-        wave_device::begin(each.script);
+    for (const auto& [script, writes, voicesEnd] : cases) {
+        SCOPED_TRACE(script.failingPrepare);
+        wave_device::begin(script);
         engine.trigger(0, 1.0f);
         EXPECT_FALSE(out.start());
         EXPECT_EQ(out.device, nullptr);
         EXPECT_FALSE(wave_device::state().open);
-        EXPECT_EQ(wave_device::state().writes, each.writes);
-        EXPECT_NE(voicesSound(engine), each.voicesEnd);
+        EXPECT_EQ(wave_device::state().writes, writes);
+        EXPECT_NE(voicesSound(engine), voicesEnd);
         out.stop();
         EXPECT_EQ(wave_device::state().faults, "");
 

@@ -1,16 +1,11 @@
-// listen: what the stand-in for winmm.dll wrote down of a program's sound, as lines of text for the
-// end-to-end tests. Ends with 1 when the sound is not what it should be, with 2 when it was called
-// wrongly.
+// listen replay RECORDING SCENARIO: holds every block that the stand-in for winmm.dll wrote down
+// against what the engine renders, and finds out before which blocks the voices were started:
+// "hit STEP BLOCK HANDED_NS" for every step with a sound, its place in the cycle and the first
+// block it is heard in; "difference BLOCK FRAME" where nothing of the scenario explains what is
+// heard. Ends with 1 when the sound is not what it should be, with 2 when it was called wrongly.
 //
-//   listen replay RECORDING SCENARIO    holds every block against what the engine renders, and
-//   finds
-//       out before which blocks the voices were started: "hit STEP BLOCK HANDED_NS" for every step
-//       with a sound, its place in the cycle and the first block it is heard in;
-//       "difference BLOCK FRAME" where nothing of the scenario explains what is heard
-//   listen show RECORDING               per block "HANDED_NS STARTS_NS FRAMES PEAK"
-//
-// A scenario has the lines "master VALUE", the rotary 0..1, and per step of the cycle
-// "step SAMPLE:SLIDER SAMPLE:SLIDER ...", sliders 0..650, in the order in which voices start.
+// A scenario has the line "master VALUE", the rotary 0..1, and a line "STEP SAMPLE SLIDER" per
+// voice of the cycle, sliders 0..650, in the order in which voices start.
 
 #include "listen_recording.h"
 
@@ -22,7 +17,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -60,23 +54,14 @@ std::vector<Block> readRecording(const std::string& path) {
 
 std::vector<Trigger> readScenario(const std::string& path, double& master) {
     std::ifstream text(path);
+    std::string word;
+    text >> word >> master;
     std::vector<Trigger> cycle;
-    int step = 0;
-    for (std::string line; std::getline(text, line);) {
-        std::istringstream words(line);
-        std::string word;
-        words >> word;
-        if (word == "master") {
-            words >> master;
-            continue;
-        }
-        Trigger trigger{.step = step++, .firstOfStep = true};
-        char colon = '\0';
-        for (float slider = 0; words >> trigger.sampleIndex >> colon >> slider;) {
-            trigger.gain = slider / 650.0f;
-            cycle.push_back(trigger);
-            trigger.firstOfStep = false;
-        }
+    float slider = 0;
+    for (Trigger voice; text >> voice.step >> voice.sampleIndex >> slider;) {
+        voice.firstOfStep = cycle.empty() || cycle.back().step != voice.step;
+        voice.gain = slider / 650.0f;
+        cycle.push_back(voice);
     }
     return cycle;
 }
@@ -136,33 +121,18 @@ int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>&
     return 0;
 }
 
-void printBlocks(const std::vector<Block>& recording) {
-    for (const Block& block : recording) {
-        int peak = 0;
-        for (const std::int16_t sample : block.samples) {
-            peak = std::max(peak, std::abs(int{sample}));
-        }
-        std::cout << block.head.handedNs << ' ' << block.head.startsNs << ' ' << block.head.frames
-                  << ' ' << peak << '\n';
-    }
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    const auto recording = readRecording(words.size() > 1 ? words[1] : "");
-    if (words.size() == 3 && words[0] == "replay" && !recording.empty()) {
-        double master = 1.0;
-        const std::vector<Trigger> cycle = readScenario(words[2], master);
-        if (!cycle.empty()) {
-            prepare(percussomatic::soundEngine(), master);
-            return printReplay(recording, cycle, percussomatic::soundEngine());
-        }
-    } else if (words.size() == 2 && words[0] == "show") {
-        printBlocks(recording);
-        return 0;
+    double master = 1.0;
+    const bool asked = words.size() == 3 && words[0] == "replay";
+    const std::vector<Block> recording = readRecording(asked ? words[1] : "");
+    const std::vector<Trigger> cycle = readScenario(asked ? words[2] : "", master);
+    if (!recording.empty() && !cycle.empty()) {
+        prepare(percussomatic::soundEngine(), master);
+        return printReplay(recording, cycle, percussomatic::soundEngine());
     }
-    std::cerr << "listen: replay RECORDING SCENARIO | show RECORDING, none of them empty\n";
+    std::cerr << "listen: replay RECORDING SCENARIO, none of them empty\n";
     return kMisused;
 }

@@ -48,7 +48,7 @@ class MidiPorts:
     def send_many(self, passage):
         """Short messages, each so many whole microseconds after the one before it, the first after now."""
         with open(self.script, "a") as script:
-            script.write("".join(f"{delay_us} {bytes(message).hex()}\n" for delay_us, message in passage))
+            script.write("".join(f"{delay_us} {int.from_bytes(message, 'little')}\n" for delay_us, message in passage))
         self.sent += len(passage)
 
     def delivered(self):

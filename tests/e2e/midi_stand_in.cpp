@@ -5,9 +5,9 @@
 //   MIDI_PORTS      the ports in UTF-8, a name per line. "!caps ", "!open " or "!start " before the
 //                   name makes that call fail. Read at each question: to rewrite the file is to
 //                   plug and unplug.
-//   MIDI_SCRIPT     what is played: lines "DELAY_US HEX", microseconds after the line before, or
-//                   after now when that is over, and the bytes of a short message. Tests append to
-//                   it; what stands in it when the program starts is not played.
+//   MIDI_SCRIPT     what is played: lines "DELAY_US PACKED", microseconds after the line before, or
+//                   after now when that is over, and a short message, its first byte lowest. Tests
+//                   append to it; what stands in it when the program starts is not played.
 //   MIDI_DELIVERED  the journal, appended to: "played NS", the performance counter, per message, or
 //                   "lost NS" when no port was listening
 //
@@ -26,12 +26,10 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <cwchar>
 #include <deque>
 #include <fstream>
 #include <iterator>
 #include <sstream>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -43,7 +41,7 @@ using DelayExecution = LONG(NTAPI*)(BOOLEAN alertable, const LARGE_INTEGER* inte
 
 struct Port {
     std::wstring name;
-    std::wstring fault; // "!caps ", "!open ", "!start " or empty
+    std::string fault; // "!caps ", "!open ", "!start " or empty
 };
 
 struct OpenPort {
@@ -64,16 +62,12 @@ std::vector<Port> readPorts() {
     std::vector<Port> ports;
     std::ifstream file(setting("MIDI_PORTS"), std::ios::binary);
     for (std::string line; std::getline(file, line);) {
-        Port port{std::wstring(line.size(), L'\0'), {}};
+        Port port{std::wstring(line.size(), L'\0'),
+                  line.substr(0, line.starts_with('!') ? line.find(' ') + 1 : 0)};
+        line.erase(0, port.fault.size());
         port.name.resize(static_cast<std::size_t>(
             MultiByteToWideChar(CP_UTF8, 0, line.data(), static_cast<int>(line.size()),
                                 port.name.data(), static_cast<int>(port.name.size()))));
-        for (const std::wstring_view fault : {L"!caps ", L"!open ", L"!start "}) {
-            if (port.name.starts_with(fault)) {
-                port.fault = fault;
-                port.name.erase(0, fault.size());
-            }
-        }
         ports.push_back(port);
     }
     return ports;
@@ -81,7 +75,7 @@ std::vector<Port> readPorts() {
 
 struct Message {
     std::int64_t dueNs = 0;
-    DWORD_PTR packed = 0; // first byte lowest
+    DWORD_PTR packed = 0;
 };
 
 // The script, read as it grows. Playing thread only.
@@ -97,15 +91,10 @@ public:
         const std::size_t end = unread_.rfind('\n') + 1; // the next line may be half written
         std::istringstream lines(unread_.substr(0, end));
         unread_.erase(0, end);
-        std::int64_t delayUs = 0;
-        for (std::string hex; lines >> delayUs >> hex;) {
+        DWORD_PTR packed = 0;
+        for (std::int64_t delayUs = 0; lines >> delayUs >> packed;) {
             lastDueNs_ = std::max(lastDueNs_, counterNs()) + delayUs * kNsPerUs;
-            Message message{.dueNs = lastDueNs_};
-            for (std::size_t at = hex.size(); at > 0; at -= 2) {
-                message.packed =
-                    message.packed << 8 | std::stoul(hex.substr(at - 2, 2), nullptr, 16);
-            }
-            coming_.push_back(message);
+            coming_.push_back({lastDueNs_, packed});
         }
     }
 
@@ -180,7 +169,7 @@ MMRESULT WINAPI midiInGetDevCapsW(UINT_PTR id, LPMIDIINCAPSW caps, UINT size) {
     if (id >= ports.size()) {
         return MMSYSERR_BADDEVICEID;
     }
-    if (ports[id].fault == L"!caps ") {
+    if (ports[id].fault == "!caps ") {
         return MMSYSERR_NODRIVER;
     }
     MIDIINCAPSW found{};
@@ -198,7 +187,7 @@ MMRESULT WINAPI midiInOpen(LPHMIDIIN device, UINT id, DWORD_PTR callback, DWORD_
         if (id >= ports.size()) {
             return MMSYSERR_BADDEVICEID;
         }
-        if (thePort.open || ports[id].fault == L"!open ") {
+        if (thePort.open || ports[id].fault == "!open ") {
             return MMSYSERR_ALLOCATED;
         }
         thePort.open = true;
@@ -213,7 +202,7 @@ MMRESULT WINAPI midiInOpen(LPHMIDIIN device, UINT id, DWORD_PTR callback, DWORD_
 
 MMRESULT WINAPI midiInStart(HMIDIIN /*device*/) {
     const Lock lock(thePort.lock);
-    thePort.started = thePort.port.fault != L"!start ";
+    thePort.started = thePort.port.fault != "!start ";
     thePort.startedNs = counterNs();
     return thePort.started ? MMSYSERR_NOERROR : MMSYSERR_ERROR;
 }

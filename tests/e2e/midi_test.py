@@ -9,7 +9,7 @@ import unittest
 from midi_ports import START, STOP, MidiPorts, clock_pulses
 from played import BLOCK_SECONDS, STEPS, Played
 from player import wait_until, xdotool
-from small_windows import SmallWindow
+from small_windows import PORTS
 
 LIST, CONNECT, DISCONNECT, CLOSE, LEARN, CLEAR, INTERNAL, MIDI_CLOCK, RESCAN = 1001, 1002, 1003, 1004, 1005, 1006, 1007, 1008, 1009
 CONNECTION, LEARN_LINE, SYNC_LINE = 6, 9, 13          # places of the lines among the window's controls
@@ -19,11 +19,11 @@ class Midi(Played):
     def setUp(self):
         super().setUp()
         self.midi = MidiPorts(self.folder)
-        self.window = SmallWindow("LumivardaMidiDeviceSelectorWindow", "Percussomatic MIDI")
+        self.window = PORTS
 
-    def start_with(self, ports):
+    def start_with(self, ports, **variables):
         self.midi.set_ports(ports)
-        return self.start(stand_in=True, **self.midi.variables())
+        return self.start(stand_in=True, **variables, **self.midi.variables())
 
     def line(self, place):
         return self.window.texts()[place]
@@ -36,6 +36,11 @@ class Midi(Played):
         for _ in range(clicks):
             xdotool("mousemove", devices.left + 40, devices.top + 9 + 13 * entry, "click", "1")
         wait_until(lambda: self.window.control(LIST).state == entry, "the selection")
+
+    def connect(self, entry, shown):
+        self.select(entry)
+        self.window.push(CONNECT)
+        self.wait_for_line(CONNECTION, f"Connected to: {shown}")
 
     def settings(self):
         file = self.folder / "Percussomatic.ini"
@@ -55,18 +60,12 @@ class Midi(Played):
         player = self.start_with(["Keys [A]", "!caps Ghost", "!open Busy", "!start Stuck", "A name of thirty-one characters"])
         self.window.open_by(player, "MIDI")
         self.assertEqual(self.window.control(LIST).text.split("\t"), ["Keys [A]", "Busy", "Stuck", "A name of thirty-one characters"])
-        self.assertEqual(self.line(CONNECTION), "Connected to: no devices")
-        self.assertEqual(self.line(LEARN_LINE), "Learn status: idle")
-        self.select(3)
-        self.window.push(CONNECT)
-        self.wait_for_line(CONNECTION, "Connected to: A name of thirty-one characters")
+        self.connect(3, "A name of thirty-one characters")
         self.wait_for_line(LEARN_LINE, "Profile loaded: 2 mapping(s)")
         self.assertFalse((self.folder / "Percussomatic.ini").read_bytes().startswith(b"\xff\xfe"), "a name that fits keeps it 8-bit")
         self.assertIn("LastMidiDevice=A name of thirty-one characters\n", self.settings())
         for entry in (1, 2):                                   # a failed open leaves nothing open
-            self.select(entry)
-            self.window.push(CONNECT)
-            self.wait_for_line(CONNECTION, "Connected to: no devices")
+            self.connect(entry, "no devices")
         self.select(0, clicks=2)
         self.wait_for_line(CONNECTION, "Connected to: Keys [A]")
         self.midi.set_ports(["Other"])
@@ -76,7 +75,6 @@ class Midi(Played):
         self.window.push(DISCONNECT)
         self.wait_for_line(LEARN_LINE, "No MIDI device connected")
         self.window.push(CLOSE)
-        wait_until(lambda: not self.window.controls(), "the window's end")
         self.assertEqual(player.close(), 0)
 
     def test_learned_controls_move_and_come_back_after_a_restart(self):
@@ -86,9 +84,7 @@ class Midi(Played):
         section = "DEVICE:" + name.replace("[", "_").replace("]", "_")
         player = self.start_with([name])
         self.window.open_by(player, "MIDI")
-        self.select(0)
-        self.window.push(CONNECT)
-        self.wait_for_line(CONNECTION, f"Connected to: {name}")
+        self.connect(0, name)
         self.midi.send(0x93, 60, 0)
         self.wait_for_line(LEARN_LINE, "Received: NOTE OFF 60 Value 0 CH 4")
         self.midi.send(0xE1, 1, 64)
@@ -109,8 +105,7 @@ class Midi(Played):
         wait_until(lambda: player.brightness("sw_007") > dark + 40, "the start lamp")
         time.sleep(1.0)                                        # glides land
         player.choose("CARDS", "SAVE")
-        card = wait_until(lambda: (self.folder / "PunchCards/card_1.vopcard").exists()
-                          and (self.folder / "PunchCards/card_1.vopcard").read_text(), "the card")
+        card = self.card(1)
         self.assertIn("\nTEMPO_NORMALIZED=1.000000\n", card)
         self.assertIn("\nLINE_VOLUMES=0.000000,0.000000,0.000000,0.000000,1.000000,0.000000\n", card)
         player.choose("CANCEL")
@@ -134,9 +129,7 @@ class Midi(Played):
         player = self.start_with(["Keys"])
         dark = player.brightness("sw_003")
         self.window.open_by(player, "MIDI")
-        self.select(0)
-        self.window.push(CONNECT)
-        self.wait_for_line(CONNECTION, "Connected to: Keys")
+        self.connect(0, "Keys")
         self.learn(player, "sw_003", 2, 30)
         self.midi.send(0xB2, 30, 0)
         self.midi.send(0xB2, 30, 100)
@@ -149,11 +142,11 @@ class Midi(Played):
         words = self.line(SYNC_LINE).split("BPM: ")
         return float(words[1]) if len(words) == 2 else 0.0
 
-    def connected(self, *profile):
+    def connected(self, *profile, **variables):
         """A program that has connected to the port "Clock", with that profile."""
         lines = ["[GENERAL]", "LastMidiDevice=clock ", "[DEVICE:Clock]", *profile]
         (self.folder / "Percussomatic.ini").write_text("\r\n".join(lines) + "\r\n")
-        return self.start_with(["Clock"])
+        return self.start_with(["Clock"], **variables)
 
     def test_external_clock_drives_the_audible_rhythm(self):
         player = self.connected()
@@ -217,10 +210,7 @@ class Midi(Played):
         self.assertFalse(self.midi.played_out(), "the end came after the storm")
 
     def test_a_driver_that_hangs_does_not_keep_the_program(self):
-        (self.folder / "Percussomatic.ini").write_text("[GENERAL]\r\nLastMidiDevice=Clock\r\n")
-        self.midi.set_ports(["Clock"])
-        player = self.start(stand_in=True, PERCUSSOMATIC_TEST_HANGS="midiInReset", **self.midi.variables())
-        self.end_soon(player)
+        self.end_soon(self.connected(PERCUSSOMATIC_TEST_HANGS="midiInReset"))
 
 
 if __name__ == "__main__":

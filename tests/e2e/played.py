@@ -2,8 +2,10 @@
 
 A test file is called with the build folder first, inside scripts/wine-env --virtual.
 """
+import array
 import pathlib
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -11,13 +13,14 @@ import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
-from player import Player  # noqa: E402
+from player import Player, wait_until  # noqa: E402
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 PROGRAM = BUILD / "Percussomatic.exe"
 LISTEN = BUILD / "tests/listen.exe"
 STAND_IN = BUILD / "tests/winmm.dll"
 BLOCK_SECONDS = 512 / 48000
+HEAD = struct.Struct("<qqq")            # listen_recording.h: handed and started in ns, frames
 STEPS = 16
 SAMPLE_INDEX = {"sw_001": 0, "sw_028": 1, "sw_002": 2, "sw_026": 3, "sw_003": 4, "sw_024": 5,
                 "sw_004": 6, "sw_022": 7, "sw_005": 8, "sw_020": 9, "sw_006": 10, "sw_017": 11}
@@ -63,6 +66,18 @@ class Played(unittest.TestCase):
         self.addCleanup(player.close)
         return player
 
+    def card(self, slot):
+        """The text of a saved card, once it is there."""
+        file = self.folder / f"PunchCards/card_{slot}.vopcard"
+        return wait_until(lambda: file.exists() and file.read_text(encoding="utf-8"), file.name)
+
+    def blocks(self):
+        """What was written down: when a block was handed in, when it starts, in ns, and its samples. None at an opening."""
+        with open(self.record, "rb") as record:
+            while len(head := record.read(HEAD.size)) == HEAD.size:
+                handed, starts, frames = HEAD.unpack(head)
+                yield handed, starts, array.array("h", record.read(4 * frames))
+
     def end_soon(self, player):
         """Whatever the program is busy with, it ends within two seconds."""
         begun = time.monotonic()
@@ -71,21 +86,13 @@ class Played(unittest.TestCase):
 
     def set_rhythm(self, player):
         """Sets the panel; returns the steps as the listener reads them, with the sliders' true places."""
-        triggers = [[] for _ in range(STEPS)]
+        voices = []
         for line, (switches, position, steps) in enumerate(RHYTHM):
             player.click(*switches)
             place = player.slide(f"slider_{line + 1:03}", position)
             player.set_steps(line, steps)
-            for step in steps:
-                triggers[step] += [f"{SAMPLE_INDEX[switch]}:{place}" for switch in switches]
-        return "".join(f"step {' '.join(step)}\n" for step in triggers)
-
-    def play(self, player, bpm, steps):
-        """Lets the rhythm play for so many steps."""
-        player.click("sw_007")
-        time.sleep(steps * 15 / bpm + 0.5)
-        player.click("sw_007")
-        time.sleep(0.2)
+            voices += [(step, f"{step} {SAMPLE_INDEX[switch]} {place}\n") for step in steps for switch in switches]
+        return "".join(words for _, words in sorted(voices, key=lambda voice: voice[0]))
 
     def replayed(self, rhythm):
         """Block numbers of the steps' first voices, in order, after holding every recorded block against the engine."""

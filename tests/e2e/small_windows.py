@@ -33,6 +33,9 @@ class SmallWindow:
         player.choose(box)
         wait_until(self.controls, self.title)
 
+    def wait_for_end(self):
+        wait_until(lambda: not self.controls(), f"the end of {self.title}")
+
     def push(self, control_id, part=0.5):
         """Clicks a control, at that part of its width."""
         control = self.control(control_id)
@@ -56,7 +59,14 @@ class SmallWindow:
         else:
             x, y, width, _ = player.geometry(window)
             xdotool("mousemove", x + width - 12, y + 11, "click", "1")
-        wait_until(lambda: not self.controls(), f"the end of {self.title}")
+        self.wait_for_end()
+
+
+ABOUT = SmallWindow("PercussomaticAboutWindow", "PERCUSSOMATIC - INFO")
+EFFECTS = SmallWindow("PercussomaticEffectsWindow", "PERCUSOMATIC - EFFECTS")
+PORTS = SmallWindow("LumivardaMidiDeviceSelectorWindow", "Percussomatic MIDI")
+TEMPO = SmallWindow("PercussomaticBpmEditDialog", "Set Tempo")
+TITLE = SmallWindow("PunchCardTitleDialog", "Punch Card Title")
 
 
 def answer(title):

@@ -7,8 +7,8 @@
 // Environment variables, all with the prefix PERCUSSOMATIC_TEST_:
 //   RECORD         path of the recording; none is made without it
 //   OPEN_RESULT    what waveOutOpen returns, 0 to open
-//   STOP_AFTER_MS  the first opened device returns no buffer that is played later than so many
-//                  milliseconds after its first write
+//   STOP_AFTER_MS  no buffer returns that is played later than so many milliseconds after the first
+//                  write
 //   HANGS          the name of a call that never returns: waveOutReset or midiInReset
 //
 // Whether the program handles buffers as it should is left to the unit tests of the wave output.
@@ -49,7 +49,6 @@ struct Device {
     CONDITION_VARIABLE changed = CONDITION_VARIABLE_INIT;
     // All guarded by lock.
     bool open = false;
-    int opens = 0;
     std::int64_t frameRateHz = 0;
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
@@ -136,7 +135,7 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX form
         theDevice.instance = instance;
         theDevice.endsNs = 0;
         theDevice.hungNs = kNever;
-        if (++theDevice.opens == 1) {
+        if (!theDevice.recording.is_open()) {
             theDevice.recording.open(setting("RECORD"), std::ios::binary);
         }
         recordLocked({.handedNs = counterNs()}, nullptr);
@@ -161,7 +160,7 @@ MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*
     const Lock lock(theDevice.lock);
     const std::int64_t nowNs = counterNs();
     const int stopAfterMs = std::atoi(setting("STOP_AFTER_MS").c_str());
-    if (theDevice.endsNs == 0 && theDevice.opens == 1 && stopAfterMs != 0) {
+    if (theDevice.endsNs == 0 && stopAfterMs != 0) {
         theDevice.hungNs = nowNs + stopAfterMs * kNsPerMs;
     }
     // When the queue has run dry the block begins now, and a gap is left behind it.

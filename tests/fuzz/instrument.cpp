@@ -19,7 +19,6 @@
 #include "support/plain_engine.h"
 #include "support/recorded_screen.h"
 #include "support/virtual_clock.h"
-#include "support/wave_builder.h"
 
 #include <algorithm>
 #include <array>
@@ -59,19 +58,19 @@ bool plainTail = false; // its reverb holds something
 Instrument::Indices loadRecordings() {
     Instrument::Indices indices{};
     std::uint32_t noise = 1;
-    std::transform(
-        kRecordings.begin(), kRecordings.end(), indices.begin(), [&](const Recording& recording) {
-            std::vector<std::int16_t> values(2 * std::size_t{recording.frames});
-            std::generate_n(values.begin(), 2 * recording.soundingFrames, [&] {
+    SampleBank& bank = soundEngine().samples;
+    for (std::size_t i = 0; i < kRecordings.size(); ++i) {
+        const auto& [rateHz, frames, soundingFrames] = kRecordings[i];
+        Sample sample{rateHz, std::vector<float>(frames), std::vector<float>(frames), true};
+        for (std::uint32_t frame = 0; frame < soundingFrames; ++frame) {
+            for (std::vector<float>* plane : {&sample.left, &sample.right}) {
                 noise = noise * 1664525 + 1013904223;
-                return static_cast<std::int16_t>(noise >> 16);
-            });
-            const Bytes file = WaveBuilder()
-                                   .format({.channels = 2, .sampleRate = recording.rateHz})
-                                   .values16(values)
-                                   .bytes();
-            return soundEngine().loadSample(file.data(), file.size());
-        });
+                (*plane)[frame] = static_cast<float>(static_cast<std::int32_t>(noise)) / 0x1p31f;
+            }
+        }
+        indices[i] = static_cast<std::int32_t>(bank.size());
+        bank.push_back(std::move(sample));
+    }
     soundEngine().prepareForDevice();
     plainEngine.prepareForDevice();
     return indices;
@@ -118,11 +117,7 @@ void copyToPlain(const SoundEngine& engine) {
     plainEngine.reverb.damping = engine.effectDamping;
     plainEngine.reverb.width = engine.effectWidth;
     plainEngine.reverb.preDelayMs = engine.effectPreDelayMs;
-    std::transform(engine.voices.begin(), engine.voices.end(), plainEngine.voices.begin(),
-                   [](const Voice& voice) -> plain::PlainEngine::Voice {
-                       return {voice.sampleIndex, voice.position,     voice.gain,
-                               voice.active,      voice.silentFrames, voice.playedFrames};
-                   });
+    plainEngine.voices = engine.voices;
 }
 
 void render(std::uint32_t frames) {
@@ -136,7 +131,7 @@ void render(std::uint32_t frames) {
     require(std::count(out.begin(), out.end(), std::numeric_limits<std::int16_t>::min()) == 0,
             "-32768 is never written");
     require(std::equal(engine.voices.begin(), engine.voices.end(), plainEngine.voices.begin(),
-                       [](const Voice& a, const plain::PlainEngine::Voice& b) {
+                       [](const Voice& a, const Voice& b) {
                            return a.active == b.active && a.position == b.position &&
                                   a.silentFrames == b.silentFrames &&
                                   a.playedFrames == b.playedFrames;
@@ -168,14 +163,11 @@ void turnEffect(Input& input) {
     case 1:
         selectPreset(input.below(6) - 1);
         break;
-    case 2: {
-        const int bar = input.below(kSendBars + 2) - 1;
-        moveBar(engine, kSendBarId + bar, input.below(130) - 10);
-        break;
-    }
+    case 2:
     case 3: {
-        const int bar = input.below(kParameterBars + 1);
-        moveBar(engine, kParameterBarId + bar, input.below(130) - 10);
+        const int bar = input.byte() % 24; // with some that are none
+        moveBar(engine, bar < 14 ? kSendBarId + bar - 1 : kParameterBarId + bar - 14,
+                input.below(130) - 10);
         break;
     }
     default: {
@@ -189,14 +181,14 @@ void turnEffect(Input& input) {
 
 float cardValue(Input& input) {
     using Limits = std::numeric_limits<float>;
-    constexpr float kOdd[] = {Limits::quiet_NaN(),
+    constexpr std::array kOdd{Limits::quiet_NaN(),
                               Limits::infinity(),
                               -Limits::infinity(),
                               Limits::max(),
                               -1e-6f,
                               250.0f};
     const std::size_t value = input.byte();
-    return value < std::size(kOdd) ? kOdd[value] : static_cast<float>(value) / 240.0f;
+    return value < kOdd.size() ? kOdd[value] : static_cast<float>(value) / 240.0f;
 }
 
 // Puts into the slot shown what a reader makes of a card with such values.
@@ -407,10 +399,7 @@ void Instrument::press(PixelPoint client, Input& input) {
             setTempoBpm(*bpm);
         }
         break;
-    case PanelCommand::midi:
-    case PanelCommand::info:
-    case PanelCommand::effects:
-    case PanelCommand::swallowed:
+    default: // opens a window, or nothing happens
         break;
     }
 }

@@ -16,10 +16,10 @@
 namespace percussomatic {
 namespace {
 
-void learn(std::string_view name, int channel, int controller) {
+void learn(std::string_view name, int channel, int controller, int value) {
     armMidiLearn();
     EXPECT_TRUE(learnClick(centreOf(name), kScale));
-    handleControlChange(channel, controller, 0);
+    handleControlChange(channel, controller, value);
 }
 
 class MidiMappings : public testing::Test {
@@ -28,29 +28,10 @@ protected:
 };
 
 TEST_F(MidiMappings, LearnTakesTheTopmostControlUnderTheClick) {
-    const PixelRect power = controlClientRect(findControl("pw_001"), kScale);
-    ASSERT_FALSE(hitsControl(findControl("pw_001"), {power.left, power.top}, kScale));
-    const PixelPoint sliderAtRest = centreOf("slider_003");
-    sliderOffset("slider_003") = 400;
-    const struct {
-        PixelPoint click;
-        const char* id; // empty: asks again
-    } cases[] = {{centreOf("rotary_001"), "rotary_001"},
-                 {centreOf("bottone_096"), "bottone_096"},
-                 {centreOf("sw_014"), "sw_015"},      // lies on top
-                 {{power.left, power.top}, "pw_001"}, // every pixel that is drawn
-                 {{power.right, power.bottom - 1}, ""},
-                 {centreOf("slider_003"), "slider_003"},
-                 {sliderAtRest, ""}, // only the thumb
-                 {centreOf("bin_001"), ""},
-                 {{0, 0}, ""}};
-    EXPECT_EQ(midiState().learnStatusText, L"Learn status: idle");
-    for (const auto& [click, id] : cases) {
-        SCOPED_TRACE(testing::Message() << click.x << ", " << click.y << ": " << id);
-        const std::string target = id;
+    const auto expectTarget = [](PixelPoint click, const std::string& target) {
+        SCOPED_TRACE(testing::Message() << click.x << ", " << click.y << ": " << target);
         armMidiLearn();
         EXPECT_TRUE(learnClick(click, kScale));
-        EXPECT_EQ(midiState().learnArmed, target.empty());
         EXPECT_EQ(midiState().learnWaitingForMidi, !target.empty());
         EXPECT_EQ(midiState().learnTargetId, target);
         EXPECT_EQ(recordedMidi().learnLine,
@@ -58,7 +39,19 @@ TEST_F(MidiMappings, LearnTakesTheTopmostControlUnderTheClick) {
                       ? L"Learn: click a rotary, slider or button"
                       : L"Move a MIDI control for: " + std::wstring(target.begin(), target.end()));
         EXPECT_EQ(learnClick(click, kScale), target.empty()) << "only as long as it is armed";
-    }
+    };
+    expectTarget(centreOf("rotary_001"), "rotary_001");
+    expectTarget(centreOf("bottone_096"), "bottone_096");
+    expectTarget(centreOf("sw_014"), "sw_015"); // lies on top
+    expectTarget(centreOf("bin_001"), "");
+    const PixelRect power = controlClientRect(findControl("pw_001"), kScale);
+    ASSERT_FALSE(hitsControl(findControl("pw_001"), {power.left, power.top}, kScale));
+    expectTarget({power.left, power.top}, "pw_001"); // every pixel that is drawn
+    expectTarget({power.right, power.bottom - 1}, "");
+    const PixelPoint sliderAtRest = centreOf("slider_003");
+    sliderOffset("slider_003") = 400;
+    expectTarget(centreOf("slider_003"), "slider_003");
+    expectTarget(sliderAtRest, ""); // only the thumb
     EXPECT_EQ(takeRedraws(), Names{});
 }
 
@@ -66,10 +59,7 @@ TEST_F(MidiMappings, LearnEndsWithAControlChangeThatMovesNothing) {
     midiState().profileDeviceName = L"Keys";
     handleControlChange(2, 7, 127);
     EXPECT_EQ(recordedMidi().learnLine, L"Received: CC 7 Value 127 CH 3");
-    learn("sw_001", 9, 99); // the same control twice, and the same Control Change twice
-    armMidiLearn();
-    learnClick(centreOf("sw_001"), kScale);
-    handleControlChange(2, 7, 100);
+    learn("sw_001", 2, 7, 100);
     EXPECT_EQ(recordedMidi().learnLine, L"Mapped sw_001 to CC 7 / CH 3");
     EXPECT_EQ(midiState().mappings, (std::vector<MidiMapping>{{"sw_001", 2, 7}}));
     EXPECT_EQ(settingsText(), L"[GENERAL]\nLastMidiDevice=Keys\n[DEVICE:Keys]\nsw_001=2,7\n");
@@ -83,7 +73,7 @@ TEST_F(MidiMappings, LearnEndsWithAControlChangeThatMovesNothing) {
     handleControlChange(2, 7, 127);
     EXPECT_EQ(toggleBit("sw_001"), 1) << "another channel and another controller";
 
-    learn("rotary_001", 0, 1);
+    learn("rotary_001", 0, 1, 0);
     EXPECT_TRUE(recordedSystem().timers.empty()) << "nothing glides";
 
     armMidiLearn();
@@ -99,7 +89,6 @@ TEST_F(MidiMappings, LearnEndsWithAControlChangeThatMovesNothing) {
 TEST_F(MidiMappings, FirstMappingDecidesAndNamesAreFoundInAnyCase) {
     midiState().mappings = {{"no_such", 0, 1}, {"sw_001", 0, 1}, {"SW_002", 0, 2}};
     handleControlChange(0, 1, 127);
-    EXPECT_EQ(midiState().ccLastValue[0][1], 127);
     EXPECT_EQ(toggleBit("sw_001"), 0);
     handleControlChange(0, 2, 127);
     EXPECT_EQ(toggleBit("sw_002"), 1);
@@ -160,14 +149,13 @@ TEST_F(MidiMappings, LengthByMidiLeavesTheStepToTheNextTick) {
     now.running = true;
     now.currentStep = 11;
     resetRecordedScreen();
-    const int nineSteps = findControl("sw_011");
-    applyMidiToControl(nineSteps, 127, true);
-    EXPECT_EQ(now.sequenceLength, 9u);
-    EXPECT_EQ(now.currentStep, 11u);
-    EXPECT_EQ(staleControls(), Names{});
-    takeRedraws();
-    applyMidiToControl(nineSteps, 127, true);
-    EXPECT_EQ(takeRedraws(), Names{}) << "it has that length";
+    for (int time = 0; time < 2; ++time) {
+        applyMidiToControl(findControl("sw_011"), 127, true);
+        EXPECT_EQ(now.sequenceLength, 9u);
+        EXPECT_EQ(now.currentStep, 11u);
+        EXPECT_EQ(staleControls(), Names{});
+        EXPECT_EQ(takeRedraws().empty(), time > 0) << "the second time it has that length";
+    }
     onStepTick();
     EXPECT_EQ(now.currentStep, 3u);
     applyMidiToControl(findControl("sw_008"), 127, true);

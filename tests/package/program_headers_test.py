@@ -2,92 +2,71 @@
 
 usage: program_headers_test.py BUILD_FOLDER [unittest arguments]
 """
+import os
 import pathlib
-import struct
+import re
+import subprocess
 import sys
 import unittest
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+INSTRUMENT = "Percussomatic.exe"
 SYSTEM_LIBRARIES = {"advapi32.dll", "comctl32.dll", "gdi32.dll", "gdiplus.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll",
                     "shell32.dll", "user32.dll", "winmm.dll"}
-HIGH_ENTROPY_VA, DYNAMIC_BASE, NX_COMPAT = 0x20, 0x40, 0x100
-EXPORTS, IMPORTS, RESOURCES, RELOCATIONS, DEBUG = 0, 1, 2, 5, 6
-VERSION_RESOURCE, MANIFEST_RESOURCE = 16, 24
+ICON_RESOURCE, VERSION_RESOURCE, MANIFEST_RESOURCE = 14, 16, 24
 
 
-class Headers:
-    def __init__(self, file):
-        self.bytes = file.read_bytes()
-        pe, = struct.unpack_from("<I", self.bytes, 0x3C)
-        assert self.bytes[pe:pe + 4] == b"PE\0\0"
-        _, sections, self.date, _, _, optional, _ = struct.unpack_from("<HHIIIHH", self.bytes, pe + 4)
-        header = pe + 24
-        self.is_64_bit = struct.unpack_from("<H", self.bytes, header)[0] == 0x20B
-        self.image_base, = struct.unpack_from("<Q", self.bytes, header + 24)
-        self.guards, = struct.unpack_from("<H", self.bytes, header + 70)
-        self.directories = [struct.unpack_from("<II", self.bytes, header + 112 + 8 * i) for i in range(16)]
-        self.sections = [struct.unpack_from("<8sIIII12xI", self.bytes, header + optional + 40 * i) for i in range(sections)]
-
-    def place(self, address):
-        """Where in the file an address of the loaded program lies."""
-        return next(address - start + raw for _, size, start, _, raw, _ in self.sections if start <= address < start + size)
-
-    def imports(self):
-        at = self.place(self.directories[IMPORTS][0])
-        while name := struct.unpack_from("<I", self.bytes, at + 12)[0]:
-            begin = self.place(name)
-            yield self.bytes[begin:self.bytes.index(b"\0", begin)].decode().lower()
-            at += 20
-
-    def resources(self):
-        """The kinds of resources, and the date of their folder."""
-        at = self.place(self.directories[RESOURCES][0])
-        date, named, numbered = struct.unpack_from("<4xI4xHH", self.bytes, at)
-        return {struct.unpack_from("<I", self.bytes, at + 16 + 8 * i)[0] for i in range(named + numbered)}, date
+def headers(name):
+    """As objdump prints them."""
+    return subprocess.run(["x86_64-w64-mingw32-objdump", "-p", "-h", BUILD / name], env=dict(os.environ, TZ="UTC", LC_ALL="C"),
+                          check=True, capture_output=True, text=True).stdout
 
 
 class Programs(unittest.TestCase):
-    def headers(self):
-        for name in ("Percussomatic.exe", "percussomatic-card.exe"):
+    def programs(self):
+        for name in (INSTRUMENT, "percussomatic-card.exe"):
             with self.subTest(name):
-                yield Headers(BUILD / name)
+                yield headers(name), (BUILD / name).read_bytes()
+
+    def directory_size(self, head, name):
+        return int(re.search(rf"(\w+) {name} Directory", head)[1], 16)
 
     def test_the_system_may_guard_them(self):
-        for program in self.headers():
-            self.assertTrue(program.is_64_bit)
-            for guard in (HIGH_ENTROPY_VA, DYNAMIC_BASE, NX_COMPAT):
-                self.assertTrue(program.guards & guard, hex(guard))
-            self.assertGreater(program.image_base, 2**32, "high entropy needs a base above 4 GB")
-            self.assertGreater(program.directories[RELOCATIONS][1], 0, "without relocations it stays where it is")
-            for name, *_, flags in program.sections:
-                self.assertFalse(flags & 0x20000000 and flags & 0x80000000, f"{name} can be written and executed")
-            self.assertIn(b"stack smashing detected", program.bytes)
+        for head, program in self.programs():
+            self.assertIn("file format pei-x86-64", head)
+            for guard in ("HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"):
+                self.assertIn(f"\t{guard}\n", head)
+            self.assertGreater(int(re.search(r"ImageBase\s+(\w+)", head)[1], 16), 2**32, "high entropy needs a base above 4 GB")
+            self.assertGreater(self.directory_size(head, "Base Relocation"), 0, "without relocations it stays where it is")
+            for flags in re.findall(r"^ +(?:CONTENTS|ALLOC),.*CODE.*", head, re.MULTILINE):
+                self.assertIn("READONLY", flags, "it can be written and executed")
+            self.assertIn(b"stack smashing detected", program)
 
     def test_nothing_but_the_system_is_needed(self):
-        for program in self.headers():
-            self.assertLessEqual(set(program.imports()), SYSTEM_LIBRARIES)
+        for head, _ in self.programs():
+            self.assertLessEqual({name.lower() for name in re.findall(r"DLL Name: (\S+)", head)}, SYSTEM_LIBRARIES)
 
     def test_no_date_and_no_folder_of_the_build_are_inside(self):
-        for program in self.headers():
-            self.assertEqual(program.date, 0)
-            self.assertEqual(program.directories[DEBUG][1], 0)
-            self.assertEqual(program.directories[EXPORTS][1], 0)
-            for folder in (BUILD, pathlib.Path(__file__).resolve().parents[2]):
-                for path in (str(folder), str(folder).replace("/", "\\")):
-                    self.assertNotIn(path.encode(), program.bytes)
-                    self.assertNotIn(path.encode("utf-16-le"), program.bytes)
+        for head, program in self.programs():
+            self.assertRegex(head, r"Time/Date\s+Thu Jan  1 00:00:00 1970")
+            for directory in ("Debug", "Export"):
+                self.assertEqual(self.directory_size(head, directory), 0, directory)
+            for folder in (str(BUILD), str(ROOT)):
+                for path in (folder, folder.replace("/", "\\")):
+                    self.assertNotIn(path.encode(), program)
+                    self.assertNotIn(path.encode("utf-16-le"), program)
 
-    def test_the_instrument_has_version_and_manifest(self):
-        program = Headers(BUILD / "Percussomatic.exe")
-        kinds, date = program.resources()
-        self.assertLessEqual({VERSION_RESOURCE, MANIFEST_RESOURCE}, kinds)
-        self.assertEqual(date, 0)
-        cmake = (pathlib.Path(__file__).resolve().parents[2] / "CMakeLists.txt").read_text()
-        version = cmake.split("project(Percussomatic VERSION ")[1].split()[0]
-        for key, value in (("FileVersion", version), ("ProductVersion", version)):
-            self.assertIn((key + "\0").encode("utf-16-le"), program.bytes)
-            begin = program.bytes.index((key + "\0").encode("utf-16-le"))
-            self.assertIn(value.encode("utf-16-le"), program.bytes[begin:begin + 80])
+    def test_the_instrument_has_icon_version_and_manifest(self):
+        head, program = headers(INSTRUMENT), (BUILD / INSTRUMENT).read_bytes()
+        self.assertIn("Type Table: Char: 0, Time: 00000000", head)
+        kinds = re.findall(r"^\w+   Entry: ID: 0x(\w+)", head, re.MULTILINE)
+        self.assertLessEqual({ICON_RESOURCE, VERSION_RESOURCE, MANIFEST_RESOURCE}, {int(kind, 16) for kind in kinds})
+        self.assertIn(b">true</dpiAware>", program)
+        version = (ROOT / "CMakeLists.txt").read_text().split("project(Percussomatic VERSION ")[1].split()[0]
+        for key in ("FileVersion", "ProductVersion"):
+            begin = program.index((key + "\0").encode("utf-16-le"))
+            self.assertIn(version.encode("utf-16-le"), program[begin:begin + 80])
 
 
 if __name__ == "__main__":

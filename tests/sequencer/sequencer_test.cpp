@@ -134,20 +134,9 @@ TEST_F(SequencerTest, EditModeIsSilentButGoesOn) {
 }
 
 TEST_F(SequencerTest, NewLengthMovesThePositionOnlyWhenItLiesOutside) {
-    const struct {
-        bool running;
-        std::uint32_t step, from, to, stepAfter;
-        std::ptrdiff_t steps; // repainted, of a column of one step on every position
-    } cases[] = {
-        {true, 9, 16, 9, 0, 2},
-        {true, 8, 16, 9, 8, 0},
-        {false, 12, 16, 12, 0, 0},
-        {true, 40, 60, 16, 0, 1}, // a card may carry any length
-    };
-    setSteps({{0, 0}, {0, 8}, {0, 9}, {0, 12}});
-    for (const auto& [running, step, from, to, stepAfter, steps] : cases) {
+    const auto expectStep = [](std::uint32_t stepAfter, std::uint32_t step, std::uint32_t from,
+                               std::uint32_t to, std::ptrdiff_t repainted) {
         SCOPED_TRACE(testing::Message() << "at " << step << ", " << from << " to " << to);
-        sequencer().running = running;
         sequencer().currentStep = step;
         sequencer().sequenceLength = from;
         sequencer().beatLampShown = beatLampLit();
@@ -155,12 +144,19 @@ TEST_F(SequencerTest, NewLengthMovesThePositionOnlyWhenItLiesOutside) {
         setSequenceLength(to);
         EXPECT_EQ(sequencer().currentStep, stepAfter);
         EXPECT_EQ(staleControls(), Names{});
+        const Names redraws = takeRedraws();
         EXPECT_EQ(std::ranges::count_if(
-                      takeRedraws(), [](const auto& each) { return each.starts_with("bottone"); }),
-                  steps);
+                      redraws, [](const auto& each) { return each.starts_with("bottone"); }),
+                  repainted);
         setSequenceLength(to); // the same again
         EXPECT_EQ(takeRedraws(), Names{});
-    }
+    };
+    setSteps({{0, 0}, {0, 8}, {0, 9}, {0, 12}});
+    expectStep(0, 12, 16, 12, 0);
+    sequencer().running = true;
+    expectStep(0, 9, 16, 9, 2);
+    expectStep(8, 8, 16, 9, 0);
+    expectStep(0, 40, 60, 16, 1); // a card may carry any length
 }
 
 } // namespace

@@ -38,84 +38,73 @@ void moveOutOfSight(HWND window) {
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-class WindowLife : public testing::Test {
-protected:
-    WindowLife() { moveOutOfSight(owner_.handle); }
+enum class Kind { modal, kept };
 
-    void TearDown() override {
-        DestroyWindow(owner_.handle);
-        EXPECT_EQ(ownedObjects, owned_);
-        EXPECT_LE(gdiObjects(), gdiObjects_ + kSystemsOwn);
-    }
-
-    // What was made once for good is there after the first time.
-    void closed(int time) {
-        if (time == 0) {
-            gdiObjects_ = gdiObjects();
-        }
-    }
-
-    void openAndClose(const wchar_t* windowClass, void (*run)(HWND owner)) {
-        for (int time = 0; time < kTimes; ++time) {
-            bool opened = false;
-            owner_.post([&] {
-                HWND dialog = ownedWindow(owner_.handle, windowClass);
-                opened = IsWindowVisible(dialog) != 0;
-                SendMessageW(dialog, WM_CLOSE, 0, 0);
-            });
-            run(owner_.handle);
-            ASSERT_TRUE(opened) << time;
-            closed(time);
-        }
-    }
-
-    void showAndHide(const wchar_t* windowClass, void (*show)(HWND owner)) {
-        HWND window = nullptr;
-        for (int time = 0; time < kTimes; ++time) {
-            show(owner_.handle);
-            if (window == nullptr) {
-                window = ownedWindow(owner_.handle, windowClass);
-                moveOutOfSight(window);
-            }
-            ASSERT_TRUE(IsWindowVisible(window)) << time;
-            SendMessageW(window, WM_CLOSE, 0, 0);
-            ASSERT_FALSE(IsWindowVisible(window)) << time;
-            if (time % kAnewEvery == 0) {
+void openAndClose(OwnerWindow& owner, const wchar_t* windowClass, void (*open)(HWND), Kind kind,
+                  bool forGood) {
+    bool opened = false;
+    const auto close = [&] {
+        HWND window = ownedWindow(owner.handle, windowClass);
+        opened = IsWindowVisible(window) != 0;
+        moveOutOfSight(window);
+        SendMessageW(window, WM_CLOSE, 0, 0);
+        if (kind == Kind::kept) {
+            EXPECT_FALSE(IsWindowVisible(window));
+            if (forGood) {
                 DestroyWindow(window);
-                window = nullptr;
-                closed(time);
             }
         }
+    };
+    if (kind == Kind::modal) {
+        owner.post(close);
     }
+    open(owner.handle);
+    if (kind == Kind::kept) {
+        close();
+    }
+    ASSERT_TRUE(opened);
+}
 
-private:
-    static constexpr int kSystemsOwn = 20; // it keeps a few of its own for later
+void expectNothingLeft(const wchar_t* windowClass, void (*open)(HWND), Kind kind) {
+    constexpr int kSystemsOwn = 20; // objects that it keeps for later
+    const int owned = ownedObjects;
+    OwnerWindow owner;
+    moveOutOfSight(owner.handle);
+    int atFirst = 0;
+    for (int time = 0; time < kTimes && !testing::Test::HasFailure(); ++time) {
+        openAndClose(owner, windowClass, open, kind, time % kAnewEvery == 0);
+        if (time == 0) { // what is made once for good is there
+            atFirst = gdiObjects();
+        }
+    }
+    DestroyWindow(owner.handle);
+    EXPECT_EQ(ownedObjects, owned);
+    EXPECT_LE(gdiObjects(), atFirst + kSystemsOwn);
+}
 
-    int owned_ = ownedObjects, gdiObjects_ = 0;
-    OwnerWindow owner_;
-};
-
-TEST_F(WindowLife, TempoDialog) {
-    openAndClose(L"PercussomaticBpmEditDialog", [](HWND owner) {
+TEST(WindowLife, TempoDialog) {
+    const auto open = [](HWND owner) {
         double bpm = 0.0;
         runTempoDialog(owner, 120.0, bpm);
-    });
+    };
+    expectNothingLeft(L"PercussomaticBpmEditDialog", open, Kind::modal);
 }
 
-TEST_F(WindowLife, TitleDialog) {
-    openAndClose(L"PunchCardTitleDialog", [](HWND owner) { askCardTitle(owner, L"Rumba"); });
+TEST(WindowLife, TitleDialog) {
+    const auto open = [](HWND owner) { askCardTitle(owner, L"Rumba"); };
+    expectNothingLeft(L"PunchCardTitleDialog", open, Kind::modal);
 }
 
-TEST_F(WindowLife, EffectsWindow) {
-    showAndHide(L"PercussomaticEffectsWindow", showEffectsWindow);
+TEST(WindowLife, EffectsWindow) {
+    expectNothingLeft(L"PercussomaticEffectsWindow", showEffectsWindow, Kind::kept);
 }
 
-TEST_F(WindowLife, AboutWindow) {
-    showAndHide(L"PercussomaticAboutWindow", showAboutWindow);
+TEST(WindowLife, AboutWindow) {
+    expectNothingLeft(L"PercussomaticAboutWindow", showAboutWindow, Kind::kept);
 }
 
-TEST_F(WindowLife, MidiDeviceWindow) {
-    showAndHide(L"LumivardaMidiDeviceSelectorWindow", showMidiDeviceWindow);
+TEST(WindowLife, MidiDeviceWindow) {
+    expectNothingLeft(L"LumivardaMidiDeviceSelectorWindow", showMidiDeviceWindow, Kind::kept);
 }
 
 } // namespace

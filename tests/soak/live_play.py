@@ -10,7 +10,6 @@ import os
 import pathlib
 import random
 import re
-import struct
 import subprocess
 import sys
 import tempfile
@@ -21,12 +20,11 @@ HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "e2e"))
 from played import STEPS, Played  # noqa: E402
 from player import wait_until, xdotool  # noqa: E402
-from small_windows import SmallWindow  # noqa: E402
+from small_windows import ABOUT, EFFECTS, PORTS, TEMPO, TITLE  # noqa: E402
 
 MINUTES = float(sys.argv.pop(1))
 MEMORY = pathlib.Path("/dev/shm")       # a busy disk would hold up whoever records the sound
 ENABLE, FIRST_PRESET, FIRST_SEND, TEMPO_OK = 2100, 2120, 2000, 3102
-HEAD = struct.Struct("<qqq")            # listen_recording.h: handed and started in ns, frames
 GROWTH_KB = 4096
 QUEUE_NS = 4 * 512 * 1_000_000_000 // 48000
 
@@ -46,23 +44,19 @@ class LivePlay(Played):
         tempfile.tempdir = str(MEMORY) if MEMORY.is_dir() else None
         super().setUp()
         self.chance = random.Random(1965)
-        self.effects = SmallWindow("PercussomaticEffectsWindow", "PERCUSOMATIC - EFFECTS")
-        self.tempo = SmallWindow("PercussomaticBpmEditDialog", "Set Tempo")
-        self.ports = SmallWindow("LumivardaMidiDeviceSelectorWindow", "Percussomatic MIDI")
-        self.about = SmallWindow("PercussomaticAboutWindow", "PERCUSSOMATIC - INFO")
 
     def turn_effects(self):
-        self.effects.open_by(self.player, "EFFECTS")
-        self.effects.push(ENABLE)
-        self.effects.push(FIRST_PRESET + self.chance.randrange(4))
-        self.effects.push(FIRST_SEND + self.chance.randrange(12), self.chance.uniform(0.2, 0.9))
-        self.effects.close(self.player)
+        EFFECTS.open_by(self.player, "EFFECTS")
+        EFFECTS.push(ENABLE)
+        EFFECTS.push(FIRST_PRESET + self.chance.randrange(4))
+        EFFECTS.push(FIRST_SEND + self.chance.randrange(12), self.chance.uniform(0.2, 0.9))
+        EFFECTS.close(self.player)
 
     def type_tempo(self):
-        self.tempo.open_by(self.player, "BPM")
+        TEMPO.open_by(self.player, "BPM")
         xdotool("type", str(self.chance.randint(40, 240)))
-        self.tempo.push(TEMPO_OK)
-        wait_until(lambda: not self.tempo.controls(), "the end of the dialog")
+        TEMPO.push(TEMPO_OK)
+        TEMPO.wait_for_end()
 
     def sweep_tempo(self):
         for way in (-300, 600, -300):
@@ -71,11 +65,10 @@ class LivePlay(Played):
 
     def keep_card(self):
         self.player.choose("CARDS", *["next"] * self.chance.randrange(10), "SAVE", "TITLE")
-        title = lambda: xdotool("search", "--onlyvisible", "--name", "^Punch Card Title$")
-        wait_until(title, "the title dialog")
+        wait_until(TITLE.controls, "the title dialog")
         xdotool("type", f"ROUND {self.rounds}")
         xdotool("key", "Return")
-        wait_until(lambda: not title(), "the end of the title dialog")
+        TITLE.wait_for_end()
 
     def read_card(self):
         self.player.choose("LOAD")
@@ -83,10 +76,10 @@ class LivePlay(Played):
         self.player.click("sw_008")                            # it leaves the machine in edit mode
 
     def look_at_windows(self):
-        self.ports.open_by(self.player, "MIDI")
-        self.ports.close(self.player)
-        self.about.open_by(self.player, "INFO")
-        self.about.close(self.player, "Escape")
+        PORTS.open_by(self.player, "MIDI")
+        PORTS.close(self.player)
+        ABOUT.open_by(self.player, "INFO")
+        ABOUT.close(self.player, "Escape")
 
     def change_size(self):
         width = self.player.width
@@ -130,18 +123,15 @@ class LivePlay(Played):
     def gaps(self):
         """Blocks, every gap between two as (when it ended, milliseconds), and the least milliseconds of sound left in the
         queue when a block was handed in; since the first act."""
-        blocks, gaps, least, ends = 0, [], 1e9, None
-        with open(self.record, "rb") as record:
-            while len(head := record.read(HEAD.size)) == HEAD.size:
-                handed, starts, frames = HEAD.unpack(head)
-                record.seek(4 * frames, 1)
-                if ends and starts > self.acts[0][0]:
-                    least = min(least, ends - handed)
-                    if starts > ends:
-                        gaps.append((starts, (starts - ends) / 1e6))
-                ends = starts + frames * 1_000_000_000 // 48000 if frames else None     # None: the device was opened
-                blocks += 1
-        return blocks, gaps, least / 1e6
+        count, gaps, least, ends = 0, [], 1e9, None
+        for handed, starts, samples in self.blocks():
+            if ends and starts > self.acts[0][0]:
+                least = min(least, ends - handed)
+                if starts > ends:
+                    gaps.append((starts, (starts - ends) / 1e6))
+            ends = starts + len(samples) // 2 * 1_000_000_000 // 48000 if samples else None     # None: the device was opened
+            count += 1
+        return count, gaps, least / 1e6
 
     def judged(self, gaps):
         """The gaps in words, and those for which the machine has no excuse."""

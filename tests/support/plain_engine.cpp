@@ -13,23 +13,12 @@ constexpr float kPresets[6][5] = {
     {0.34f, 0.92f, 0.42f, 1.00f, 26.0f}, {0.38f, 0.97f, 0.58f, 0.88f, 32.0f},
 };
 
-float limited(float value, float highest) {
-    if (!(value > 0.0f)) {
-        return 0.0f;
-    }
-    return value > highest ? highest : value;
-}
-
 std::int16_t converted(float value) {
     if (std::isnan(value)) {
         return 0;
     }
-    if (value > 1.0f) {
-        value = 1.0f;
-    }
-    if (value < -1.0f) {
-        value = -1.0f;
-    }
+    value = value > 1.0f ? 1.0f : value;
+    value = value < -1.0f ? -1.0f : value;
     return static_cast<std::int16_t>(value * 32767.0f);
 }
 
@@ -53,16 +42,6 @@ void PlainEngine::trigger(std::int32_t sampleIndex, float gain) {
     voices[slot] = {sampleIndex, 0.0, gain > 0.0f ? gain : 0.0f, true, 0, 0};
 }
 
-void PlainEngine::setMasterVolume(float gain) {
-    masterVolume = limited(gain, 1.0f);
-}
-
-void PlainEngine::setSend(std::uint32_t sampleIndex, float amount) {
-    if (sampleIndex < 32) {
-        sends[sampleIndex] = limited(amount, 1.0f);
-    }
-}
-
 void PlainEngine::setEffectEnabled(bool enabled) {
     effectEnabled = enabled;
     if (!enabled) {
@@ -77,23 +56,6 @@ void PlainEngine::setEffectPreset(std::int32_t preset) {
     reverb.damping = values[2];
     reverb.width = values[3];
     reverb.preDelayMs = values[4];
-    reverb.wet = 1.0f;
-}
-
-void PlainEngine::setEffectReturn(float level) {
-    effectReturn = limited(level, 1.0f);
-}
-void PlainEngine::setEffectRoomSize(float amount) {
-    reverb.roomSize = limited(amount, 1.0f);
-}
-void PlainEngine::setEffectDamping(float amount) {
-    reverb.damping = limited(amount, 1.0f);
-}
-void PlainEngine::setEffectWidth(float amount) {
-    reverb.width = limited(amount, 1.0f);
-}
-void PlainEngine::setEffectPreDelayMs(float delayMs) {
-    reverb.preDelayMs = limited(delayMs, 200.0f);
 }
 
 void PlainEngine::setAutoStop(bool enabled, float threshold, std::uint32_t holdMs,
@@ -102,11 +64,6 @@ void PlainEngine::setAutoStop(bool enabled, float threshold, std::uint32_t holdM
     silenceThreshold = threshold;
     silenceHoldMs = holdMs;
     minPlayMs = minMs;
-}
-
-void PlainEngine::prepareForDevice() {
-    reverb.prepare(48000.0);
-    reverb.wet = 1.0f;
 }
 
 void PlainEngine::renderBlock(std::int16_t* out, std::uint32_t frames) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/sample_bank.h"
+#include "audio/voice_mixer.h"
 #include "support/plain_reverb.h"
 
 #include <array>
@@ -12,28 +13,23 @@ namespace percussomatic::plain {
 // The engine written for reading: frame by frame, every voice in turn, no lock. Its
 // operations have the engine's names, so that one script can drive both.
 struct PlainEngine {
-    struct Voice {
-        std::int32_t sampleIndex = -1;
-        double position = 0.0;
-        float gain = 1.0f;
-        bool active = false;
-        std::uint32_t silentFrames = 0;
-        std::uint32_t playedFrames = 0;
-    };
-
     void trigger(std::int32_t sampleIndex, float gain);
-    void setMasterVolume(float gain);
-    void setSend(std::uint32_t sampleIndex, float amount);
+    void setMasterVolume(float gain) { masterVolume = limited(gain); }
+    void setSend(std::uint32_t sampleIndex, float amount) {
+        if (sampleIndex < 32) {
+            sends[sampleIndex] = limited(amount);
+        }
+    }
     void setEffectEnabled(bool enabled);
     void setEffectPreset(std::int32_t preset);
-    void setEffectReturn(float level);
-    void setEffectRoomSize(float amount);
-    void setEffectDamping(float amount);
-    void setEffectWidth(float amount);
-    void setEffectPreDelayMs(float delayMs);
+    void setEffectReturn(float level) { effectReturn = limited(level); }
+    void setEffectRoomSize(float amount) { reverb.roomSize = limited(amount); }
+    void setEffectDamping(float amount) { reverb.damping = limited(amount); }
+    void setEffectWidth(float amount) { reverb.width = limited(amount); }
+    void setEffectPreDelayMs(float delayMs) { reverb.preDelayMs = limited(delayMs, 200.0f); }
     void setAutoStop(bool enabled, float threshold, std::uint32_t holdMs, std::uint32_t minMs);
     void renderBlock(std::int16_t* out, std::uint32_t frames);
-    void prepareForDevice();
+    void prepareForDevice() { reverb.prepare(48000.0); }
 
     std::vector<Sample> samples;
     std::array<Voice, 64> voices;
@@ -52,6 +48,9 @@ struct PlainEngine {
     float effectReturn = 0.24f;
 
 private:
+    static float limited(float value, float highest = 1.0f) {
+        return value > highest ? highest : value > 0.0f ? value : 0.0f;
+    }
     void renderFrame(std::int16_t* out);
 };
 

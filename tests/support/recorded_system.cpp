@@ -9,7 +9,6 @@
 #include "sequencer/step_clock.h"
 #include "support/recorded_screen.h"
 #include "support/virtual_clock.h"
-#include "support/wave_builder.h"
 #include "ui/control_layout.h"
 
 #include <array>
@@ -21,10 +20,11 @@ namespace {
 // Loaded once: the engine only ever appends.
 const std::array<std::int32_t, 2 * kLineCount>& tinyRecordings() {
     static const auto indices = [] {
-        const Bytes file = WaveBuilder().format({}).values16({1}).bytes();
+        SampleBank& bank = soundEngine().samples;
         std::array<std::int32_t, 2 * kLineCount> loaded{};
         for (std::int32_t& index : loaded) {
-            index = soundEngine().loadSample(file.data(), file.size());
+            index = static_cast<std::int32_t>(bank.size());
+            bank.push_back({kDeviceRateHz, {0.1f}, {0.1f}, true});
         }
         return loaded;
     }();
@@ -85,13 +85,8 @@ FreshInstrument::FreshInstrument() {
     engine.deactivateAllVoices();
     engine.setMasterVolume(1.0f);
 
-    RecordedSystem& system = recordedSystem();
-    system.window = &system;
-    system.timers.clear();
-    system.tickCountMs = 0;
-    system.syncStatus.clear();
-    system.externalSyncShown = false;
-    system.problems.clear();
+    recordedSystem() = {};
+    recordedSystem().window = &recordedSystem();
     resetRecordedScreen();
 }
 

@@ -1,6 +1,5 @@
 #include "support/wave_builder.h"
 
-#include <bit>
 #include <type_traits>
 
 namespace percussomatic {
@@ -39,14 +38,6 @@ WaveBuilder& WaveBuilder::values16(const std::vector<std::int16_t>& values) {
     Bytes body;
     for (const std::int16_t value : values) {
         append(body, value);
-    }
-    return chunk("data", body);
-}
-
-WaveBuilder& WaveBuilder::floats(const std::vector<float>& values) {
-    Bytes body;
-    for (const float value : values) {
-        append(body, std::bit_cast<std::uint32_t>(value));
     }
     return chunk("data", body);
 }

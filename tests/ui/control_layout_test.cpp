@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
 #include <string_view>
+#include <utility>
 
 namespace percussomatic {
 namespace {
@@ -15,12 +15,6 @@ ControlRow rowNamed(std::string_view name) {
     return {"", name, "", "", "", "", "Image", 0, 0, 10, 10, 1};
 }
 
-std::string topAt(PixelPoint client, double scale) {
-    const int index = topControlAt(client, scale, [](int) { return true; });
-    return index == kNoControl ? ""
-                               : std::string(controlRows()[static_cast<std::size_t>(index)].name);
-}
-
 class ControlLayout : public testing::Test {
 protected:
     ControlLayout() { resetControlState(); }
@@ -28,20 +22,12 @@ protected:
 };
 
 TEST_F(ControlLayout, StepButtonsAreNumberedToTheEndOfTheirNames) {
-    const struct {
-        std::string_view name;
-        int number;
-    } cases[] = {{"bottone_001", 1},
-                 {"BOTTONE_96", 96},
-                 {"Bottone_0017", 17},
-                 {"bottone_000", 0},
-                 {"bottone_097", 0},
-                 {"bottone_", 0},
-                 {"bottone_12x", 0},
-                 {"bottone_+12", 0},
-                 {"bottone_4294967297", 0},
-                 {"bottone001", 0},
-                 {"", 0}};
+    const std::pair<const char*, int> cases[] = {{"bottone_001", 1},       {"BOTTONE_96", 96},
+                                                 {"Bottone_0017", 17},     {"bottone_000", 0},
+                                                 {"bottone_097", 0},       {"bottone_", 0},
+                                                 {"bottone_12x", 0},       {"bottone_+12", 0},
+                                                 {"bottone001", 0},        {"", 0},
+                                                 {"bottone_4294967297", 0}};
     for (const auto& [name, number] : cases) {
         EXPECT_EQ(stepButtonNumber(rowNamed(name)), number) << name;
     }
@@ -70,36 +56,29 @@ TEST_F(ControlLayout, ViewScaleFitsTheWholePanelAndRectanglesAreOnePixelGenerous
 }
 
 TEST_F(ControlLayout, TopmostControlIsHitUpToItsRightAndLowerEdge) {
-    controlState().sliderOffset[static_cast<std::size_t>(findControl("slider_002"))] = 650;
-    const struct {
-        PixelPoint client;
-        double scale;
-        const char* name;
-    } cases[] = {
-        // Step buttons touch; the lines do not.
-        {{2552, 1130}, 1.0, "pannello_frontale_001"},
-        {{2730, 1313}, 1.0, "bottone_001"},
-        {{2731, 1313}, 1.0, "bottone_002"},
-        {{2553, 1129}, 1.0, "pannello_frontale_001"},
-        // sw_014 shows to the right of and below sw_015 only.
-        {{5258, 4557}, 1.0, "sw_015"},
-        {{5399, 4698}, 1.0, "sw_015"},
-        {{5400, 4698}, 1.0, "sw_014"},
-        {{5259, 4699}, 1.0, "pannello_sotto_001"},
-        {{5402, 4698}, 1.0, "pannello_sotto_001"},
-        // A slider is where it has been moved to.
-        {{1377, 1621}, 1.0, "slider_002"},
-        {{1437, 1779}, 1.0, "slider_002"},
-        // Client points fall on the layout unit below them.
-        {{1276, 565}, 0.5, "pannello_frontale_001"},
-        {{1277, 565}, 0.5, "bottone_001"},
-        {{23, 0}, 1.0, ""},
-        {{2600, 1200}, 0.0, ""},
-        {{2600, 1200}, std::numeric_limits<double>::quiet_NaN(), ""},
+    const auto topAt = [](int x, int y, double scale = 1.0) -> std::string_view {
+        const int index = topControlAt({x, y}, scale, [](int) { return true; });
+        return index == kNoControl ? "" : controlRows()[static_cast<std::size_t>(index)].name;
     };
-    for (const auto& [client, scale, name] : cases) {
-        EXPECT_EQ(topAt(client, scale), name) << client.x << ", " << client.y << " at " << scale;
-    }
+    // Step buttons touch; the lines do not.
+    EXPECT_EQ(topAt(2552, 1130), "pannello_frontale_001");
+    EXPECT_EQ(topAt(2730, 1313), "bottone_001");
+    EXPECT_EQ(topAt(2731, 1313), "bottone_002");
+    EXPECT_EQ(topAt(2553, 1129), "pannello_frontale_001");
+    // sw_014 shows to the right of and below sw_015 only.
+    EXPECT_EQ(topAt(5399, 4698), "sw_015");
+    EXPECT_EQ(topAt(5400, 4698), "sw_014");
+    EXPECT_EQ(topAt(5259, 4699), "pannello_sotto_001");
+    // A slider is where it has been moved to.
+    controlState().sliderOffset[static_cast<std::size_t>(findControl("slider_002"))] = 650;
+    EXPECT_EQ(topAt(1377, 1621), "slider_002");
+    EXPECT_EQ(topAt(1437, 1779), "slider_002");
+    // Client points fall on the layout unit below them.
+    EXPECT_EQ(topAt(1276, 565, 0.5), "pannello_frontale_001");
+    EXPECT_EQ(topAt(1277, 565, 0.5), "bottone_001");
+    EXPECT_EQ(topAt(23, 0), "");
+    EXPECT_EQ(topAt(2600, 1200, 0.0), "");
+    EXPECT_EQ(topAt(2600, 1200, std::numeric_limits<double>::quiet_NaN()), "");
 }
 
 } // namespace

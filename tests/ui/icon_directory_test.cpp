@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <vector>
 
 namespace percussomatic {
@@ -16,7 +15,7 @@ struct Entry {
     std::uint32_t pastHeader = 0; // where it begins, behind the directory
 };
 
-constexpr std::size_t kImages = 8;
+constexpr std::uint32_t kImages = 8;
 
 // A directory followed by the bytes 0, 1, .. 7 to stand for the images.
 std::vector<std::byte> icon(const std::vector<Entry>& entries) {
@@ -43,38 +42,31 @@ std::vector<std::byte> icon(const std::vector<Entry>& entries) {
 }
 
 TEST(IconDirectory, NearestSizeWinsAndTheFirstOnTies) {
-    constexpr std::uint32_t kTooLong = kImages + 1;
-    const struct {
-        const char* what;
-        std::vector<Entry> entries;
-        int width, height;
-        int image; // -1 for none
-    } cases[] = {
-        {"tie", {{24, 24, 1, 0}, {16, 16, 1, 1}}, 20, 20, 0},
-        {"both sides count", {{16, 48, 1, 0}, {28, 28, 1, 1}}, 16, 16, 1},
-        {"0 is 256", {{64, 64, 1, 0}, {0, 0, 1, 1}}, 200, 200, 1},
-        {"an empty image is skipped", {{16, 16, 0, 0}, {32, 32, 1, 1}}, 16, 16, 1},
-        {"one past the end is skipped", {{16, 16, 1, kImages}, {32, 32, 1, 1}}, 16, 16, 1},
-        {"one too long is skipped", {{16, 16, kTooLong, 0}, {32, 32, 1, 1}}, 16, 16, 1},
-        {"one as long as the file is not", {{16, 16, kImages, 0}, {32, 32, 1, 1}}, 16, 16, 0},
-        {"no 32-bit overflow", {{16, 16, 0xFFFFFFFF, 1}, {32, 32, 1, 1}}, 16, 16, 1},
-        {"nothing left", {{16, 16, 0, 0}}, 16, 16, -1},
-    };
-    for (const auto& [what, entries, width, height, image] : cases) {
+    const auto imageFor = [](int side, const std::vector<Entry>& entries) {
         const std::vector<std::byte> file = icon(entries);
-        const std::span<const std::byte> best = bestIconImage(file, width, height);
-        EXPECT_EQ(best.empty() ? -1 : std::to_integer<int>(best.front()), image) << what;
-    }
+        const auto best = bestIconImage(file, side, side);
+        return best.empty() ? -1 : std::to_integer<int>(best.front());
+    };
+    const Entry other{32, 32, 1, 1};
+    EXPECT_EQ(imageFor(20, {{24, 24, 1, 0}, {16, 16, 1, 1}}), 0) << "tie";
+    EXPECT_EQ(imageFor(16, {{16, 48, 1, 0}, {28, 28, 1, 1}}), 1) << "both sides count";
+    EXPECT_EQ(imageFor(200, {{64, 64, 1, 0}, {0, 0, 1, 1}}), 1) << "0 is 256";
+    EXPECT_EQ(imageFor(16, {{16, 16, 0, 0}, other}), 1) << "empty";
+    EXPECT_EQ(imageFor(16, {{16, 16, 1, kImages}, other}), 1) << "past the end";
+    EXPECT_EQ(imageFor(16, {{16, 16, kImages + 1, 0}, other}), 1) << "one too long";
+    EXPECT_EQ(imageFor(16, {{16, 16, kImages, 0}, other}), 0) << "as long as the file";
+    EXPECT_EQ(imageFor(16, {{16, 16, 0xFFFFFFFF, 1}, other}), 1) << "no 32-bit overflow";
+    EXPECT_EQ(imageFor(16, {{16, 16, 0, 0}}), -1) << "nothing left";
 }
 
 TEST(IconDirectory, DamagedFilesAreNoIcon) {
-    const std::vector<std::byte> good = icon({{16, 16}, {32, 32}});
-    ASSERT_FALSE(bestIconImage(good, 16, 16).empty());
-    // Cut off inside its directory; a copy of that size, so that reading on would be seen.
-    for (std::size_t size = 0; size < 6 + 2 * 16; ++size) {
-        const std::vector<std::byte> cut(good.begin(),
-                                         good.begin() + static_cast<std::ptrdiff_t>(size));
-        EXPECT_TRUE(bestIconImage(cut, 16, 16).empty()) << size << " bytes";
+    std::vector<std::byte> cut = icon({{16, 16}, {32, 32}});
+    ASSERT_FALSE(bestIconImage(cut, 16, 16).empty());
+    cut.resize(6 + 2 * 16);
+    while (!cut.empty()) { // inside its directory; shrunk, so that reading on would be seen
+        cut.pop_back();
+        cut.shrink_to_fit();
+        EXPECT_TRUE(bestIconImage(cut, 16, 16).empty()) << cut.size() << " bytes";
     }
 }
 

@@ -56,9 +56,12 @@ void checkLocked(WaveOutDevice& device, bool fine, const char* fault) {
     }
 }
 
-void checkCallLocked(WaveOutDevice& device) {
+// For a call of the program.
+std::unique_lock<std::mutex> lockCalled(WaveOutDevice& device) {
+    std::unique_lock lock(device.mutex);
     checkLocked(device, device.state.open, "called while closed");
     checkLocked(device, !insideCallback, "called inside the callback");
+    return lock;
 }
 
 std::vector<std::int16_t> samplesOf(const WAVEHDR& header) {
@@ -67,10 +70,10 @@ std::vector<std::int16_t> samplesOf(const WAVEHDR& header) {
     return samples;
 }
 
-// Takes a buffer out of the queue and hands it to the callback, with the mutex free.
-void returnBlock(WaveOutDevice& device, std::unique_lock<std::mutex>& lock, std::size_t place) {
-    const Block block = std::move(device.queue.at(place));
-    device.queue.erase(device.queue.begin() + static_cast<std::ptrdiff_t>(place));
+// Takes the oldest buffer out of the queue and hands it to the callback, with the mutex free.
+void returnOldest(WaveOutDevice& device, std::unique_lock<std::mutex>& lock) {
+    const Block block = std::move(device.queue.front());
+    device.queue.pop_front();
     checkLocked(device, samplesOf(*block.header) == block.samples, "touched while queued");
     block.header->dwFlags = (block.header->dwFlags & ~WHDR_INQUEUE) | WHDR_DONE;
     lock.unlock();
@@ -87,7 +90,7 @@ void returnAll(WaveOutDevice& device) {
         if (device.queue.empty()) {
             device.changed.wait(lock);
         } else {
-            returnBlock(device, lock, 0);
+            returnOldest(device, lock);
         }
     }
 }
@@ -117,9 +120,9 @@ bool waitForWrites(int count) {
                                        [count] { return theDevice->state.writes >= count; });
 }
 
-void returnBuffer(std::size_t place) {
+void returnBuffer() {
     std::unique_lock lock(theDevice->mutex);
-    returnBlock(*theDevice, lock, place);
+    returnOldest(*theDevice, lock);
 }
 
 DWORD awaitedMs() {
@@ -129,11 +132,9 @@ DWORD awaitedMs() {
 }
 
 void passTime() {
-    {
-        const std::lock_guard lock(eventMutex);
-        waitMs = 0;
-        timeIsUp = true;
-    }
+    const std::lock_guard lock(eventMutex);
+    waitMs = 0;
+    timeIsUp = true;
     eventChanged.notify_all();
 }
 
@@ -161,8 +162,7 @@ MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* /*format*/, 
 }
 
 MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {
-    const std::lock_guard lock(device->mutex);
-    checkCallLocked(*device);
+    const auto lock = lockCalled(*device);
     checkLocked(*device, size == sizeof(WAVEHDR) && header->dwFlags == 0, "prepared a used header");
     if (++device->prepares == device->script.failingPrepare) {
         return MMSYSERR_ERROR;
@@ -173,8 +173,7 @@ MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {
 }
 
 MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
-    const std::lock_guard lock(device->mutex);
-    checkCallLocked(*device);
+    const auto lock = lockCalled(*device);
     if (device->script.clings) {
         return MMSYSERR_ERROR;
     }
@@ -185,37 +184,32 @@ MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/)
 }
 
 MMRESULT waveOutWrite(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
-    {
-        const std::lock_guard lock(device->mutex);
-        checkCallLocked(*device);
-        checkLocked(*device, !device->resetting, "written after the reset");
-        checkLocked(*device, (header->dwFlags & WHDR_PREPARED) != 0, "written unprepared");
-        checkLocked(*device, (header->dwFlags & WHDR_INQUEUE) == 0, "written while queued");
-        header->dwFlags = (header->dwFlags & ~WHDR_DONE) | WHDR_INQUEUE;
-        device->queue.push_back({header, samplesOf(*header)});
-        if (!device->script.returnsByItself) {
-            device->state.written.push_back(device->queue.back());
-        }
-        ++device->state.writes;
+    const auto lock = lockCalled(*device);
+    checkLocked(*device, !device->resetting, "written after the reset");
+    checkLocked(*device, (header->dwFlags & WHDR_PREPARED) != 0, "written unprepared");
+    checkLocked(*device, (header->dwFlags & WHDR_INQUEUE) == 0, "written while queued");
+    header->dwFlags = (header->dwFlags & ~WHDR_DONE) | WHDR_INQUEUE;
+    device->queue.push_back({header, samplesOf(*header)});
+    if (!device->script.returnsByItself) {
+        device->state.written.push_back(device->queue.back());
     }
+    ++device->state.writes;
     device->changed.notify_all();
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT waveOutReset(HWAVEOUT device) {
-    std::unique_lock lock(device->mutex);
-    checkCallLocked(*device);
+    auto lock = lockCalled(*device);
     device->resetting = true;
     while (!device->queue.empty() && !device->script.clings) {
-        returnBlock(*device, lock, 0);
+        returnOldest(*device, lock);
     }
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT waveOutClose(HWAVEOUT device) {
     {
-        const std::lock_guard lock(device->mutex);
-        checkCallLocked(*device);
+        const auto lock = lockCalled(*device);
         device->state.open = false; // the next opening is of another device
         if (device->script.clings) {
             device->prepared = 0;
@@ -237,11 +231,9 @@ HANDLE CreateEventW(void* /*security*/, BOOL /*manualReset*/, BOOL /*signalled*/
 }
 
 BOOL SetEvent(HANDLE event) {
-    {
-        const std::lock_guard lock(eventMutex);
-        static_cast<Event*>(event)->signalled = true;
-        waitMs = 0;
-    }
+    const std::lock_guard lock(eventMutex);
+    static_cast<Event*>(event)->signalled = true;
+    waitMs = 0;
     eventChanged.notify_all();
     return TRUE;
 }

@@ -2,7 +2,6 @@
 
 #include <mmsystem.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -45,8 +44,8 @@ State state();
 // Until so many blocks in all are written; false after ten seconds.
 bool waitForWrites(int count);
 
-// Returns the queued buffer of that place, 0 the oldest, on the calling thread.
-void returnBuffer(std::size_t place = 0);
+// Returns the oldest queued buffer, on the calling thread. There must be one.
+void returnBuffer();
 
 // Time stands still for whoever waits for an event. awaitedMs() waits until a thread does and says
 // how long it means to, 0 if none does within ten seconds; passTime() lets that time pass.
