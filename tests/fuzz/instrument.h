@@ -1,10 +1,10 @@
 #pragma once
 
 #include "fuzz/fuzzing.h"
+#include "fuzz/sound.h"
 #include "support/recorded_midi.h"
 #include "ui/control_layout.h"
 
-#include <array>
 #include <cstdint>
 
 namespace percussomatic::fuzz {
@@ -14,8 +14,6 @@ namespace percussomatic::fuzz {
 // what must never be. Cards go to the working directory.
 class Instrument {
 public:
-    using Indices = std::array<std::int32_t, 2 * kLineCount>;
-
     Instrument();
 
     // One act, by any number, and what it needs from the input. False: it was switched off, and the
