@@ -41,6 +41,7 @@ class Tour(Played):
         self.player = player = self.start(stand_in=True, **midi.variables())
         self.set_rhythm(player)
         player.click("sw_007")
+        self.look("panel")
 
         EFFECTS.open_by(player, "EFFECTS")
         EFFECTS.push(ENABLE)
@@ -54,12 +55,13 @@ class Tour(Played):
         EFFECTS.close(player)
 
         x, y, width = player.x, player.y, player.width
-        player.drag("c_scheda_001", 60, 30)                    # the bare panel moves the window
+        player.drag("c_scheda_001", 60, 10)                    # the bare panel moves the window, here within the screen
         player.place()
-        self.assertEqual((player.x, player.y), (x + 60, y + 30))
+        self.assertEqual((player.x, player.y), (x + 60, y + 10))
         player.press("ctrl+minus")                             # the panel has the keyboard again
         wait_until(lambda: player.place() or player.width < width, "the smaller panel")
         self.assertEqual((self.folder / "LumivardaLayoutScale.txt").read_text(), "0.950")
+        self.look("smaller")
         player.press("ctrl+plus")
         wait_until(lambda: player.place() or player.width == width, "the former size")
 
@@ -126,6 +128,7 @@ class Tour(Played):
         self.look("clock")
 
         player.click("pw_001")
+        self.look("power_off")
         self.assertEqual(player.wait_for_end(), 0)
 
 
