@@ -1,9 +1,41 @@
 #include "ui/drawing.h"
 
+#include <array>
+#include <map>
+#include <string>
+
 namespace percussomatic {
 
 using namespace Gdiplus;
 using namespace Gdiplus::DllExports;
+
+namespace {
+
+FontFamily familyNamed(const wchar_t* name) {
+    return created<FontFamily>(GdipCreateFontFamilyFromName, name,
+                               static_cast<GpFontCollection*>(nullptr));
+}
+
+// What GDI writes with where a font is missing; GDI+ under Wine has no stand-ins of its own.
+const std::wstring& standInFor(const wchar_t* name) {
+    static std::map<std::wstring, std::wstring> standIns;
+    const auto [entry, isNew] = standIns.try_emplace(name);
+    if (isNew) {
+        const Owned<HFONT, DeleteObject> font(CreateFontW(
+            0, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+            CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, name));
+        HDC screen = GetDC(nullptr);
+        HGDIOBJ before = SelectObject(screen, font.get());
+        std::array<wchar_t, LF_FACESIZE> face{};
+        GetTextFaceW(screen, static_cast<int>(face.size()), face.data());
+        SelectObject(screen, before);
+        ReleaseDC(nullptr, screen);
+        entry->second = face.data();
+    }
+    return entry->second;
+}
+
+} // namespace
 
 bool overlap(const PixelRect& a, const PixelRect& b) noexcept {
     return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
@@ -84,8 +116,13 @@ void drawTurned(GpGraphics* graphics, const PixelImage& picture, const PixelRect
 
 void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
               const TextStyle& style) {
-    const auto family = created<FontFamily>(GdipCreateFontFamilyFromName, style.family,
-                                            static_cast<GpFontCollection*>(nullptr));
+    FontFamily family = familyNamed(style.family);
+    if (family == nullptr) {
+        family = familyNamed(L"DejaVu Sans"); // what Linux usually has; it knows the arrows
+    }
+    if (family == nullptr) {
+        family = familyNamed(standInFor(style.family).c_str());
+    }
     if (family == nullptr) {
         return;
     }

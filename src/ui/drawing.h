@@ -57,7 +57,7 @@ struct TextStyle {
     bool oneLine = false; // cut with an ellipsis instead of wrapped
 };
 
-// Centred both ways. Nothing where the font is missing.
+// Centred both ways. A missing font has a stand-in; nothing where that is missing, too.
 void drawText(Gdiplus::GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
               const TextStyle& style);
 void drawCenteredText(Gdiplus::GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,

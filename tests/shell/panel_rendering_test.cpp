@@ -3,11 +3,13 @@
 #include "sequencer/panel_state.h"
 #include "sequencer/sequencer.h"
 #include "support/gdiplus_environment.h"
+#include "ui/drawing.h"
 #include "ui/images.h"
 #include "ui/scaled_pictures.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <vector>
@@ -156,6 +158,15 @@ TEST_F(PanelRendering, StaticPicturesMeetWithoutSeams) {
             EXPECT_GT(panel.grey(left, top + i / 4), 0);
         }
     }
+}
+
+TEST_F(PanelRendering, WritesInAnotherFontWhereOneIsMissing) {
+    PixelImage paper = blankImage(200, 40);
+    const Bitmap bitmap = bitmapOver(viewOf(paper));
+    const Graphics graphics = graphicsOn(bitmap.get());
+    drawText(graphics.get(), L"CARDS", {0, 0, 200, 40},
+             {.family = L"No such font", .sizePixels = 20, .argb = 0xFFFFFFFF});
+    EXPECT_GT(std::count(paper.pixels.begin(), paper.pixels.end(), 0xFFFFFFFF), 20);
 }
 
 TEST_F(PanelRendering, SurvivesAnEmptyWindowAndMissingPictures) {
