@@ -101,6 +101,7 @@ def one_start(program, display, cold):
             os.sync()
             pathlib.Path("/proc/sys/vm/drop_caches").write_text("3")
         ear = Ear()
+        time.sleep(3)           # or the sound server, idle until now, would take its blocks as rarely as every two seconds
         before = display.pixel(*PANEL)
         peak = 0
         start = time.monotonic()

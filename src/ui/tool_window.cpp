@@ -74,6 +74,7 @@ void drawButton(const DRAWITEMSTRUCT& item, const ButtonColours& colours) {
 }
 
 void showToolWindow(HWND window) {
+    serveWaitingSteps(); // the system takes its time to put a window on the screen
     ShowWindow(window, IsIconic(window) != 0 ? SW_RESTORE : SW_SHOW);
     serveWaitingSteps();
     BringWindowToTop(
