@@ -62,6 +62,7 @@ void changeLayoutScale(HWND window, double delta) {
     const int centreY = old.top + (old.bottom - old.top) / 2;
     const LayoutSize size =
         initialWindowSize(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), scale);
+    serveWaitingSteps(); // the system takes its time
     SetWindowPos(window, nullptr, centreX - size.width / 2, centreY - size.height / 2, size.width,
                  size.height, SWP_NOZORDER);
 }
@@ -318,8 +319,10 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_ERASEBKGND:
         return 1;
     case WM_SIZE:
-        serveWaitingSteps();
-        rebuildBackgroundCache(window);
+        serveWaitingSteps(); // one that is painted rebuilds the background, too
+        if (!backgroundFits(clientSize(window))) {
+            rebuildBackgroundCache(window);
+        }
         serveWaitingSteps();
         placeReaderCard(clientSize(window));
         InvalidateRect(window, nullptr, FALSE);

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <thread>
 #include <vector>
 
 namespace percussomatic {
@@ -32,6 +33,70 @@ constexpr std::uint32_t kTempoInternal = 0xFFFFFF00, kTempoExternal = 0xFF00FF00
 PixelImage& backgroundCache() noexcept {
     static PixelImage cache;
     return cache;
+}
+
+// What is left of rectangles beside one that hides a part of them.
+std::vector<PixelRect> beside(const PixelRect& cover, const std::vector<PixelRect>& rects) {
+    std::vector<PixelRect> parts;
+    for (const PixelRect& rect : rects) {
+        const int top = std::clamp(cover.top, rect.top, rect.bottom);
+        const int bottom = std::clamp(cover.bottom, rect.top, rect.bottom);
+        const int left = std::clamp(cover.left, rect.left, rect.right);
+        const int right = std::clamp(cover.right, rect.left, rect.right);
+        for (const PixelRect& part :
+             {PixelRect{rect.left, rect.top, rect.right, top},
+              PixelRect{rect.left, top, left, bottom}, PixelRect{right, top, rect.right, bottom},
+              PixelRect{rect.left, bottom, rect.right, rect.bottom}}) {
+            if (part.width() > 0 && part.height() > 0) {
+                parts.push_back(part);
+            }
+        }
+    }
+    return parts;
+}
+
+struct StaticPicture {
+    const PixelImage* picture; // null for the ground
+    PixelRect rect;
+};
+
+// In their order. Each replaces what lies beneath it, transparent pixels and all.
+std::vector<StaticPicture> staticPictures(const PixelImage& cache, double scale) {
+    std::vector<StaticPicture> layers{{nullptr, {0, 0, cache.width, cache.height}}};
+    const auto inPixels = [scale](int units) { return static_cast<int>(units * scale + 0.5); };
+    const auto rows = controlRows();
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        const ControlRow& row = rows[index];
+        const PixelImage* picture = imageCache().pairs[index].normal;
+        if (row.visible != 0 && !isInteractive(row) && picture != nullptr) {
+            const int left = inPixels(row.x), top = inPixels(row.y);
+            layers.push_back(
+                {picture, {left, top, left + inPixels(row.width), top + inPixels(row.height)}});
+        }
+    }
+    return layers;
+}
+
+// Puts them on a part of the panel. Nothing is drawn where a later one lies over it.
+void putStaticPictures(const std::vector<StaticPicture>& layers, PixelImage& cache,
+                       const PixelRect& area) {
+    for (auto layer = layers.begin(); layer != layers.end(); ++layer) {
+        std::vector<PixelRect> seen{intersected(layer->rect, area)};
+        for (auto over = layer + 1; over != layers.end(); ++over) {
+            seen = beside(over->rect, seen);
+        }
+        for (const PixelRect& part : seen) {
+            const PixelView view = viewOf(cache).part(part);
+            if (layer->picture == nullptr) {
+                fillPixels({0, 0, view.width, view.height}, kBackground, view);
+            } else {
+                copyScaled(*layer->picture,
+                           {layer->rect.left - part.left, layer->rect.top - part.top,
+                            layer->rect.right - part.left, layer->rect.bottom - part.top},
+                           view);
+            }
+        }
+    }
 }
 
 // A knob. Turned from twice its size, or the system's filter would leave its edges jagged.
@@ -126,29 +191,23 @@ void rebuildBackgroundCache(HWND window) {
     const LayoutSize client = clientSize(window);
     cache.width = std::max<int>(0, client.width);
     cache.height = std::max<int>(0, client.height);
-    cache.pixels.assign(static_cast<std::size_t>(cache.width) *
-                            static_cast<std::size_t>(cache.height),
-                        kBackground);
+    cache.pixels.resize(static_cast<std::size_t>(cache.width) *
+                        static_cast<std::size_t>(cache.height));
     if (client.width <= 0 || client.height <= 0) {
         return;
     }
     const double scale = windowScale(window);
     ensurePanelImages(scale);
+    const std::vector<StaticPicture> layers = staticPictures(cache, scale);
+    const int middle = cache.height / 2;
+    std::jthread lower([&] {
+        putStaticPictures(layers, cache, {0, middle, cache.width, cache.height});
+    });
+    putStaticPictures(layers, cache, {0, 0, cache.width, middle});
+}
 
-    // Each picture replaces what lies beneath it, which is quicker than blending; all of them are
-    // opaque where they overlap.
-    const auto inPixels = [scale](int units) { return static_cast<int>(units * scale + 0.5); };
-    const auto rows = controlRows();
-    for (std::size_t index = 0; index < rows.size(); ++index) {
-        const ControlRow& row = rows[index];
-        const PixelImage* picture = imageCache().pairs[index].normal;
-        if (row.visible != 0 && !isInteractive(row) && picture != nullptr) {
-            const int left = inPixels(row.x), top = inPixels(row.y);
-            copyScaled(*picture,
-                       {left, top, left + inPixels(row.width), top + inPixels(row.height)},
-                       viewOf(cache));
-        }
-    }
+bool backgroundFits(LayoutSize client) noexcept {
+    return backgroundCache().width == client.width && backgroundCache().height == client.height;
 }
 
 void releaseBackgroundCache() noexcept {
@@ -166,7 +225,7 @@ void paintPanel(HWND window) {
         regions = {all}; // more has become invalid meanwhile
     }
     const LayoutSize client = clientSize(window);
-    if (backgroundCache().width != client.width || backgroundCache().height != client.height) {
+    if (!backgroundFits(client)) {
         rebuildBackgroundCache(window);
     }
     if (ScreenPixels& screen = screenPixels(); screen.fit(client)) {

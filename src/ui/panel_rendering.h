@@ -19,7 +19,9 @@ double windowScale(HWND window) noexcept;
 // The picture a control shows now, or null.
 const PixelImage* imageFor(int index) noexcept;
 
+// Fills the background anew, half of it on a thread that ends with the call.
 void rebuildBackgroundCache(HWND window);
+bool backgroundFits(LayoutSize client) noexcept;
 void releaseBackgroundCache() noexcept;
 
 // Composes every rectangle that is invalid off-screen and copies it to the window: the WM_PAINT

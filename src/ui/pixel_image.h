@@ -49,7 +49,7 @@ PixelImage halved(const PixelImage& image);
 
 // Any other size: halved while it is still at least as large as wanted, then every pixel is
 // weighted from the 2 x 2 that lie about its middle, in steps of 1/256. Pictures end with their
-// last pixels: nothing is looked for beyond. `width` and `height` are positive.
+// last pixels: nothing is looked for beyond.
 PixelImage scaled(const PixelImage& image, int width, int height);
 
 // The same, straight to its place on the target, which cuts off what lies outside: a picture as

@@ -2,8 +2,8 @@
 
 #include "sequencer/panel_state.h"
 #include "sequencer/sequencer.h"
-#include "support/gdiplus_environment.h"
 #include "ui/drawing.h"
+#include "ui/gdiplus_flat.h"
 #include "ui/images.h"
 #include "ui/scaled_pictures.h"
 
@@ -47,6 +47,8 @@ int worstDifference(const Composed& part, const Composed& whole) {
 class PanelRendering : public testing::Test {
 protected:
     static void SetUpTestSuite() {
+        const Gdiplus::GdiplusStartupInput input;
+        Gdiplus::GdiplusStartup(&gdiplus_, &input, nullptr);
         resetControlState();
         loadPanelImages(viewScale(kWidth, kHeight));
         window_ = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, kWidth, kHeight, nullptr,
@@ -57,6 +59,7 @@ protected:
         DestroyWindow(window_);
         releaseBackgroundCache();
         releasePanelImages();
+        Gdiplus::GdiplusShutdown(gdiplus_);
     }
     void SetUp() override {
         resetControlState();
@@ -71,26 +74,9 @@ protected:
         return composed;
     }
 
-    static HWND window_;
+    static inline ULONG_PTR gdiplus_ = 0;
+    static inline HWND window_ = nullptr;
 };
-
-HWND PanelRendering::window_ = nullptr;
-
-TEST_F(PanelRendering, TempoBoxShowsTheMeasuredTempoWhileItFollowsAClock) {
-    const auto shown = [](bool external, bool seen, double midiBpm, double bpm) {
-        Sequencer& now = sequencer();
-        now.externalSync = external;
-        now.midiClockSeen = seen;
-        now.midiBpm = midiBpm;
-        now.bpm = bpm;
-        return compose({442, 12, 542, 40}).pixels;
-    };
-    EXPECT_EQ(shown(true, true, 133.0, 120.0), shown(true, false, 0.0, 133.0));
-    EXPECT_NE(shown(true, true, 133.0, 120.0), shown(true, true, 0.0, 120.0));
-    EXPECT_EQ(shown(false, true, 133.0, 120.0), shown(false, false, 0.0, 120.0));
-    EXPECT_NE(shown(false, false, 0.0, 120.0), shown(true, false, 0.0, 120.0))
-        << "yellow and green";
-}
 
 TEST_F(PanelRendering, RotaryPointsToItsValue) {
     const int tempo = findControl("rotary_002");
@@ -145,18 +131,28 @@ TEST_F(PanelRendering, KeptPicturesLookAsIfScaledAnew) {
     }
 }
 
-TEST_F(PanelRendering, StaticPicturesMeetWithoutSeams) {
-    // A lost first row or column of a picture would show as transparent black.
-    const Composed panel = compose();
+// Nothing is drawn where a later picture hides it, in two halves; here one whole after the other.
+TEST_F(PanelRendering, StaticPicturesLieOneOverTheOther) {
     const double scale = viewScale(kWidth, kHeight);
-    for (std::size_t index = 1; index < 3; ++index) { // the front and the lower panel
-        const ControlRow& row = controlRows()[index];
-        const int left = static_cast<int>(row.x * scale + 0.5),
-                  top = static_cast<int>(row.y * scale + 0.5);
-        for (int i = 20; i < 500; i += 40) {
-            EXPECT_GT(panel.grey(left + i, top), 0);
-            EXPECT_GT(panel.grey(left, top + i / 4), 0);
+    PixelImage plain = blankImage(kWidth, kHeight);
+    fillPixels({0, 0, kWidth, kHeight}, 0xFF0F0F0F, viewOf(plain));
+    PixelImage controls = blankImage(kWidth, kHeight);
+    fillPixels({0, 0, kWidth, 42}, 0xFFFFFFFF, viewOf(controls)); // the strip
+    for (int index = 0; index < kControlCount; ++index) {
+        const ControlRow& row = controlRows()[static_cast<std::size_t>(index)];
+        const PixelImage* picture = imageCache().pairs[static_cast<std::size_t>(index)].normal;
+        const auto inPixels = [scale](int units) { return static_cast<int>(units * scale + 0.5); };
+        if (isInteractive(row)) {
+            const PixelRect rect = controlClientRect(index, scale);
+            fillPixels(inflated(rect, rect.width() / 4), 0xFFFFFFFF, viewOf(controls)); // turned
+        } else if (picture != nullptr) {
+            copyPixels(scaled(*picture, inPixels(row.width), inPixels(row.height)), inPixels(row.x),
+                       inPixels(row.y), viewOf(plain));
         }
+    }
+    const Composed panel = compose();
+    for (std::size_t i = 0; i < plain.pixels.size(); ++i) {
+        ASSERT_TRUE(controls.pixels[i] != 0 || panel.pixels[i] == plain.pixels[i]) << i;
     }
 }
 
@@ -170,10 +166,13 @@ TEST_F(PanelRendering, WritesInAnotherFontWhereOneIsMissing) {
 }
 
 TEST_F(PanelRendering, SurvivesAnEmptyWindowAndMissingPictures) {
-    const HWND empty = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                                       nullptr, nullptr);
-    rebuildBackgroundCache(empty);
-    DestroyWindow(empty);
+    for (const int side : {2, 1, 0}) {
+        HWND tiny = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, side, side, nullptr, nullptr,
+                                    nullptr, nullptr);
+        rebuildBackgroundCache(tiny);
+        EXPECT_TRUE(backgroundFits({side, side}));
+        DestroyWindow(tiny);
+    }
     compose({0, 0, 50, 50});
     EXPECT_EQ(loadImageAsset("nothing.PNG", 1.0), nullptr);
     EXPECT_EQ(loadImageAsset("clave.wav", 1.0), nullptr);
@@ -185,7 +184,7 @@ TEST_F(PanelRendering, SurvivesAnEmptyWindowAndMissingPictures) {
     rebuildBackgroundCache(window_);
 }
 
-TEST(Images, AreKeptOnlyAsLargeAsTheScreenShowsThem) {
+TEST_F(PanelRendering, PicturesAreKeptOnlyAsLargeAsTheScreenShowsThem) {
     EXPECT_EQ(loadImageAsset("SW_on.PNG", 0.2)->width, 36); // a quarter, rounded up: 142 * 0.2
     EXPECT_EQ(loadImageAsset("SW_on.PNG", 1.0)->width, 142);
 
@@ -194,21 +193,6 @@ TEST(Images, AreKeptOnlyAsLargeAsTheScreenShowsThem) {
     for (const double scale : {0.5, 0.25, 0.125}) {
         EXPECT_EQ(loadImageAsset("c_scheda.PNG", scale)->pixels, half.pixels) << scale;
         half = halved(half);
-    }
-}
-
-TEST(Images, IconComesInEverySize) {
-    for (const int size : {16, 32, 48, 256}) {
-        HICON icon = createAppIcon(size, size);
-        ASSERT_NE(icon, nullptr) << size;
-        ICONINFO parts{};
-        ASSERT_TRUE(GetIconInfo(icon, &parts));
-        BITMAP colours{};
-        GetObjectW(parts.hbmColor, sizeof colours, &colours);
-        EXPECT_EQ(colours.bmWidth, size);
-        DeleteObject(parts.hbmColor);
-        DeleteObject(parts.hbmMask);
-        DestroyIcon(icon);
     }
 }
 
