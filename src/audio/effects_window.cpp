@@ -3,6 +3,7 @@
 #include "audio/effect_choice.h"
 #include "audio/effect_controls.h"
 #include "ui/display_scale.h"
+#include "ui/message_loop.h"
 #include "ui/redraw.h"
 #include "ui/tool_window.h"
 
@@ -142,6 +143,7 @@ void setBackground(HWND window, HBRUSH brush) {
 void create(HWND window) {
     EffectsWindow& effects = theWindow.emplace(EffectsWindow{.window = window});
     setBackground(window, effects.fill.get());
+    serveWaitingSteps();
     addHeadings(effects);
     addSends(window, effects.labelFont.get());
     addParameters(effects);
@@ -221,6 +223,7 @@ bool createWindow(HWND owner) {
     if (!registerToolWindowClass(kClass, effectsWindowProc, nullptr)) {
         return false;
     }
+    serveWaitingSteps();
     RECT beside{};
     GetWindowRect(owner, &beside);
     return CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"PERCUSOMATIC - EFFECTS",

@@ -124,14 +124,6 @@ void finishInsertion() {
     applyCard(insertedCard());
 }
 
-void redrawStepButtons() {
-    for (int line = 0; line < kLineCount; ++line) {
-        for (int step = 0; step < kStepCount; ++step) {
-            redrawControl(stepButtonIndex(line, step), Repaint::later);
-        }
-    }
-}
-
 // The card shown may lie in the reader as well, half of it outside the dialog.
 void redrawShownCard() {
     redrawCardDialog();
@@ -260,9 +252,8 @@ void beginCardInsertion(LayoutSize client) {
     }
     soundEngine().outputMuted = 1;
     soundEngine().stopAllVoicesRequest = 1;
-    redrawStepButtons();
     panel.columnsLoaded = 0;
-    sequencer().pattern = Pattern{};
+    sequencer().pattern = Pattern{}; // its buttons go dark with the panel's repaint
 
     setTravel(client);
     panel.readerCardY = panel.insertStartY;
