@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <random>
 
@@ -250,20 +249,6 @@ TEST_F(PunchCards, RunningClockTakesTheTempoOverAndNoStepIsPlayed) {
     EXPECT_EQ(takeVoices(), 0);
 }
 
-TEST_F(PunchCards, ClockStandsStillUnderAnotherLeaderAndWithoutPower) {
-    shown() = fullCard();
-    sequencer().running = sequencer().externalSync = true;
-    insert();
-    EXPECT_TRUE(recordedSystem().externalSyncShown);
-    sequencer().externalSync = false;
-    begin();
-    press("pw_001");
-    tick(kLastTick);
-    EXPECT_EQ(clockThreads(), ClockThreads{});
-    EXPECT_EQ(recordedSystem().timers, (Timers{{WindowTimer::powerOff, 1000}}));
-    EXPECT_EQ(soundEngine().outputMuted, 1);
-}
-
 TEST_F(PunchCards, OldCardBringsItsRhythmOnly) {
     shufflePanel();
     const std::string before = livePanel();
@@ -271,21 +256,6 @@ TEST_F(PunchCards, OldCardBringsItsRhythmOnly) {
     shown() = parsePunchCard("_PERCUSSOMATIC_CARD_V1\n" + rhythm).value();
     insert();
     expectPanel(before.substr(0, before.size() - rhythm.size()) + rhythm);
-}
-
-TEST_F(PunchCards, OddValuesAreAppliedAsThePanelHasThem) {
-    const auto insertCardOf = [&](float value) {
-        PunchCard& card = shown() = fullCard();
-        card.lineVolumes.fill(value);
-        card.effectSends.fill(value);
-        card.masterVolume = card.tempo = card.effectReturn = card.effectRoomSize = value;
-        card.effectDamping = card.effectWidth = card.effectPreDelayMs = value;
-        card.effectPreset = value > 0.0f ? 0 : std::numeric_limits<std::int32_t>::min();
-        shufflePanel();
-        insert();
-        return livePanel();
-    };
-    EXPECT_EQ(insertCardOf(std::numeric_limits<float>::quiet_NaN()), insertCardOf(0.0f));
 }
 
 TEST_F(PunchCards, TitleIsTrimmedAndWrittenToAUsedSlotOnly) {

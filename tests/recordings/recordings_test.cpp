@@ -40,31 +40,8 @@ Sample recordingOf(const std::string& name) {
     return percussomatic::parseWave(bytesOf(name)).value();
 }
 
-Signal midOf(const Sample& sound) {
-    Signal mid(sound.left.size());
-    for (std::size_t frame = 0; frame < mid.size(); ++frame) {
-        mid[frame] = 0.5F * (sound.left[frame] + sound.right[frame]);
-    }
-    return mid;
-}
-
 double decibels(double ratio) {
     return 20.0 * std::log10(std::max(ratio, 1e-30));
-}
-
-double dot(const Signal& a, const Signal& b) {
-    double sum = 0.0;
-    for (std::size_t frame = 0; frame < a.size(); ++frame) {
-        sum += static_cast<double>(a[frame]) * static_cast<double>(b[frame]);
-    }
-    return sum;
-}
-
-// Root mean square of the frequencies, from the slope of the sound.
-double brightnessHz(const Signal& signal) {
-    Signal slope(signal.size());
-    std::adjacent_difference(signal.begin(), signal.end(), slope.begin());
-    return kRateHz / (2.0 * kPi) * std::sqrt(dot(slope, slope) / dot(signal, signal));
 }
 
 // What lies above the frequency, by a windowed sinc; up to that time.
@@ -102,9 +79,7 @@ struct Expected {
     const char* name;
     std::size_t frames;
     double peakDb;
-    Range brightnessHz;
     Range silentAfterMs;
-    Range correlation; // of the two channels
 };
 
 void PrintTo(const Expected& expected, std::ostream* out) {
@@ -115,18 +90,18 @@ constexpr std::size_t kLong = 960000;
 constexpr std::size_t kShort = 46500;
 
 constexpr std::array<Expected, 12> kExpected = {{
-    {"bass_drum", kShort, -9.9, {130, 170}, {430, 470}, {0.999, 1}},
-    {"block_1", kShort, -10.5, {1150, 1370}, {120, 200}, {0.97, 0.9999}},
-    {"block_2", kShort, -10.0, {640, 740}, {160, 260}, {0.97, 0.9999}},
-    {"charleston", kLong, -14.4, {9000, 10800}, {300, 450}, {0.8, 0.95}},
-    {"clave", kLong, -11.8, {2550, 2850}, {180, 300}, {0.97, 0.9999}},
-    {"cymbal_1", kLong, -11.8, {7200, 9200}, {4000, 6000}, {0.65, 0.85}},
-    {"cymbal_2", kLong, -14.9, {7500, 9000}, {1700, 2600}, {0.7, 0.9}},
-    {"rolling_snare", kLong, -14.5, {5500, 6700}, {1000, 1400}, {0.9, 0.98}},
-    {"snare", kLong, -9.0, {4800, 5900}, {400, 600}, {0.9, 0.98}},
-    {"timbal_1", kShort, -12.2, {570, 690}, {400, 480}, {0.97, 0.9999}},
-    {"timbal_2", kLong, -14.2, {385, 470}, {800, 1100}, {0.97, 0.9999}},
-    {"triangle", kLong, -14.5, {5500, 7000}, {3000, 4500}, {0.95, 0.9999}},
+    {"bass_drum", kShort, -9.9, {430, 470}},
+    {"block_1", kShort, -10.5, {120, 200}},
+    {"block_2", kShort, -10.0, {160, 260}},
+    {"charleston", kLong, -14.4, {300, 450}},
+    {"clave", kLong, -11.8, {180, 300}},
+    {"cymbal_1", kLong, -11.8, {4000, 6000}},
+    {"cymbal_2", kLong, -14.9, {1700, 2600}},
+    {"rolling_snare", kLong, -14.5, {1000, 1400}},
+    {"snare", kLong, -9.0, {400, 600}},
+    {"timbal_1", kShort, -12.2, {400, 480}},
+    {"timbal_2", kLong, -14.2, {800, 1100}},
+    {"triangle", kLong, -14.5, {3000, 4500}},
 }};
 
 class Recordings : public testing::TestWithParam<Expected> {
@@ -137,7 +112,6 @@ protected:
 
     const Sample recording = recordingOf(GetParam().name);
     const std::size_t frames = recording.left.size();
-    const Signal mid = midOf(recording);
 };
 
 INSTANTIATE_TEST_SUITE_P(Kit, Recordings, testing::ValuesIn(kExpected),
@@ -191,19 +165,19 @@ TEST_P(Recordings, FadesOnceAndForGood) {
 }
 
 TEST_P(Recordings, IsStereoThatMonoListenersCanTrust) {
-    const double left = dot(recording.left, recording.left);
-    const double right = dot(recording.right, recording.right);
-    expectWithin("correlation", dot(recording.left, recording.right) / std::sqrt(left * right),
-                 GetParam().correlation);
-    EXPECT_NE(recording.left, recording.right);
-    expectWithin("left to right dB", 0.5 * decibels(left / right), {-0.6, 0.6});
-    const double mono = dot(mid, mid);
-    EXPECT_GT(0.5 * decibels(2.0 * mono / (left + right)), -0.6) << "lost in mono";
+    const Sample& sound = recording;
+    EXPECT_NE(sound.left, sound.right);
+    double energy = 0.0, mono = 0.0;
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        const double left = sound.left[frame], right = sound.right[frame];
+        energy += left * left + right * right;
+        mono += 0.5 * (left + right) * (left + right);
+    }
+    EXPECT_GT(0.5 * decibels(mono / energy), -0.6) << "lost in mono";
 }
 
-TEST_P(Recordings, HasItsCharacterAndNothingThatFoldsAtHalfTheRate) {
-    expectWithin("brightness Hz", brightnessHz(mid), GetParam().brightnessHz);
-    // The player drops every second frame, without a filter.
+// The player drops every second frame, without a filter.
+TEST_P(Recordings, HasNothingThatFoldsAtHalfTheRate) {
     for (const Signal* channel : {&recording.left, &recording.right}) {
         const Signal high = highPassed(*channel, 24330.0, 240.0); // brightest at the start
         const auto [lowest, highest] = std::minmax_element(high.begin(), high.end());

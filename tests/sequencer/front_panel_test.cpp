@@ -2,6 +2,7 @@
 
 #include "audio/sound_engine.h"
 #include "sequencer/sequencer.h"
+#include "sequencer/tempo_text.h"
 #include "sequencer/transport.h"
 #include "support/panel_hand.h"
 #include "support/recorded_screen.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <random>
 #include <utility>
 
@@ -205,6 +207,36 @@ TEST_F(FrontPanel, WheelTurnsTheRotaryUnderIt) {
     EXPECT_NEAR(soundEngine().masterVolume, 0.975 * 0.975, 1e-6);
     dragRotary(master.y + 210, false);
     EXPECT_EQ(panelState().master.value, 0.5) << "the hand's beginning stands";
+}
+
+TEST(TempoText, IsOneNumberInRangeWithBlanksAround) {
+    const std::pair<const wchar_t*, std::optional<double>> cases[] = {
+        {L"40", 40.0},        {L"240", 240.0},    {L"39.999", {}}, {L"240.001", {}},
+        {L"120.5", 120.5},    {L"+1.2e2", 120.0}, {L"-120", {}},   {L"1e999", {}},
+        {L" \t\n120", 120.0}, {L"120  ", 120.0},  {L"120 \t", {}}, {L"120 1", {}},
+        {L"120x", {}},        {L"000100", 100.0}, {L"", {}},       {L"  ", {}},
+        {L"nan", {}},         {L"inf", {}}};
+    for (const auto& [text, bpm] : cases) {
+        EXPECT_EQ(tempoOfText(text), bpm) << text;
+    }
+}
+
+TEST_F(FrontPanel, TypedTempoIsClampedTurnsTheRotaryAndEndsItsDrag) {
+    const struct {
+        double typed, bpm, value;
+    } cases[] = {{140.0, 140.0, 0.5}, {39.9, 40.0, 0.0}, {1e9, 240.0, 1.0}};
+    for (const auto& [typed, bpm, value] : cases) {
+        SCOPED_TRACE(typed);
+        panelState().tempo = {.value = 0.7, .dragStartValue = 0.6, .dragging = true};
+        takeRedraws();
+        setTempoBpm(typed);
+        EXPECT_EQ(sequencer().bpm, bpm);
+        EXPECT_DOUBLE_EQ(panelState().tempo.value, value);
+        EXPECT_DOUBLE_EQ(panelState().tempo.dragStartValue, value);
+        EXPECT_FALSE(panelState().tempo.dragging);
+        EXPECT_EQ(takeRedraws(), (Names{"tempo box", "rotary_002 now"}));
+        EXPECT_EQ(staleControls(), Names{});
+    }
 }
 
 TEST_F(FrontPanel, SliderFollowsTheCursorBetweenItsEnds) {

@@ -22,7 +22,8 @@ std::int16_t converted(float value) {
     return static_cast<std::int16_t>(value * 32767.0f);
 }
 
-std::uint32_t atLeastOne(std::uint32_t frames) {
+std::uint64_t framesOf(std::uint64_t ms, std::uint32_t rateHz) { // at least one
+    const std::uint64_t frames = rateHz * ms / 1000;
     return frames < 1 ? 1 : frames;
 }
 
@@ -118,8 +119,8 @@ void PlainEngine::renderFrame(std::int16_t* out) {
                 std::fabs(l) <= silenceThreshold && std::fabs(r) <= silenceThreshold;
             voice.silentFrames = silent ? voice.silentFrames + 1 : 0;
             voice.playedFrames += 1;
-            if (voice.playedFrames >= atLeastOne(sampleRate * minPlayMs / 1000) &&
-                voice.silentFrames >= atLeastOne(sampleRate * silenceHoldMs / 1000)) {
+            if (voice.playedFrames >= framesOf(minPlayMs, sampleRate) &&
+                voice.silentFrames >= framesOf(silenceHoldMs, sampleRate)) {
                 voice.active = false;
                 continue;
             }

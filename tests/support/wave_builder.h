@@ -3,12 +3,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
 namespace percussomatic {
 
 using Bytes = std::vector<std::byte>;
+
+// Of numbers in a row, as this machine has them: least byte first.
+template <typename Values>
+Bytes toBytes(const Values& values) {
+    const auto bytes = std::as_bytes(std::span(values));
+    return {bytes.begin(), bytes.end()};
+}
 
 struct WaveFormat {
     std::uint16_t tag = 1;
@@ -20,21 +28,36 @@ struct WaveFormat {
 // Puts RIFF/WAVE files together, well formed or not.
 class WaveBuilder {
 public:
-    WaveBuilder();
-
-    WaveBuilder& format(const WaveFormat& format);
-    WaveBuilder& values16(const std::vector<std::int16_t>& values); // as "data"
+    WaveBuilder& format(const WaveFormat& format) {
+        const auto frameBytes = static_cast<std::uint16_t>(format.channels * (format.bits / 8));
+        Bytes body = toBytes(std::vector{format.tag, format.channels});
+        append(body, toBytes(std::vector{format.sampleRate, format.sampleRate * frameBytes}));
+        append(body, toBytes(std::vector{frameBytes, format.bits}));
+        return chunk("fmt ", body);
+    }
+    WaveBuilder& values16(const std::vector<std::int16_t>& values) {
+        return chunk("data", toBytes(values));
+    }
 
     // An odd body is padded. The claimed size is the body's unless told otherwise.
     WaveBuilder& chunk(std::string_view id, const Bytes& body,
-                       std::optional<std::uint32_t> claimedSize = {});
+                       std::optional<std::uint32_t> claimedSize = {}) {
+        const auto size = static_cast<std::uint32_t>(body.size());
+        append(bytes_, toBytes(id));
+        append(bytes_, toBytes(std::vector{claimedSize.value_or(size)}));
+        append(bytes_, body);
+        bytes_.resize(bytes_.size() + size % 2, std::byte{0xAA});
+        return *this;
+    }
 
     Bytes bytes() const { return bytes_; }
 
 private:
-    Bytes bytes_;
-};
+    static void append(Bytes& bytes, const Bytes& more) {
+        bytes.insert(bytes.end(), more.begin(), more.end());
+    }
 
-Bytes toBytes(std::string_view text);
+    Bytes bytes_ = toBytes(std::string_view("RIFF\0\0\0\0WAVE", 12));
+};
 
 } // namespace percussomatic

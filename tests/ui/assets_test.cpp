@@ -68,19 +68,6 @@ TEST(Assets, TableIsSortedByUpperCasedNameAndLookUpsAreExact) {
     }
 }
 
-TEST(Assets, APictureComesInItsSmallestCopyThatIsLargeEnough) {
-    const struct {
-        const char* name;
-        int most, halvings;
-    } cases[] = {{"mobile.PNG", 0, 0},   {"mobile.PNG", 1, 1}, {"pannello sotto.PNG", 2, 2},
-                 {"c_scheda.PNG", 7, 2}, {"pounch.PNG", 3, 0}, {"nothing.PNG", 2, 0}};
-    for (const auto& [name, most, halvings] : cases) {
-        const PictureFile found = findPicture(name, most);
-        EXPECT_EQ(found.halvings, halvings) << name;
-        EXPECT_EQ(found.file.bytes == findAsset(name).bytes, halvings == 0) << name;
-    }
-}
-
 // A picture of another size or pixel format would still be drawn, but stretched, without its
 // transparency or with a hole in the panel.
 TEST(Assets, PicturesHaveTheSizeOfEveryControlThatShowsThem) {

@@ -59,16 +59,5 @@ TEST(IconDirectory, NearestSizeWinsAndTheFirstOnTies) {
     EXPECT_EQ(imageFor(16, {{16, 16, 0, 0}}), -1) << "nothing left";
 }
 
-TEST(IconDirectory, DamagedFilesAreNoIcon) {
-    std::vector<std::byte> cut = icon({{16, 16}, {32, 32}});
-    ASSERT_FALSE(bestIconImage(cut, 16, 16).empty());
-    cut.resize(6 + 2 * 16);
-    while (!cut.empty()) { // inside its directory; shrunk, so that reading on would be seen
-        cut.pop_back();
-        cut.shrink_to_fit();
-        EXPECT_TRUE(bestIconImage(cut, 16, 16).empty()) << cut.size() << " bytes";
-    }
-}
-
 } // namespace
 } // namespace percussomatic

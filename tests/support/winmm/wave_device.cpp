@@ -32,6 +32,10 @@ bool timeIsUp = false;
 struct WaveOutDevice {
     explicit WaveOutDevice(const Script& wanted) : script(wanted) {}
 
+    void checkLocked(bool fine, const char* fault) {
+        state.faults += fine ? "" : std::string(fault) + '\n';
+    }
+
     std::mutex mutex;
     std::condition_variable changed;
     // All guarded by mutex.
@@ -50,17 +54,11 @@ namespace {
 std::unique_ptr<WaveOutDevice> theDevice;
 thread_local bool insideCallback = false;
 
-void checkLocked(WaveOutDevice& device, bool fine, const char* fault) {
-    if (!fine) {
-        device.state.faults += std::string(fault) + '\n';
-    }
-}
-
 // For a call of the program.
 std::unique_lock<std::mutex> lockCalled(WaveOutDevice& device) {
     std::unique_lock lock(device.mutex);
-    checkLocked(device, device.state.open, "called while closed");
-    checkLocked(device, !insideCallback, "called inside the callback");
+    device.checkLocked(device.state.open, "called while closed");
+    device.checkLocked(!insideCallback, "called inside the callback");
     return lock;
 }
 
@@ -74,7 +72,7 @@ std::vector<std::int16_t> samplesOf(const WAVEHDR& header) {
 void returnOldest(WaveOutDevice& device, std::unique_lock<std::mutex>& lock) {
     const Block block = std::move(device.queue.front());
     device.queue.pop_front();
-    checkLocked(device, samplesOf(*block.header) == block.samples, "touched while queued");
+    device.checkLocked(samplesOf(*block.header) == block.samples, "touched while queued");
     block.header->dwFlags = (block.header->dwFlags & ~WHDR_INQUEUE) | WHDR_DONE;
     lock.unlock();
     insideCallback = true;
@@ -143,9 +141,9 @@ void passTime() {
 MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* /*format*/, DWORD_PTR callback,
                      DWORD_PTR instance, DWORD flags) {
     const std::lock_guard lock(theDevice->mutex);
-    checkLocked(*theDevice, !theDevice->state.open, "opened twice");
-    checkLocked(*theDevice, id == WAVE_MAPPER && flags == CALLBACK_FUNCTION,
-                "opened in another way");
+    theDevice->checkLocked(!theDevice->state.open, "opened twice");
+    theDevice->checkLocked(id == WAVE_MAPPER && flags == CALLBACK_FUNCTION,
+                           "opened in another way");
     if (theDevice->script.openResult != MMSYSERR_NOERROR) {
         return theDevice->script.openResult;
     }
@@ -163,7 +161,7 @@ MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* /*format*/, 
 
 MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {
     const auto lock = lockCalled(*device);
-    checkLocked(*device, size == sizeof(WAVEHDR) && header->dwFlags == 0, "prepared a used header");
+    device->checkLocked(size == sizeof(WAVEHDR) && header->dwFlags == 0, "prepared a used header");
     if (++device->prepares == device->script.failingPrepare) {
         return MMSYSERR_ERROR;
     }
@@ -177,7 +175,7 @@ MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/)
     if (device->script.clings) {
         return MMSYSERR_ERROR;
     }
-    checkLocked(*device, (header->dwFlags & WHDR_INQUEUE) == 0, "unprepared while queued");
+    device->checkLocked((header->dwFlags & WHDR_INQUEUE) == 0, "unprepared while queued");
     --device->prepared;
     header->dwFlags &= ~WHDR_PREPARED;
     return MMSYSERR_NOERROR;
@@ -185,9 +183,9 @@ MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/)
 
 MMRESULT waveOutWrite(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
     const auto lock = lockCalled(*device);
-    checkLocked(*device, !device->resetting, "written after the reset");
-    checkLocked(*device, (header->dwFlags & WHDR_PREPARED) != 0, "written unprepared");
-    checkLocked(*device, (header->dwFlags & WHDR_INQUEUE) == 0, "written while queued");
+    device->checkLocked(!device->resetting, "written after the reset");
+    device->checkLocked((header->dwFlags & WHDR_PREPARED) != 0, "written unprepared");
+    device->checkLocked((header->dwFlags & WHDR_INQUEUE) == 0, "written while queued");
     header->dwFlags = (header->dwFlags & ~WHDR_DONE) | WHDR_INQUEUE;
     device->queue.push_back({header, samplesOf(*header)});
     if (!device->script.returnsByItself) {
@@ -215,8 +213,8 @@ MMRESULT waveOutClose(HWAVEOUT device) {
             device->prepared = 0;
             return MMSYSERR_ERROR;
         }
-        checkLocked(*device, device->prepared == 0, "closed with prepared headers");
-        checkLocked(*device, device->queue.empty(), "closed with queued buffers");
+        device->checkLocked(device->prepared == 0, "closed with prepared headers");
+        device->checkLocked(device->queue.empty(), "closed with queued buffers");
     }
     device->changed.notify_all();
     if (device->returning.joinable()) {
