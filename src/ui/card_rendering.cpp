@@ -137,11 +137,9 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     if (!card.used) {
         header += L" - EMPTY";
     }
-    // Strings cost far more than the test whether they are seen.
     const auto text = [&](const PixelRect& rect, std::wstring_view words, float size) {
         if (canvas.shows(rect)) {
-            drawCenteredText(canvas.graphics(), words, canvas.place(rect), onScreen(size),
-                             kDialogText);
+            drawCenteredText(canvas, words, rect, onScreen(size), kDialogText);
         }
     };
     text({rects.dialog.left, rects.dialog.top, rects.dialog.right, rects.dialog.top + headerHeight},

@@ -1,8 +1,10 @@
 #include "ui/drawing.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace percussomatic {
 
@@ -33,6 +35,32 @@ const std::wstring& standInFor(const wchar_t* name) {
         entry->second = face.data();
     }
     return entry->second;
+}
+
+// A string where it was drawn last, and the ground beneath it: the system takes longer for one than
+// we do for all else of a box.
+struct DrawnText {
+    PixelRect area;
+    std::wstring text;
+    float sizePixels;
+    std::uint32_t argb;
+    PixelImage ground, drawn;
+};
+
+PixelImage copied(const PixelView& view) {
+    PixelImage image = blankImage(view.width, view.height);
+    for (int y = 0; y < view.height; ++y) {
+        std::copy_n(view.row(y), view.width, viewOf(image).row(y));
+    }
+    return image;
+}
+
+bool shows(const PixelView& view, PixelImage& image) {
+    bool same = image.width == view.width && image.height == view.height;
+    for (int y = 0; same && y < view.height; ++y) {
+        same = std::equal(view.row(y), view.row(y) + view.width, viewOf(image).row(y));
+    }
+    return same;
 }
 
 } // namespace
@@ -148,16 +176,43 @@ void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rec
                    format.get(), brush.get());
 }
 
-void drawCenteredText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
+void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& rect,
                       float sizePixels, std::uint32_t argb) {
-    drawText(graphics, text, rect, {.sizePixels = sizePixels, .argb = argb});
+    constexpr std::size_t kMostTexts = 32; // of two sizes of the window
+    static std::vector<DrawnText> texts;   // one for each place
+    const auto draw = [&] {
+        drawText(canvas.graphics(), text, canvas.place(rect),
+                 {.sizePixels = sizePixels, .argb = argb});
+        GdipFlush(canvas.graphics(), FlushIntentionSync);
+    };
+    const PixelRect area = inflated(rect, kRedrawMargin);
+    if (intersected(area, canvas.region()) != area) {
+        draw();
+        return;
+    }
+    const PixelView view = canvas.pixels().part(canvas.place(area));
+    auto kept = std::ranges::find(texts, area, &DrawnText::area);
+    if (kept != texts.end() && kept->text == text && kept->sizePixels == sizePixels &&
+        kept->argb == argb && shows(view, kept->ground)) {
+        copyPixels(kept->drawn, 0, 0, view);
+        return;
+    }
+    if (kept == texts.end()) {
+        if (texts.size() == kMostTexts) {
+            texts.clear();
+        }
+        kept = texts.emplace(texts.end());
+    }
+    PixelImage ground = copied(view);
+    draw();
+    *kept = {area, std::wstring(text), sizePixels, argb, std::move(ground), copied(view)};
 }
 
 void drawBox(Canvas& canvas, const PixelRect& rect, std::wstring_view text, float sizePixels,
              const BoxColours& colours) {
     canvas.fill(rect, colours.fill);
     canvas.outline(rect, colours.edge);
-    drawCenteredText(canvas.graphics(), text, canvas.place(rect), sizePixels, colours.text);
+    drawCenteredText(canvas, text, rect, sizePixels, colours.text);
 }
 
 } // namespace percussomatic

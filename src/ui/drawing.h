@@ -60,7 +60,9 @@ struct TextStyle {
 // Centred both ways. A missing font has a stand-in; nothing where that is missing, too.
 void drawText(Gdiplus::GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
               const TextStyle& style);
-void drawCenteredText(Gdiplus::GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
+
+// In client pixels. What has been drawn there before is copied while text and ground stay the same.
+void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& rect,
                       float sizePixels, std::uint32_t argb);
 
 struct BoxColours {

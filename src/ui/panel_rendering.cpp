@@ -107,14 +107,20 @@ void paintRotary(Canvas& canvas, const PixelImage& picture, const PixelRect& rec
     drawTurned(canvas.graphics(), knob, canvas.place(rect), value * kFullTurnDeg);
 }
 
-void paintControls(Canvas& canvas, double scale) {
+// What the card dialog lets nothing be seen of; empty while it is closed.
+PixelRect hiddenArea(LayoutSize client) noexcept {
+    return cardPanel().cardsDialogOpen ? cardPanelRects(client).dialog : PixelRect{};
+}
+
+void paintControls(Canvas& canvas, double scale, const PixelRect& hidden) {
     const auto rows = controlRows();
     for (int index = 0; index < kControlCount; ++index) {
         if (!isInteractive(rows[static_cast<std::size_t>(index)])) {
             continue;
         }
         const PixelRect rect = controlClientRect(index, scale);
-        if (!overlap(rect, canvas.region())) {
+        const PixelRect reach = inflated(rect, rect.width() / 4); // of a dial that is turned
+        if (!overlap(rect, canvas.region()) || intersected(reach, hidden) == reach) {
             continue;
         }
         const PixelImage* picture = imageFor(index);
@@ -131,7 +137,6 @@ void paintControls(Canvas& canvas, double scale) {
 
 void paintStrip(Canvas& canvas, const PanelRects& rects) {
     const Sequencer& now = sequencer();
-    // Strings cost far more than the test whether they are seen.
     const auto box = [&](const PixelRect& rect, std::wstring_view text, float size,
                          std::uint32_t colour) {
         if (canvas.shows(rect)) {
@@ -246,8 +251,11 @@ void paintPanel(HWND window) {
 void composePanel(const PixelView& pixels, const PixelRect& region, LayoutSize client) {
     const double scale = viewScale(client.width, client.height);
     Canvas canvas(pixels, region);
-    copyPixels(backgroundCache(), -region.left, -region.top, pixels);
-    paintControls(canvas, scale);
+    const PixelRect hidden = hiddenArea(client);
+    for (const PixelRect& part : beside(hidden, {region})) {
+        copyPixels(backgroundCache(), -part.left, -part.top, pixels.part(canvas.place(part)));
+    }
+    paintControls(canvas, scale, hidden);
     paintOverlay(canvas, client, scale);
 }
 

@@ -1,5 +1,6 @@
 #include "ui/panel_rendering.h"
 
+#include "cards/card_panel.h"
 #include "sequencer/panel_state.h"
 #include "sequencer/sequencer.h"
 #include "ui/drawing.h"
@@ -154,6 +155,31 @@ TEST_F(PanelRendering, StaticPicturesLieOneOverTheOther) {
     for (std::size_t i = 0; i < plain.pixels.size(); ++i) {
         ASSERT_TRUE(controls.pixels[i] != 0 || panel.pixels[i] == plain.pixels[i]) << i;
     }
+}
+
+// Texts are copied from where they were drawn before, and nothing is drawn under the dialog.
+TEST_F(PanelRendering, KeptTextsShowWhatIsWrittenThereNow) {
+    constexpr PixelRect kLeft{0, 0, 500, kHeight}, kRight{500, 0, kWidth, kHeight}; // through BPM
+    const struct {
+        double bpm;
+        bool dialog;
+        int slot;
+    } states[] = {{120, false, 0}, {133, false, 0}, {133, true, 0}, {133, true, 9}, {120, true, 9}};
+    std::vector<std::vector<std::uint32_t>> seen;
+    for (int round = 0; round < 2; ++round) {
+        for (std::size_t i = 0; i < std::size(states); ++i) {
+            sequencer().bpm = states[i].bpm;
+            cardPanel().cardsDialogOpen = states[i].dialog;
+            cardPanel().dialogSlot = states[i].slot;
+            const Composed whole = compose();
+            // What crosses the edge is drawn anew; the filter may round edges of dials otherwise.
+            EXPECT_LE(worstDifference(compose(kLeft), whole), 48) << i;
+            EXPECT_LE(worstDifference(compose(kRight), whole), 48) << i;
+            EXPECT_EQ(std::ranges::count(seen, whole.pixels), round) << i;
+            seen.push_back(whole.pixels);
+        }
+    }
+    resetCardPanel();
 }
 
 TEST_F(PanelRendering, WritesInAnotherFontWhereOneIsMissing) {
