@@ -85,6 +85,7 @@ void showToolWindow(HWND window) {
 void hideToolWindow(HWND window) {
     HWND owner = GetWindow(window, GW_OWNER);
     ShowWindow(window, SW_HIDE);
+    serveWaitingSteps(); // this takes the system as long as showing it
     if (owner != nullptr && IsWindowEnabled(owner) != 0) { // not from a dialog over it
         SetForegroundWindow(owner);
         SetFocus(owner);
