@@ -78,10 +78,10 @@ void halveRows(const std::uint32_t* upper, const std::uint32_t* lower, int width
 // other stay as they are until a third is asked for.
 class HalvedRows {
 public:
-    HalvedRows(const PixelImage& image, int times)
-        : image_(image), width(image.width), height(image.height) {
+    HalvedRows(const PixelImage& picture, int times)
+        : width(picture.width), height(picture.height), picture_(picture) {
         if (times > 0) {
-            finer_ = std::make_unique<HalvedRows>(image, times - 1);
+            finer_ = std::make_unique<HalvedRows>(picture, times - 1);
             width = halfOf(finer_->width);
             height = halfOf(finer_->height);
             rows_[0].resize(static_cast<std::size_t>(width));
@@ -91,7 +91,7 @@ public:
 
     const std::uint32_t* row(int y) {
         if (finer_ == nullptr) {
-            return rowOf(image_, y);
+            return rowOf(picture_, y);
         }
         const auto place = static_cast<std::size_t>(y % 2);
         std::vector<std::uint32_t>& kept = rows_[place];
@@ -104,14 +104,13 @@ public:
         return kept.data();
     }
 
+    int width, height;
+
 private:
-    const PixelImage& image_;
+    const PixelImage& picture_;
     std::unique_ptr<HalvedRows> finer_; // null for the picture itself
     std::vector<std::uint32_t> rows_[2];
     int numbers_[2] = {-1, -1};
-
-public:
-    int width, height;
 };
 
 // Between which pixels of the source those of the target lie: the first of two, and how near to
@@ -136,31 +135,32 @@ Between between(int from, int to) {
 }
 
 // The picture at another size, at least half its own, with its corner at (left, top).
-void interpolate(HalvedRows& image, const PixelRect& shown, const PixelView& target) {
+void interpolate(HalvedRows& picture, const PixelRect& shown, const PixelView& target) {
     const PixelRect seen = intersected(shown, {0, 0, target.width, target.height});
     if (seen.width() <= 0) {
         return;
     }
-    const Between columns = between(image.width, shown.width());
-    const Between rows = between(image.height, shown.height());
+    const Between columns = between(picture.width, shown.width());
+    const Between rows = between(picture.height, shown.height());
     const auto begin = static_cast<std::size_t>(seen.left - shown.left);
     const auto end = static_cast<std::size_t>(seen.right - shown.left);
     const int firstX = columns.first[begin], lastX = columns.first[end - 1] + 1;
     // Both lines are longer than a row, so that fours need no end of their own, and the last pixel
     // has a neighbour, of which nothing is taken.
-    std::vector<std::uint32_t> line(static_cast<std::size_t>(image.width) + 4),
+    std::vector<std::uint32_t> line(static_cast<std::size_t>(picture.width) + 4),
         out(end - begin + 4);
     for (int y = seen.top; y < seen.bottom; ++y) {
         const auto place = static_cast<std::size_t>(y - shown.top);
-        const std::uint32_t* upper = image.row(rows.first[place]);
-        const std::uint32_t* lower = image.row(std::min(rows.first[place] + 1, image.height - 1));
+        const std::uint32_t* upper = picture.row(rows.first[place]);
+        const std::uint32_t* lower =
+            picture.row(std::min(rows.first[place] + 1, picture.height - 1));
         const __m128i weight = _mm_set1_epi32(static_cast<int>(rows.weight[place]));
         int x = firstX;
-        for (; x + 4 <= image.width && x <= lastX; x += 4) {
+        for (; x + 4 <= picture.width && x <= lastX; x += 4) {
             storeFour(&line[static_cast<std::size_t>(x)],
                       mixedFour(loadFour(upper + x), loadFour(lower + x), weight));
         }
-        if (const int rest = image.width - x; rest > 0 && rest < 4) {
+        if (const int rest = picture.width - x; rest > 0 && rest < 4) {
             std::uint32_t ends[2][4] = {};
             std::copy_n(upper + x, rest, ends[0]);
             std::copy_n(lower + x, rest, ends[1]);
