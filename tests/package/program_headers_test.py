@@ -47,6 +47,12 @@ class Programs(unittest.TestCase):
         for head, _ in self.programs():
             self.assertLessEqual({name.lower() for name in re.findall(r"DLL Name: (\S+)", head)}, SYSTEM_LIBRARIES)
 
+    def test_the_system_maps_them_instead_of_reading_them(self):
+        for head, _ in self.programs():
+            offsets = re.findall(r"^ +\d+ \.\w+ +\w+ +\w+ +\w+ +(\w+)", head, re.MULTILINE)
+            self.assertGreater(len(offsets), 5)
+            self.assertEqual([offset for offset in offsets if int(offset, 16) % 4096], [])
+
     def test_no_date_and_no_folder_of_the_build_are_inside(self):
         for head, program in self.programs():
             self.assertRegex(head, r"Time/Date\s+Thu Jan  1 00:00:00 1970")
