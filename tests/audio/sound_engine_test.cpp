@@ -47,7 +47,8 @@ TEST(SoundEngineTest, RenderAllocatesNothing) {
 using Engine = SoundEngine;
 
 void loadShortWave(Engine& engine) {
-    static const Bytes file = WaveBuilder().format({}).values16({8000, 0, 8000, 0}).bytes();
+    const std::vector<std::int16_t> frames(3000, 8000);
+    const Bytes file = WaveBuilder().format({.sampleRate = 96000}).values16(frames).bytes();
     engine.loadSample(file.data(), file.size());
 }
 
@@ -76,8 +77,9 @@ constexpr Turn kTurns[] = {
 };
 
 // One thread changes, one reads, this one renders, all through the same operation at a time. The
-// verdict is the thread sanitizer's: the threads keep step by relaxed atomics, so that only the
-// engine's mutex may order them. Without it, this still finds a lock taken twice.
+// verdict is the thread sanitizer's: the threads keep step by relaxed atomics, and no other lock
+// comes in between, so that only the engine's mutex may order them. Without it, this still finds a
+// lock taken twice.
 TEST(SoundEngineThreads, OperationsAndRendersMeetOnlyAtTheMutex) {
     SoundEngine engine;
     engine.prepareForDevice();

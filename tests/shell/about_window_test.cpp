@@ -1,4 +1,5 @@
 #include "app/about_window.h"
+#include "shell/owner_window.h"
 #include "ui/display_scale.h"
 #include "ui/owned.h"
 
@@ -12,12 +13,11 @@ namespace percussomatic {
 namespace {
 
 TEST(AboutWindow, EveryLineIsWholeAndApartFromTheOthers) {
-    HWND owner = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 800, 600, nullptr, nullptr,
-                                 nullptr, nullptr);
+    const OwnerWindow owner;
     const int owned = ownedObjects;
     for (const int dpi : {96, 144, 192}) {
         displayDpi() = dpi;
-        showAboutWindow(owner);
+        showAboutWindow(owner.handle);
         HWND window = GetActiveWindow();
         ASSERT_TRUE(IsWindowVisible(window));
         RECT client{}, common{};
@@ -52,7 +52,6 @@ TEST(AboutWindow, EveryLineIsWholeAndApartFromTheOthers) {
         EXPECT_EQ(ownedObjects, owned);
     }
     displayDpi() = kWrittenDpi;
-    DestroyWindow(owner);
 }
 
 } // namespace

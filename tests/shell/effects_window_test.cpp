@@ -20,8 +20,6 @@ protected:
     void SetUp() override {
         selectPreset(0);
         soundEngine().setEffectEnabled(false);
-        owner_ = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 100, 60, 600, 400,
-                                 nullptr, nullptr, nullptr, nullptr);
     }
     void TearDown() override {
         DestroyWindow(owner_);
@@ -34,45 +32,36 @@ protected:
         return ownedWindow(owner_, L"PercussomaticEffectsWindow");
     }
 
-    HWND owner_ = nullptr;
+    OwnerWindow own_;
+    HWND owner_ = own_.handle;
     int owned_ = ownedObjects;
 };
 
 struct Written {
     const wchar_t* text; // none for a trackbar
-    int id, x, y, width, height, fontPixels, weight;
+    int id;
+    WrittenPlace place;
+    int fontPixels, weight;
 };
 
 // One of each kind, in both columns.
 constexpr Written kWritten[] = {
-    {L"PERCUSOMATIC  /  EFFECTS", 0, 22, 14, 430, 30, 24, 700},
-    {L"ENABLE EFFECT", kEnable, 535, 15, 145, 26, 16, 600},
-    {L"STADIUM", kPreset + 3, 520, 56, 152, 38, 16, 600},
-    {L"REVERB PARAMETERS", 0, 22, 458, 260, 22, 16, 600},
-    {L"Triangle", 0, 357, 146, 125, 20, 14, 400},
-    {L"Stereo Width", 0, 22, 612, 115, 20, 14, 400},
-    {nullptr, 2005, 148, 391, 180, 30, 0, 0},
-    {nullptr, 2114, 473, 487, 190, 30, 0, 0},
-    {nullptr, 2115, 473, 527, 190, 30, 0, 0}, // not shown
+    {L"PERCUSOMATIC  /  EFFECTS", 0, {22, 14, 430, 30}, 24, 700},
+    {L"ENABLE EFFECT", kEnable, {535, 15, 145, 26}, 16, 600},
+    {L"STADIUM", kPreset + 3, {520, 56, 152, 38}, 16, 600},
+    {L"REVERB PARAMETERS", 0, {22, 458, 260, 22}, 16, 600},
+    {L"Triangle", 0, {357, 146, 125, 20}, 14, 400},
+    {L"Stereo Width", 0, {22, 612, 115, 20}, 14, 400},
+    {nullptr, 2005, {148, 391, 180, 30}, 0, 0},
+    {nullptr, 2114, {473, 487, 190, 30}, 0, 0},
+    {nullptr, 2115, {473, 527, 190, 30}, 0, 0}, // not shown
 };
-
-void expectPlace(HWND origin, HWND placed, const Written& written) {
-    RECT place{};
-    GetWindowRect(placed, &place);
-    MapWindowPoints(nullptr, origin, reinterpret_cast<POINT*>(&place), 2);
-    const auto scaled = [](int pixels) { return (pixels * displayDpi() + 48) / 96; };
-    EXPECT_EQ(place.left, scaled(written.x));
-    EXPECT_EQ(place.top, scaled(written.y));
-    EXPECT_EQ(place.right - place.left, scaled(written.width));
-    EXPECT_EQ(place.bottom - place.top, // the system makes no window higher than the screen
-              std::min(scaled(written.height), GetSystemMetrics(SM_CYMAXTRACK)));
-}
 
 TEST_F(EffectsWindow, LooksAsWrittenAtEveryDisplaySetting) {
     for (const int dpi : {96, 144, 192}) {
         displayDpi() = dpi;
         HWND window = show();
-        expectPlace(owner_, window, {nullptr, 0, 40, 45, 720, 735, 0, 0});
+        expectPlace(owner_, window, {40, 45, 720, 735});
         EXPECT_EQ(GetWindowLongW(window, GWL_STYLE) & ~WS_CLIPSIBLINGS,
                   WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_VISIBLE);
         EXPECT_TRUE(GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW);
@@ -80,8 +69,8 @@ TEST_F(EffectsWindow, LooksAsWrittenAtEveryDisplaySetting) {
             const bool bar = written.text == nullptr;
             HWND control = bar ? GetDlgItem(window, written.id)
                                : FindWindowExW(window, nullptr, nullptr, written.text);
-            SCOPED_TRACE(written.y);
-            expectPlace(window, control, written);
+            SCOPED_TRACE(written.place.y);
+            expectPlace(window, control, written.place);
             EXPECT_EQ(GetDlgCtrlID(control), written.id);
             EXPECT_EQ(IsWindowVisible(control) != 0, written.id != 2115);
             EXPECT_EQ(SendMessageW(control, TBM_GETRANGEMAX, 0, 0), bar ? 100 : 0);

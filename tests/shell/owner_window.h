@@ -1,7 +1,12 @@
 #pragma once
 
+#include "ui/display_scale.h"
+
+#include <gtest/gtest.h>
+
 #include <windows.h>
 
+#include <algorithm>
 #include <deque>
 #include <functional>
 
@@ -48,6 +53,23 @@ inline HWND ownedWindow(HWND owner, const wchar_t* windowClass) {
         found = FindWindowExW(nullptr, found, windowClass, nullptr);
     } while (found != nullptr && GetWindow(found, GW_OWNER) != owner);
     return found;
+}
+
+struct WrittenPlace {
+    int x, y, width, height; // pixels at 96 DPI
+};
+
+// A window in the client area of another, in the display's size.
+inline void expectPlace(HWND origin, HWND placed, const WrittenPlace& written) {
+    RECT place{};
+    GetWindowRect(placed, &place);
+    MapWindowPoints(nullptr, origin, reinterpret_cast<POINT*>(&place), 2);
+    const auto scaled = [](int pixels) { return (pixels * displayDpi() + 48) / 96; };
+    EXPECT_EQ(place.left, scaled(written.x));
+    EXPECT_EQ(place.top, scaled(written.y));
+    EXPECT_EQ(place.right - place.left, scaled(written.width));
+    EXPECT_EQ(place.bottom - place.top, // the system makes no window higher than the screen
+              std::min(scaled(written.height), GetSystemMetrics(SM_CYMAXTRACK)));
 }
 
 } // namespace percussomatic

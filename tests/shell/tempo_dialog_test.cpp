@@ -9,7 +9,7 @@ namespace percussomatic {
 namespace {
 
 constexpr wchar_t kClass[] = L"PercussomaticBpmEditDialog";
-constexpr int kEdit = 3101, kOk = 3102;
+constexpr int kEdit = 3101, kOk = 3102, kCancel = 3103;
 
 void click(HWND dialog, int button) {
     SendMessageW(GetDlgItem(dialog, button), BM_CLICK, 0, 0);
@@ -41,6 +41,28 @@ double run(Action action) {
     EXPECT_EQ(IsWindowEnabled(owner.handle), IsWindow(owner.handle));
     EXPECT_EQ(ownedObjects, owned);
     return accepted ? bpm : 0.0;
+}
+
+TEST(TempoDialog, HasItsControlsInTheSizeOfTheDisplay) {
+    constexpr WrittenPlace kPlaces[] = {{20, 17, 250, 24},
+                                        {20, 43, 250, 20},
+                                        {20, 70, 264, 32},
+                                        {46, 120, 92, 32},
+                                        {166, 120, 92, 32}};
+    for (const int dpi : {96, 144, 192}) {
+        displayDpi() = dpi;
+        run([&](OwnerWindow&, HWND dialog) {
+            expectReadyToType(dialog, L"119");
+            HWND control = GetWindow(dialog, GW_CHILD);
+            for (const WrittenPlace& place : kPlaces) {
+                expectPlace(dialog, control, place);
+                control = GetWindow(control, GW_HWNDNEXT);
+            }
+            EXPECT_EQ(control, nullptr);
+            click(dialog, kCancel);
+        });
+    }
+    displayDpi() = kWrittenDpi;
 }
 
 TEST(TempoDialog, TakesATempoOrSaysWhyNotByItsButtonsAndNoKey) {

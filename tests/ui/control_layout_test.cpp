@@ -33,6 +33,17 @@ TEST_F(ControlLayout, StepButtonsAreNumberedToTheEndOfTheirNames) {
     }
 }
 
+TEST_F(ControlLayout, KindsComeFromNamesPicturesAndTypes) {
+    ControlRow row = rowNamed("X");
+    row.image = "SLIDER.png";
+    EXPECT_TRUE(isSlider(row));
+    row.type = "imagetogglebutton";
+    EXPECT_FALSE(isToggle(row)) << "exact, unlike all others";
+    EXPECT_TRUE(isRotary(rowNamed("ROTARY_002")) && !isInteractive(rowNamed("rotary_003")));
+    EXPECT_EQ(findControl("PW_001"), findControl("pw_001"));
+    EXPECT_EQ(findControl("pw_00"), kNoControl);
+}
+
 TEST_F(ControlLayout, ViewScaleFitsTheWholePanelAndRectanglesAreOnePixelGenerous) {
     EXPECT_EQ(viewScale(1618, 1040), 1618.0 / 8019.0);
     EXPECT_EQ(viewScale(1619, 1040), kFullHdScale);
