@@ -3,7 +3,7 @@
 
 #include "busy_engine.h"
 #include "rounds.h"
-#include "support/plain_engine.h"
+#include "support/reference_engine.h"
 
 #include <string>
 
@@ -23,7 +23,7 @@ void processBlock(lumivarda::dsp::Plate70Reverb& reverb, float* left, float* rig
     reverb.processBlock(left, right, left, right, kDeviceBufferFrames);
 }
 
-void processBlock(plain::PlainReverb& reverb, float* left, float* right) {
+void processBlock(reference::ReferenceReverb& reverb, float* left, float* right) {
     for (std::size_t frame = 0; frame < kDeviceBufferFrames; ++frame) {
         const auto wet = reverb.process(left[frame], right[frame]);
         left[frame] = wet.left;
@@ -56,14 +56,15 @@ void registerBenchmarks() {
             const std::string name =
                 std::to_string(voices) + " voices, effect " + (effect ? "on" : "off");
             RegisterBenchmark(name.c_str(), renderVoices<SoundEngine>, voices, effect);
-            RegisterBenchmark((name + againstPlain).c_str(), renderVoices<plain::PlainEngine>,
-                              voices, effect);
+            RegisterBenchmark((name + againstPlain).c_str(),
+                              renderVoices<reference::ReferenceEngine>, voices, effect);
         }
     }
     for (const bool silent : {false, true}) {
         const std::string name = std::string("reverb alone, ") + (silent ? "silence" : "signal");
         RegisterBenchmark(name.c_str(), reverbAlone<lumivarda::dsp::Plate70Reverb>, silent);
-        RegisterBenchmark((name + againstPlain).c_str(), reverbAlone<plain::PlainReverb>, silent);
+        RegisterBenchmark((name + againstPlain).c_str(), reverbAlone<reference::ReferenceReverb>,
+                          silent);
     }
 }
 

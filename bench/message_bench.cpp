@@ -4,15 +4,15 @@
 // message in which none of them was served is what counts. Prints the worst and the median of each
 // kind. Run it in a folder of its own: it saves cards.
 
-#include "app/main_window.h"
-#include "app/start_up.h"
 #include "cards/card_panel.h"
-#include "midi/midi_input.h"
+#include "panel/control_geometry.h"
+#include "panel/panel_rects.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/system.h"
-#include "ui/control_layout.h"
-#include "ui/message_loop.h"
-#include "ui/panel_rects.h"
+#include "win32/app/main_window.h"
+#include "win32/app/start_up.h"
+#include "win32/midi/midi_input.h"
+#include "win32/windows/message_loop.h"
 
 #include <windows.h>
 

@@ -2,14 +2,14 @@
 // times each kind of repaint on its real window. Prints milliseconds (median, worst) and the share
 // of a full repaint.
 
-#include "app/start_up.h"
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
-#include "sequencer/panel_state.h"
+#include "panel/control_geometry.h"
+#include "panel/panel_state.h"
+#include "redraw.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/system.h"
-#include "ui/control_layout.h"
-#include "ui/redraw.h"
+#include "win32/app/start_up.h"
 
 #include <windows.h>
 

@@ -3,18 +3,18 @@
 // cards.
 
 #include "audio/sound_engine.h"
-#include "audio/wave_out.h"
 #include "cards/card_panel.h"
-#include "midi/midi_input.h"
 #include "midi/midi_state.h"
-#include "sequencer/panel_state.h"
+#include "panel/layout_scale.h"
+#include "panel/panel_state.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/system.h"
-#include "ui/gdiplus_flat.h"
-#include "ui/images.h"
-#include "ui/layout_scale.h"
-#include "ui/panel_rendering.h"
-#include "ui/screen_pixels.h"
+#include "win32/audio/wave_out.h"
+#include "win32/graphics/gdiplus_flat.h"
+#include "win32/graphics/images.h"
+#include "win32/graphics/screen_pixels.h"
+#include "win32/midi/midi_input.h"
+#include "win32/view/panel_rendering.h"
 
 #include <cstdio>
 
@@ -29,7 +29,7 @@ void timed(const char* what, Work work) {
 }
 
 void startInSteps() {
-    const LayoutSize size =
+    const Size size =
         initialWindowSize(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), 1.0);
     ULONG_PTR token = 0;
     HWND window = nullptr;

@@ -1,10 +1,10 @@
 // The instrument with a log of its steps, for step_times.py: when the clock posted each of them and
 // when the panel had served it, in nanoseconds. Left in steps.txt at the end.
 
-#include "app/main_window.h"
-#include "app/start_up.h"
 #include "sequencer/system.h"
-#include "ui/message_loop.h"
+#include "win32/app/main_window.h"
+#include "win32/app/start_up.h"
+#include "win32/windows/message_loop.h"
 
 #include <windows.h>
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cross toolchain: MinGW-w64 with POSIX threads, programs run through Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

@@ -1,14 +1,14 @@
-# What players are given: the install rules, and the archives and the installer that ./package has CPack
-# make of them.
+# SPDX-License-Identifier: MIT
+# What players are given: the install rules, from which ./package lets CPack make the archives and the installer.
 
 set(manual_chapters ${CMAKE_SOURCE_DIR}/docs/manual.md ${CMAKE_SOURCE_DIR}/docs/midi.md
-    ${CMAKE_SOURCE_DIR}/docs/companion-tool.md)
+    ${CMAKE_SOURCE_DIR}/docs/companion-tool.md ${CMAKE_SOURCE_DIR}/docs/card-format.md)
 file(GLOB manual_pictures CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/docs/pictures/*)
 set(manual_maker ${CMAKE_SOURCE_DIR}/packaging/make_manual.py)
 set(manual ${CMAKE_BINARY_DIR}/Manual.html)
 add_custom_command(
     OUTPUT ${manual}
-    COMMAND /usr/bin/python3 ${manual_maker} ${PROJECT_VERSION} ${manual} ${manual_chapters}
+    COMMAND ${Python3_EXECUTABLE} ${manual_maker} ${PROJECT_VERSION} ${manual} ${manual_chapters}
     DEPENDS ${manual_maker} ${CMAKE_SOURCE_DIR}/packaging/manual.css ${manual_chapters} ${manual_pictures}
     COMMENT "Making the manual" VERBATIM)
 add_custom_target(manual DEPENDS ${manual})
@@ -27,7 +27,7 @@ else()
     set(CPACK_PACKAGE_FILE_NAME percussomatic-card-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
 endif()
 
-# CPack's own archives depend on the order of folders and on who packs; ours do not.
+# The archives of CPack itself depend on the order of folders and on the user who packs; ours do not.
 set(CPACK_GENERATOR External)
 set(CPACK_EXTERNAL_ENABLE_STAGING ON)
 set(CPACK_EXTERNAL_PACKAGE_SCRIPT ${CMAKE_SOURCE_DIR}/packaging/pack.cmake)

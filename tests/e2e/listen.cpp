@@ -9,9 +9,9 @@
 
 #include "listen_recording.h"
 
+#include "assets/assets.h"
 #include "audio/sound_engine.h"
 #include "sequencer/sequencer.h"
-#include "ui/assets.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -92,7 +92,8 @@ void checkCard(const PunchCard& card) {
         units = units && isUnit(value);
     }
     require(card.used && units, "volumes and sends are within 0 and 1");
-    require(panelLength(card.sequenceLength) == card.sequenceLength, "the panel has the length");
+    require(supportedLength(card.sequenceLength) == card.sequenceLength,
+            "the panel has the length");
 
     const std::string written = writePunchCard(card, 3);
     CardReport report;

@@ -1,5 +1,5 @@
 #include "fuzz/fuzzing.h"
-#include "ui/icon_directory.h"
+#include "graphics/icon_directory.h"
 
 #include <functional>
 

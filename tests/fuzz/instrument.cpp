@@ -4,23 +4,26 @@
 #include "cards/card_file.h"
 #include "cards/card_panel.h"
 #include "fuzz/invariants.h"
+#include "input/panel_input.h"
 #include "midi/midi_clock.h"
 #include "midi/midi_connection.h"
-#include "midi/midi_glide.h"
 #include "midi/midi_learn.h"
 #include "midi/midi_message.h"
-#include "sequencer/front_panel.h"
+#include "panel/control_geometry.h"
+#include "panel/control_names.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
 #include "sequencer/tempo_text.h"
 #include "sequencer/transport.h"
-#include "support/recorded_screen.h"
+#include "support/fake_screen.h"
 #include "support/virtual_clock.h"
+#include "system_time.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
 #include <limits>
+#include <map>
 #include <string>
 
 namespace percussomatic::fuzz {
@@ -56,8 +59,8 @@ void fillCard(Input& input) {
                   [&] { return input.byte() & 1; });
     card.effectEnabled = input.flag();
     card.effectPreset = input.word();
-    for (float* value : {&card.effectReturn, &card.effectRoomSize, &card.effectDamping,
-                         &card.effectWidth, &card.effectPreDelayMs}) {
+    for (float* value : {&card.effect.effectReturn, &card.effect.roomSize, &card.effect.damping,
+                         &card.effect.width, &card.effect.preDelayMs}) {
         *value = cardValue(input);
     }
     std::generate(card.effectSends.begin(), card.effectSends.end(),
@@ -65,8 +68,8 @@ void fillCard(Input& input) {
     const int slot = cardPanel().dialogSlot;
     const auto read = parsePunchCard(writePunchCard(card, slot));
     require(read.has_value(), "a written card is read");
-    cardPanel().slots[static_cast<std::size_t>(slot)] = *read;
-    cardPanel().slots[static_cast<std::size_t>(slot)].hasSettings = input.flag(); // not the oldest
+    cardPanel().slot(slot) = *read;
+    cardPanel().slot(slot).hasSettings = input.flag(); // not the oldest
 }
 
 // What has been written of the slot shown can be read again.
@@ -96,26 +99,6 @@ void handleMessage(int status, Input& input) {
     handleMidiMessage(static_cast<std::uint32_t>(status) | first << 8 | second << 16);
 }
 
-// As the main window's procedure has it. False when the program ends.
-bool fireTimers() {
-    for (const auto& [timer, period] : std::map(recordedSystem().timers)) {
-        switch (timer) {
-        case WindowTimer::powerOff:
-            return false;
-        case WindowTimer::cardInsertion:
-            cardInsertionTick();
-            if (cardPanel().cardInserted) {
-                endGlides();
-            }
-            break;
-        case WindowTimer::midiGlide:
-            midiSmoothingTick();
-            break;
-        }
-    }
-    return true;
-}
-
 // After every act.
 void lookThrough() {
     takeRedraws();
@@ -133,69 +116,38 @@ Instrument::Instrument() : recordings_(loadedRecordings()), client_{1618, 1040} 
 }
 
 double Instrument::scale() const {
-    return viewScale(client_.width, client_.height);
+    return viewScale(client_);
 }
 
 void Instrument::pass(std::int64_t ns) {
     passTimeTo(counterNs() + ns);
-    recordedSystem().tickCountMs += static_cast<std::uint32_t>(ns / kNsPerMs);
+    fakeSystem().tickCountMs += static_cast<std::uint32_t>(ns / kNsPerMs);
     for (std::size_t ticks = takePostedTicks().size(); ticks > 0; --ticks) {
         onStepTick();
         require(!sequencer().running || sequencer().currentStep < sequencer().sequenceLength,
                 "a tick leads to a step below the length");
     }
-    ended_ = !fireTimers();
+    for (const auto& [timer, period] : std::map(fakeSystem().timers)) {
+        ended_ = ended_ || fireTimer(timer).request == Request::closeWindow;
+    }
 }
 
 void Instrument::press(PixelPoint client, Input& input) {
     cursor_ = client;
-    switch (panelCommandAt(client, cardPanelRects(client_))) {
-    case PanelCommand::none:
-        if (!learnClick(client, scale()) && !beginRotaryDrag(client, scale()) &&
-            !beginSliderDrag(client, scale())) {
-            pressControl(client, scale());
-        }
-        break;
-    case PanelCommand::cards:
-        toggleCardsDialog();
-        break;
-    case PanelCommand::previousCard:
-        showPreviousCard();
-        break;
-    case PanelCommand::nextCard:
-        showNextCard();
-        break;
-    case PanelCommand::title:
+    const Request request = pressPanel(client, client_).request;
+    if (request == Request::askTitle) {
         setCardTitle(typed(input));
-        checkFile();
-        break;
-    case PanelCommand::save:
-        saveCard();
-        checkFile();
-        break;
-    case PanelCommand::load:
-        beginCardInsertion(client_);
-        break;
-    case PanelCommand::cancel:
-        closeCardsDialog();
-        break;
-    case PanelCommand::tempo:
-        if (const auto bpm = tempoOfText(typed(input)); bpm && !sequencer().externalSync) {
+    } else if (request == Request::askTempo) {
+        if (const auto bpm = tempoOfText(typed(input)); bpm) {
             setTempoBpm(*bpm);
         }
-        break;
-    default: // opens a window, or nothing happens
-        break;
     }
+    checkFile();
 }
 
 void Instrument::move(int byX, int byY, bool fine) {
     cursor_ = {cursor_.x + byX, cursor_.y + byY};
-    if (panelState().rotaryDragIndex != kNoControl) {
-        dragRotary(cursor_.y, fine);
-    } else if (panelState().sliderDragIndex != kNoControl) {
-        dragSlider(cursor_.x, scale());
-    }
+    movePointer(cursor_, client_, fine);
 }
 
 void Instrument::play(std::uint32_t frames) {
@@ -206,8 +158,7 @@ void Instrument::play(std::uint32_t frames) {
 }
 
 void Instrument::perform(int number, Input& input) {
-    constexpr LayoutSize kSizes[] = {{1618, 1040}, {400, 260}, {120, 90},
-                                     {1, 1},       {0, 0},     {7995, 300}};
+    constexpr Size kSizes[] = {{1618, 1040}, {400, 260}, {120, 90}, {1, 1}, {0, 0}, {7995, 300}};
     const auto middle = [](const PixelRect& rect) {
         return PixelPoint{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
     };
@@ -226,15 +177,14 @@ void Instrument::perform(int number, Input& input) {
         break;
     }
     case 3:
-        releaseControls();
-        endRotaryDrag();
-        endSliderDrag();
+        releasePointer();
         break;
     case 4: {
-        const PixelRect rotary =
-            controlClientRect(findControl(input.flag() ? "rotary_001" : "rotary_002"), scale());
+        const PixelRect rotary = controlClientRect(
+            findControl(input.flag() ? control::kMasterRotary : control::kTempoRotary), scale());
         const int delta = input.word();
-        turnWheel(middle(rotary), scale(), delta, input.flag());
+        turnWheelAt(middle(rotary), client_,
+                    {.delta = delta, .control = false, .shift = input.flag()});
         break;
     }
     case 5:

@@ -2,8 +2,8 @@
 
 #include "fuzz/fuzzing.h"
 #include "fuzz/sound.h"
-#include "support/recorded_midi.h"
-#include "ui/control_layout.h"
+#include "panel/control_geometry.h"
+#include "support/fake_midi.h"
 
 #include <cstdint>
 
@@ -33,7 +33,7 @@ private:
 
     const Indices& recordings_; // before the tiny ones: the sends go by the first indices
     FreshMidi fresh_;
-    LayoutSize client_;
+    Size client_;
     PixelPoint cursor_;
     std::uint32_t framesLeft_ = 8192; // renders take most of the time
     bool ended_ = false;

@@ -1,15 +1,18 @@
 #include "fuzz/invariants.h"
+#include "panel/control_state.h"
+#include "panel/panel_state.h"
+#include "sequencer/lamps.h"
 
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
 #include "fuzz/fuzzing.h"
+#include "input/panel_controls.h"
 #include "midi/midi_glide.h"
 #include "midi/midi_state.h"
-#include "sequencer/front_panel.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
 #include "sequencer/transport.h"
-#include "support/recorded_system.h"
+#include "support/fake_system.h"
 
 #include <algorithm>
 #include <mutex>
@@ -35,9 +38,10 @@ void checkPanel() {
 
 void checkSequencer() {
     const Sequencer& now = sequencer();
-    require(now.currentStep < kStepCount && panelLength(now.sequenceLength) == now.sequenceLength,
+    require(now.currentStep < kStepCount &&
+                supportedLength(now.sequenceLength) == now.sequenceLength,
             "step and length exist");
-    require(now.bpm >= kLeastBpm && now.bpm <= kMostBpm, "the tempo is within 40 and 240");
+    require(now.bpm >= kMinBpm && now.bpm <= kMaxBpm, "the tempo is within 40 and 240");
     require(now.beatLampShown == beatLampLit(), "the beat lamp shows what it should");
     const std::lock_guard lock(stepClock().mutex);
     const bool ticking = now.running && !now.externalSync;
@@ -57,7 +61,7 @@ void checkMidi() {
     const auto& targets = midiState().midiTargetValue;
     const bool gliding = std::any_of(targets.begin(), targets.end(),
                                      [](double target) { return target != kNoMidiTarget; });
-    require(recordedSystem().timers.contains(WindowTimer::midiGlide) == gliding,
+    require(fakeSystem().timers.contains(WindowTimer::midiGlide) == gliding,
             "the glide's timer runs while something glides");
     require(midiState().clockTickCount < 6, "six pulses are a step");
 }
@@ -67,7 +71,7 @@ void checkCardsAndVoices() {
     require(cards.dialogSlot >= 0 && cards.dialogSlot < kCardSlots && cards.columnsLoaded >= 0 &&
                 cards.columnsLoaded <= kStepCount,
             "slot and column exist");
-    require(recordedSystem().timers.contains(WindowTimer::cardInsertion) == cards.insertingCard,
+    require(fakeSystem().timers.contains(WindowTimer::cardInsertion) == cards.insertingCard,
             "the reader's timer runs while a card is read");
     const SoundEngine& engine = soundEngine();
     for (const Voice& voice : engine.voices) {

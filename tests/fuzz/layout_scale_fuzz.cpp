@@ -1,5 +1,5 @@
 #include "fuzz/fuzzing.h"
-#include "ui/layout_scale.h"
+#include "panel/layout_scale.h"
 
 #include <cmath>
 #include <fstream>
@@ -16,7 +16,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     writeLayoutScale(kLayoutScaleFile, scale);
     require(std::abs(readLayoutScale(kLayoutScaleFile) - scale) <= 0.0005 + 1e-9,
             "it comes back from the file");
-    const LayoutSize window = initialWindowSize(1920, 1080, scale);
+    const Size window = initialWindowSize(1920, 1080, scale);
     require(window.width >= 120 && window.width <= 1920 && window.height >= 90 &&
                 window.height <= 1080,
             "the window fits the screen");

@@ -3,7 +3,7 @@
 #include "midi/midi_mapping.h"
 #include "midi/midi_profile.h"
 #include "midi/midi_state.h"
-#include "support/recorded_midi.h"
+#include "support/fake_midi.h"
 
 #include <algorithm>
 #include <string>
@@ -46,7 +46,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
     const FreshMidi instrument;
     setSettingsText({settings.begin(), settings.end()});
-    recordedMidi().legacyMap = text.substr(legacy);
+    fakeMidi().legacyMap = text.substr(legacy);
     midiPortOpened(L"Keys");
 
     const std::vector<MidiMapping> mappings = midiState().mappings;

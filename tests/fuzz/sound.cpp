@@ -3,7 +3,7 @@
 #include "audio/effect_choice.h"
 #include "audio/effect_controls.h"
 #include "audio/sound_engine.h"
-#include "support/plain_engine.h"
+#include "support/reference_engine.h"
 
 #include <algorithm>
 #include <limits>
@@ -35,7 +35,7 @@ constexpr std::array<Recording, 2 * kLineCount> kRecordings{{
 }};
 
 // Beside the engine; what it does not know by itself is copied from there before each render.
-plain::PlainEngine plainEngine;
+reference::ReferenceEngine referenceEngine;
 bool plainTail = false; // its reverb holds something
 
 Indices loadRecordings() {
@@ -55,24 +55,24 @@ Indices loadRecordings() {
         bank.push_back(std::move(sample));
     }
     soundEngine().prepareForDevice();
-    plainEngine.prepareForDevice();
+    referenceEngine.prepareForDevice();
     return indices;
 }
 
 void copyToPlain(const SoundEngine& engine) {
-    plainEngine.outputMuted = engine.outputMuted != 0;
-    plainEngine.stopAllVoicesRequest = engine.stopAllVoicesRequest != 0;
-    plainEngine.masterVolume = engine.masterVolume;
-    plainEngine.setAutoStop(engine.autoStopEnabled, engine.silenceThreshold, engine.silenceHoldMs,
-                            engine.minPlayMs);
-    plainEngine.sends = engine.sends;
-    plainEngine.effectEnabled = engine.effectEnabled;
-    plainEngine.effectReturn = engine.effectReturn;
-    plainEngine.reverb.roomSize = engine.effectRoomSize;
-    plainEngine.reverb.damping = engine.effectDamping;
-    plainEngine.reverb.width = engine.effectWidth;
-    plainEngine.reverb.preDelayMs = engine.effectPreDelayMs;
-    plainEngine.voices = engine.voices;
+    referenceEngine.outputMuted = engine.outputMuted != 0;
+    referenceEngine.stopAllVoicesRequest = engine.stopAllVoicesRequest != 0;
+    referenceEngine.masterVolume = engine.masterVolume;
+    referenceEngine.setAutoStop(engine.autoStopEnabled, engine.silenceThreshold,
+                                engine.silenceHoldMs, engine.minPlayMs);
+    referenceEngine.sends = engine.sends;
+    referenceEngine.effectEnabled = engine.effectEnabled;
+    referenceEngine.effectReturn = engine.effect.effectReturn;
+    referenceEngine.reverb.roomSize = engine.effect.roomSize;
+    referenceEngine.reverb.damping = engine.effect.damping;
+    referenceEngine.reverb.width = engine.effect.width;
+    referenceEngine.reverb.preDelayMs = engine.effect.preDelayMs;
+    referenceEngine.voices = engine.voices;
 }
 
 } // namespace
@@ -84,8 +84,8 @@ const Indices& loadedRecordings() {
 
 void resetSound() {
     SoundEngine& engine = soundEngine();
-    if (plainEngine.samples.size() != engine.samples.size()) {
-        plainEngine.samples = engine.samples;
+    if (referenceEngine.samples.size() != engine.samples.size()) {
+        referenceEngine.samples = engine.samples;
     }
     engine.voices = {};
     engine.setAutoStop(true, 1e-5f, 100, 50);
@@ -98,7 +98,7 @@ void resetSound() {
 
 void clearPlainTail() {
     if (plainTail && !soundEngine().effectEnabled) {
-        plainEngine.reverb.reset();
+        referenceEngine.reverb.reset();
         plainTail = false;
     }
 }
@@ -109,11 +109,11 @@ void render(std::uint32_t frames) {
     plainTail = plainTail || engine.effectEnabled;
     std::vector<std::int16_t> out(2 * std::size_t{frames}), expected(out.size());
     engine.renderBlock(out.data(), frames);
-    plainEngine.renderBlock(expected.data(), frames);
+    referenceEngine.renderBlock(expected.data(), frames);
     require(out == expected, "a render is what the plain engine renders");
     require(std::count(out.begin(), out.end(), std::numeric_limits<std::int16_t>::min()) == 0,
             "-32768 is never written");
-    require(std::equal(engine.voices.begin(), engine.voices.end(), plainEngine.voices.begin(),
+    require(std::equal(engine.voices.begin(), engine.voices.end(), referenceEngine.voices.begin(),
                        [](const Voice& a, const Voice& b) {
                            return a.active == b.active && a.position == b.position &&
                                   a.silentFrames == b.silentFrames &&
@@ -122,7 +122,7 @@ void render(std::uint32_t frames) {
             "voices stand where those of the plain engine do");
     for (std::size_t channel = 0; channel < 2; ++channel) {
         require(std::equal(engine.reverb.combs[channel].begin(), engine.reverb.combs[channel].end(),
-                           plainEngine.reverb.combs[channel].begin(),
+                           referenceEngine.reverb.combs[channel].begin(),
                            [](const auto& a, const auto& b) { return a.filterStore == b.lowPass; }),
                 "the tail is the plain reverb's to the bit");
     }

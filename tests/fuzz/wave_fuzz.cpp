@@ -1,6 +1,6 @@
 #include "audio/sound_engine.h"
 #include "fuzz/fuzzing.h"
-#include "support/plain_engine.h"
+#include "support/reference_engine.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,14 +26,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
                 std::all_of(sample.right.begin(), sample.right.end(), within),
             "all values are within -1 and 1");
 
-    plain::PlainEngine plainEngine;
-    plainEngine.samples = engine.samples;
+    reference::ReferenceEngine referenceEngine;
+    referenceEngine.samples = engine.samples;
     engine.trigger(0, 0.7f);
-    plainEngine.trigger(0, 0.7f);
+    referenceEngine.trigger(0, 0.7f);
     constexpr std::uint32_t kFrames = 530; // more than one stretch of the mixer
     std::vector<std::int16_t> out(2 * kFrames), expected(2 * kFrames);
     engine.renderBlock(out.data(), kFrames);
-    plainEngine.renderBlock(expected.data(), kFrames);
+    referenceEngine.renderBlock(expected.data(), kFrames);
     require(out == expected, "it sounds as the plain engine has it");
     return 0;
 }

@@ -9,13 +9,14 @@
 #include "audio/effect_choice.h"
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
+#include "redraw.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
-#include "support/panel_hand.h"
-#include "support/recorded_screen.h"
-#include "support/recorded_system.h"
+#include "sequencer/transport.h"
+#include "support/fake_screen.h"
+#include "support/fake_system.h"
+#include "support/panel_actions.h"
 #include "support/virtual_clock.h"
-#include "ui/redraw.h"
 
 #include <malloc.h>
 
@@ -33,7 +34,7 @@ namespace {
 constexpr std::int64_t kNsPerSecond = 1'000'000'000;
 constexpr std::int64_t kPlayNs = 1080 * kNsPerSecond, kRestNs = 180 * kNsPerSecond;
 constexpr int kLatestMs = 20; // of a wait of the clock
-constexpr LayoutSize kClient{kClientWidth, kClientHeight};
+constexpr Size kClient{kClientWidth, kClientHeight};
 
 int faults = 0;
 
@@ -87,10 +88,9 @@ private:
     // Not the start and power switches: one grid goes from the first step to the last.
     void touch(std::string_view name) {
         if (name.starts_with("slider_")) {
-            if (beginSliderDrag(centreOf(name), kScale)) {
-                dragSlider(upTo(kClientWidth), kScale);
-                endSliderDrag();
-            }
+            press(name);
+            dragControl({upTo(kClientWidth), 0}, kScale, false);
+            releaseControls();
         } else if (name.starts_with("rotary_")) {
             turnWheel(centreOf(name), kScale, 120 * (upTo(21) - 10), false);
         } else if (name.starts_with("bottone_") || (name.starts_with("sw_") && name != "sw_007")) {
@@ -244,7 +244,7 @@ int play(double hours, unsigned seed) {
               << " KB of it on the heap; at the end " << last.residentKb << ", " << last.heapKb
               << '\n';
     expect(droppedStepCount() == 0, "steps are lost");
-    expect(recordedSystem().problems.empty(), "a card was not saved");
+    expect(fakeSystem().problems.empty(), "a card was not saved");
     expect(loudBlocks > blocks / 4, "hardly any music");
     expect(last.heapKb < first.heapKb + 256, "the heap grows"); // titles, names of redraws
     expect(last.residentKb < first.residentKb + 1024, "memory grows");

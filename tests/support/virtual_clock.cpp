@@ -1,6 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "support/virtual_clock.h"
 
+#include "clock_thread.h"
 #include "sequencer/step_clock.h"
+#include "system_time.h"
 
 #include <algorithm>
 #include <atomic>

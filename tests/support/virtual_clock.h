@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
-#include "sequencer/system.h"
+#include "main_window_handle.h"
 
 #include <cstdint>
 #include <vector>

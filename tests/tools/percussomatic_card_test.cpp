@@ -1,8 +1,8 @@
+#include "assets/assets.h"
 #include "cards/punch_card.h"
 #include "support/own_folder.h"
-#include "support/plain_engine.h"
+#include "support/reference_engine.h"
 #include "support/wave_builder.h"
-#include "ui/assets.h"
 
 #include <gtest/gtest.h>
 
@@ -119,21 +119,19 @@ TEST_F(CardTool, NoCommandTakesItsCardForItsOutput) {
     }
 }
 
-// The contract of a render, written for reading, over the plain engine. Recordings that are left
-// out take no index, but sends stay with the instruments' own numbers.
-std::vector<std::int16_t> plainRender(const PunchCard& card, std::uint32_t steps, double tail,
-                                      const std::vector<std::string>& missing = {}) {
-    plain::PlainEngine engine;
+// What a render has to be, by the reference engine. Missing recordings take no index, but sends
+// stay with the instruments' own numbers.
+std::vector<std::int16_t> referenceRender(const PunchCard& card, std::uint32_t steps, double tail,
+                                          const std::vector<std::string>& missing = {}) {
+    reference::ReferenceEngine engine;
     engine.prepareForDevice();
     engine.setAutoStop(true, 1e-5f, 100, 50);
     std::vector<int> indices; // A and B of each line
-    for (const RhythmLine& row : kRhythmLines) {
-        for (const std::string_view name : {row.sampleA, row.sampleB}) {
-            const bool there = std::ranges::find(missing, name) == missing.end();
-            indices.push_back(there ? static_cast<int>(engine.samples.size()) : -1);
-            if (there) {
-                engine.samples.push_back(parseWave(findAsset(name).span()).value());
-            }
+    for (const Instrument& instrument : kInstruments) {
+        const bool there = std::ranges::find(missing, instrument.recording) == missing.end();
+        indices.push_back(there ? static_cast<int>(engine.samples.size()) : -1);
+        if (there) {
+            engine.samples.push_back(parseWave(findAsset(instrument.recording).span()).value());
         }
     }
     double bpm = 120.0;
@@ -148,11 +146,11 @@ std::vector<std::int16_t> plainRender(const PunchCard& card, std::uint32_t steps
             engine.setSend(static_cast<std::uint32_t>(2 * line + 1), card.effectSends[6 + line]);
             gains[line] = std::trunc(card.lineVolumes[line] * 650.0f + 0.5f) / 650.0f;
         }
-        engine.setEffectReturn(card.effectReturn);
-        engine.setEffectRoomSize(card.effectRoomSize);
-        engine.setEffectDamping(card.effectDamping);
-        engine.setEffectWidth(card.effectWidth);
-        engine.setEffectPreDelayMs(card.effectPreDelayMs);
+        engine.setEffectReturn(card.effect.effectReturn);
+        engine.setEffectRoomSize(card.effect.roomSize);
+        engine.setEffectDamping(card.effect.damping);
+        engine.setEffectWidth(card.effect.width);
+        engine.setEffectPreDelayMs(card.effect.preDelayMs);
         engine.setEffectEnabled(card.effectEnabled);
     }
     const double stepFrames = 48000.0 * 60.0 / (bpm * 4.0);
@@ -197,7 +195,7 @@ TEST_F(CardTool, FactoryCardsAreFaultlessAndSoundAsInThePlainEngine) {
         const PunchCard card = parsePunchCard(contents(entry.path())).value();
         ASSERT_EQ(run("render --tail 0.3 " + path + " o.wav --bars=1"), 0) << err;
         EXPECT_EQ(err, "");
-        const std::vector<std::int16_t> expected = plainRender(card, card.sequenceLength, 0.3);
+        const std::vector<std::int16_t> expected = referenceRender(card, card.sequenceLength, 0.3);
         expectWave("o.wav", expected);
         const auto clipped =
             std::ranges::count_if(expected, [](int value) { return std::abs(value) == 32767; });
@@ -219,24 +217,24 @@ TEST_F(CardTool, RendersOddCardsAsThePlainEngineDoes) {
     card.effectEnabled = true;
     card.effectPreset = 99;
     card.effectSends = {1.0f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f, 0.0f, 0.8f, 0.9f, 0.1f, 0.15f, 0.25f};
-    card.effectReturn = 3.0f;
-    card.effectPreDelayMs = 250.0f;
+    card.effect.effectReturn = 3.0f;
+    card.effect.preDelayMs = 250.0f;
     put("odd.vopcard", writePunchCard(card, 0));
     card = parsePunchCard(contents("odd.vopcard")).value();
     ASSERT_EQ(run("render old.vopcard o.wav"), 0);
-    expectWave("o.wav", plainRender(parsePunchCard(kOldCard).value(), 64, 2.0));
+    expectWave("o.wav", referenceRender(parsePunchCard(kOldCard).value(), 64, 2.0));
 
     // Recordings from a folder; then without one of them and with a broken one.
     ASSERT_EQ(run("recordings made/kit"), 0);
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 13 --tail 0"), 0);
     EXPECT_EQ(err, "");
-    expectWave("o.wav", plainRender(card, 13, 0.0));
+    expectWave("o.wav", referenceRender(card, 13, 0.0));
     fs::remove("made/kit/snare.wav");
     put("made/kit/clave.wav", "RIFF");
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
     EXPECT_EQ(std::ranges::count(err, '\n'), 2) << err;
     EXPECT_NE(err.find("made/kit/snare.wav: warning: "), std::string::npos) << err;
-    expectWave("o.wav", plainRender(card, 3, 2.0, {"snare.wav", "clave.wav"}));
+    expectWave("o.wav", referenceRender(card, 3, 2.0, {"snare.wav", "clave.wav"}));
 }
 
 } // namespace

@@ -1,24 +1,9 @@
 #include "playing.h"
 
 #include "cards/card_settings.h"
-#include "sequencer/transport.h"
+#include "panel/control_state.h"
 
 namespace percussomatic::tool {
-
-const std::array<Instrument, kInstrumentCount> kInstruments{{
-    {"Rolling Snare", kRhythmLines[0].sampleA, 40}, // electric snare: General MIDI has no roll
-    {"Cymbal 1", kRhythmLines[0].sampleB, 49},      // crash cymbal 1
-    {"Cymbal 2", kRhythmLines[1].sampleA, 51},      // ride cymbal 1
-    {"Snare", kRhythmLines[1].sampleB, 38},         // acoustic snare
-    {"Timbal 2", kRhythmLines[2].sampleA, 66},      // low timbale
-    {"Charleston", kRhythmLines[2].sampleB, 42},    // closed hi-hat
-    {"Triangle", kRhythmLines[3].sampleA, 81},      // open triangle
-    {"Clave", kRhythmLines[3].sampleB, 75},         // claves
-    {"Block 2", kRhythmLines[4].sampleA, 77},       // low wood block
-    {"Timbal 1", kRhythmLines[4].sampleB, 65},      // high timbale
-    {"Block 1", kRhythmLines[5].sampleA, 76},       // high wood block
-    {"Bass Drum", kRhythmLines[5].sampleB, 36},     // bass drum 1
-}};
 
 PunchCard withSettings(PunchCard card) {
     if (!card.hasSettings) {
@@ -31,7 +16,7 @@ PunchCard withSettings(PunchCard card) {
 
 double tempoBpm(const PunchCard& card) {
     constexpr double kPlainBpm = 120.0;
-    return card.hasSettings ? tempoRotaryOf(card) * (kMostBpm - kLeastBpm) + kLeastBpm : kPlainBpm;
+    return card.hasSettings ? rotaryToBpm(tempoRotaryOf(card)) : kPlainBpm;
 }
 
 bool isOn(const PunchCard& card, std::uint32_t sampleIndex) {

@@ -10,15 +10,6 @@ namespace percussomatic::tool {
 
 // What the instrument would play from a card, for the commands that play it in their own way.
 
-struct Instrument {
-    std::string_view name;
-    std::string_view recording; // as the instrument's file is called
-    std::uint8_t midiKey;       // of General MIDI's percussion channel
-};
-
-// By sample index: A and B of line 1, A and B of line 2 and so on.
-extern const std::array<Instrument, kInstrumentCount> kInstruments;
-
 // The card itself, or, if it brings a rhythm only, the rhythm with everything on at full volume,
 // 120 BPM, sixteen steps and no effect.
 PunchCard withSettings(PunchCard card);

@@ -1,8 +1,8 @@
 #include "commands.h"
 
+#include "assets/assets.h"
 #include "files.h"
 #include "playing.h"
-#include "ui/assets.h"
 
 #include <memory>
 

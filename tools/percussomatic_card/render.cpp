@@ -1,10 +1,10 @@
 #include "commands.h"
 
+#include "assets/assets.h"
 #include "audio/sound_engine.h"
 #include "cards/card_settings.h"
 #include "files.h"
 #include "playing.h"
-#include "ui/assets.h"
 
 #include <algorithm>
 #include <cmath>

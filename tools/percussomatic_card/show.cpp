@@ -3,6 +3,7 @@
 #include "cards/card_settings.h"
 #include "cards/card_text.h"
 #include "files.h"
+#include "pattern/instruments.h"
 #include "playing.h"
 
 #include <algorithm>
@@ -35,11 +36,11 @@ void showSettings(const PunchCard& card) {
         std::cout << "off, ";
     }
     const auto preset = static_cast<std::size_t>(std::clamp(card.effectPreset, 0, 3));
-    const double preDelayMs = card.effectPreDelayMs > 0.0f ? double{card.effectPreDelayMs} : 0.0;
-    std::cout << kPresetNames[preset] << ", return " << percent(card.effectReturn) << ", room "
-              << percent(card.effectRoomSize) << ", damping " << percent(card.effectDamping)
-              << ", width " << percent(card.effectWidth)
-              << formatted(", pre-delay %.0f ms\n", std::min(preDelayMs, 200.0));
+    const double preDelayMs = card.effect.preDelayMs > 0.0f ? double{card.effect.preDelayMs} : 0.0;
+    std::cout << kPresetNames[preset] << ", return " << percent(card.effect.effectReturn)
+              << ", room " << percent(card.effect.roomSize) << ", damping "
+              << percent(card.effect.damping) << ", width " << percent(card.effect.width)
+              << formatted(", pre-delay %.0f ms\n", std::min(preDelayMs, double{kMaxPreDelayMs}));
 }
 
 // Between the step and the one before it: beats apart, steps that are not played in brackets.

@@ -6,7 +6,7 @@
 // The averages are the program's own, so that a reduced file shows the same pixels as one that is
 // reduced after decoding. That holds for opaque pictures; others are refused.
 
-#include "ui/pixel_image.h"
+#include "graphics/pixel_image.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,5 +1,0 @@
-#include "app/start_up.h"
-
-int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
-    return percussomatic::runPercussomatic(instance);
-}

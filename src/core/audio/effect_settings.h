@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+
+namespace percussomatic {
+
+// The reverb as the player sets it. Also what a preset and a punch card hold.
+struct EffectSettings {
+    float effectReturn = 0.0f; // 0..1, gain of the wet signal in the mix
+    float roomSize = 0.0f;     // 0..1, length of the tail
+    float damping = 0.0f;      // 0..1, how much sooner the highs die
+    float width = 0.0f;        // 0 mono .. 1 no cross-feed
+    float preDelayMs = 0.0f;   // 0..kMaxPreDelayMs
+
+    bool operator==(const EffectSettings&) const = default;
+};
+
+inline constexpr float kMaxPreDelayMs = 200.0f;
+
+// Every setting with its upper limit; the lower one is 0.
+struct EffectLimit {
+    float EffectSettings::*value;
+    float max;
+};
+
+inline constexpr std::array<EffectLimit, 5> kEffectLimits{{
+    {&EffectSettings::effectReturn, 1.0f},
+    {&EffectSettings::roomSize, 1.0f},
+    {&EffectSettings::damping, 1.0f},
+    {&EffectSettings::width, 1.0f},
+    {&EffectSettings::preDelayMs, kMaxPreDelayMs},
+}};
+
+} // namespace percussomatic

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "audio/effect_settings.h"
+#include "audio/plate_reverb.h"
+#include "audio/sample_bank.h"
+#include "audio/voice_mixer.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+
+namespace percussomatic {
+
+constexpr std::uint32_t kDeviceRateHz = 48000;
+constexpr std::uint32_t kDeviceBufferFrames = 512; // 10.7 ms
+constexpr std::size_t kVoiceCount = 64;
+constexpr std::uint32_t kSendCount = 32; // the twelve instruments use 0..11
+
+// Auto-stop as the instrument starts with it: -100 dB for 100 ms, not before 50 ms of play.
+constexpr float kSilenceThreshold = 1.0e-5f; // linear
+constexpr std::uint32_t kSilenceHoldMs = 100;
+constexpr std::uint32_t kMinPlayMs = 50;
+
+// The drum machine's sound: recordings, a pool of 64 voices, sends into one plate
+// reverb, and the mix to 16-bit stereo. Setters clamp (NaN counts as the lowest
+// value) and never fail; indices out of range are ignored.
+//
+// The mix is single precision in a fixed order; only a voice's position is double.
+// Whatever is done for speed must leave every output bit as it is.
+//
+// Threads: any. Every operation takes the one mutex, once, for its whole body; none
+// calls another while it holds it. renderBlock() holds it while it mixes a block, so
+// that is the longest a trigger waits.
+struct SoundEngine {
+    // Starts a recording in the first idle voice. When all are busy voice 0 is taken,
+    // whatever it plays. Gain is linear with no upper limit; negative or NaN counts as
+    // 0. No-op, without locking, while the output is muted.
+    void trigger(std::int32_t sampleIndex, float gain);
+
+    void setMasterVolume(float gain); // 0..1, linear
+
+    void setSend(std::uint32_t sampleIndex, float amount); // 0..1
+    float getSend(std::uint32_t sampleIndex) const;        // 0 beyond the last
+
+    void setEffectEnabled(bool enabled); // off also clears the tail
+    bool isEffectEnabled() const;
+    void setEffectPreset(std::int32_t preset); // 0..5; a running tail carries over
+    void setEffectReturn(float level);         // 0..1
+    void setEffectRoomSize(float amount);      // 0..1
+    void setEffectDamping(float amount);       // 0..1
+    void setEffectWidth(float amount);         // 0..1
+    void setEffectPreDelayMs(float delayMs);   // 0..200
+    float getEffectReturn() const;
+    float getEffectRoomSize() const;
+    float getEffectDamping() const;
+    float getEffectWidth() const;
+    float getEffectPreDelayMs() const;
+    EffectSettings getEffectSettings() const;
+    void setEffectSettings(const EffectSettings& settings); // each as its own setter does
+
+    // A voice that has played for minMs ends once its recording, before the gain, has
+    // stayed at or below the threshold for holdMs.
+    void setAutoStop(bool enabled, float threshold, std::uint32_t holdMs, std::uint32_t minMs);
+
+    // Decodes a WAVE file and appends it to the bank. Returns its index; -1, using no index, if the
+    // file is null or rejected. Throws std::bad_alloc.
+    std::int32_t loadSample(const void* bytes, std::size_t size);
+
+    // Fills `out` with that many interleaved stereo frames. Allocates nothing.
+    void renderBlock(std::int16_t* out, std::uint32_t frames) noexcept;
+
+    void prepareForDevice();    // device rate and block, reverb sized and cleared
+    void deactivateAllVoices(); // after the device has closed
+
+    mutable std::mutex mutex;
+
+    // All guarded by mutex except the two atomics.
+    std::uint32_t sampleRate = kDeviceRateHz; // Hz
+    std::uint32_t framesPerBuffer = kDeviceBufferFrames;
+    SampleBank samples;
+    std::array<Voice, kVoiceCount> voices;
+    float masterVolume = 1.0f;
+
+    // Set by the GUI thread for edit mode and power-off. While muted, a render is silent and the
+    // tail stands still. A stop request is consumed by the next render.
+    std::atomic<std::uint8_t> outputMuted = 0;
+    std::atomic<std::uint8_t> stopAllVoicesRequest = 0;
+
+    bool autoStopEnabled = true;
+    float silenceThreshold = kSilenceThreshold; // linear, inclusive
+    std::uint32_t silenceHoldMs = kSilenceHoldMs;
+    std::uint32_t minPlayMs = kMinPlayMs;
+
+    lumivarda::dsp::Plate70Reverb reverb;
+    std::array<float, kSendCount> sends{};
+    bool effectEnabled = false;
+    EffectSettings effect{.effectReturn = 0.24f,
+                          .roomSize = 0.48f,
+                          .damping = 0.58f,
+                          .width = 0.92f,
+                          .preDelayMs = 8.0f};
+    float effectExtra1 = 0.28f; // handed to the reverb with a preset, unheard
+    float effectExtra2 = 0.24f;
+    float effectExtra3 = 0.72f;
+
+private:
+    void mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept;
+    bool mixVoicesLocked(MixBus& bus, std::size_t frames) noexcept;
+    void addTailLocked(MixBus& bus, std::size_t frames) noexcept;
+    void stopAllVoicesLocked() noexcept;
+    std::uint64_t framesOfMsLocked(std::uint32_t ms) const noexcept;
+    void setEffectValue(float EffectSettings::*value, float amount);
+    float getEffectValue(float EffectSettings::*value) const;
+};
+
+// The instrument's one engine, built before main. Tests make their own.
+SoundEngine& soundEngine() noexcept;
+
+} // namespace percussomatic

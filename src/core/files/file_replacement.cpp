@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "files/file_replacement.h"
+
+#include "durable_file.h"
+
+#include <chrono>
+#include <string>
+#include <system_error>
+
+namespace percussomatic {
+
+namespace {
+
+constexpr int kTemporaryNames = 9; // the first may be in use by other processes, dead or alive
+
+std::filesystem::path temporaryName(std::filesystem::path target, int number) {
+    target += "." + std::to_string(number) + ".saving";
+    return target;
+}
+
+// A symbolic link stays; the file that it points to is replaced.
+std::filesystem::path resolvedLink(const std::filesystem::path& target) {
+    std::error_code error;
+    if (!std::filesystem::is_symlink(target, error)) {
+        return target;
+    }
+    const auto real = std::filesystem::canonical(target, error);
+    return error ? target : real;
+}
+
+// Nobody may write it: how every system shows the read-only attribute. It has to be checked
+// beforehand, since replacing a file needs no permission on the file itself.
+bool isReadOnly(std::filesystem::perms permissions) {
+    using std::filesystem::perms;
+    return (permissions & (perms::owner_write | perms::group_write | perms::others_write)) ==
+           perms::none;
+}
+
+SaveResult obstacleAt(const std::filesystem::path& target) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(target, error);
+    if (!std::filesystem::exists(status)) {
+        return SaveResult::saved;
+    }
+    if (!std::filesystem::is_regular_file(status)) {
+        return SaveResult::notAFile;
+    }
+    return isReadOnly(status.permissions()) ? SaveResult::readOnly : SaveResult::saved;
+}
+
+} // namespace
+
+void removeUnfinished(const std::filesystem::path& target) {
+    // Another instance may be saving right now, and between the last byte and the rename its file
+    // is not open. So the age decides: a save takes milliseconds.
+    const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1);
+    const std::filesystem::path real = resolvedLink(target);
+    for (int number = 1; number <= kTemporaryNames; ++number) {
+        const std::filesystem::path leftover = temporaryName(real, number);
+        std::error_code error;
+        if (is_regular_file(std::filesystem::symlink_status(leftover, error)) &&
+            last_write_time(leftover, error) < longAgo && !error) {
+            std::filesystem::remove(leftover, error);
+        }
+    }
+}
+
+FileReplacement::FileReplacement(const std::filesystem::path& target)
+    : target_(resolvedLink(target)), result_(obstacleAt(target_)) {
+    for (int number = 1; number <= kTemporaryNames && !file_ && result_ == SaveResult::saved;
+         ++number) {
+        temporary_ = temporaryName(target_, number);
+        file_.reset(createNewFile(temporary_));
+    }
+    if (!file_) {
+        temporary_.clear();
+        fail();
+    }
+}
+
+FileReplacement::~FileReplacement() {
+    file_.reset();
+    if (!temporary_.empty()) {
+        std::error_code error;
+        std::filesystem::remove(temporary_, error);
+    }
+}
+
+void FileReplacement::fail() {
+    file_.reset();
+    if (result_ == SaveResult::saved) {
+        result_ = SaveResult::notWritten;
+    }
+}
+
+void FileReplacement::write(std::string_view bytes) {
+    if (file_ && std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {
+        fail();
+    }
+}
+
+SaveResult FileReplacement::finish() {
+    if (file_ && (!flushToDisk(file_.get()) || std::fclose(file_.release()) != 0)) {
+        fail();
+    }
+    return result_;
+}
+
+SaveResult FileReplacement::take() {
+    if (finish() == SaveResult::saved) {
+        std::error_code error;
+        if (const auto old = std::filesystem::status(target_, error); exists(old)) {
+            std::filesystem::permissions(temporary_, old.permissions(), error);
+        }
+        std::filesystem::rename(temporary_, target_, error); // replaces on every system
+        if (error) {
+            fail();
+        } else {
+            temporary_.clear();
+        }
+    }
+    return result_;
+}
+
+} // namespace percussomatic

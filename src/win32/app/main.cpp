@@ -1,0 +1,5 @@
+#include "win32/app/start_up.h"
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
+    return percussomatic::runPercussomatic(instance);
+}

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "card_saving.h"
+
+#include "cards/card_file.h"
+#include "main_window_handle.h"
+#include "user_messages.h"
+#include "win32/messages.h"
+
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace percussomatic {
+
+namespace {
+
+// The last save; it waits for the one before.
+std::jthread& lastSave() noexcept {
+    static std::jthread thread;
+    return thread;
+}
+
+// Failures of saves that the GUI thread has not shown yet.
+struct Problems {
+    std::mutex mutex;
+    std::vector<std::wstring> texts; // guarded by mutex
+};
+
+Problems& problems() noexcept {
+    static Problems instance;
+    return instance;
+}
+
+void save(const std::filesystem::path& path, const std::string& text, HWND window) {
+    const SaveResult result = saveCardFile(path, text);
+    if (result != SaveResult::saved) {
+        const std::lock_guard lock(problems().mutex);
+        problems().texts.push_back(saveFaultText(result, path));
+        PostMessageW(window, kCardProblemMessage, 0, 0);
+    }
+}
+
+} // namespace
+
+void saveCardLater(const std::filesystem::path& path, const std::string& text) {
+    const HWND window = static_cast<HWND>(mainWindow());
+    try {
+        lastSave() = std::jthread([before = std::move(lastSave()), path, text, window]() mutable {
+            before = {}; // joins
+            save(path, text, window);
+        });
+    } catch (const std::system_error&) { // no thread available
+        save(path, text, window);
+    }
+}
+
+void showSavingProblems() {
+    std::vector<std::wstring> texts;
+    {
+        const std::lock_guard lock(problems().mutex);
+        texts.swap(problems().texts);
+    }
+    for (const std::wstring& text : texts) {
+        showProblem(text);
+    }
+}
+
+void finishSaving() {
+    lastSave() = {}; // joins
+    showSavingProblems();
+}
+
+} // namespace percussomatic

@@ -1,0 +1,293 @@
+// SPDX-License-Identifier: MIT
+#include "win32/windows/about_window.h"
+
+#include "audio/sound_engine.h"
+#include "cards/card_file.h"
+#include "panel/display_scale.h"
+#include "panel/layout_scale.h"
+#include "sequencer/step_clock.h"
+#include "settings_store.h"
+#include "win32/audio/wave_out.h"
+#include "win32/midi/midi_input.h"
+#include "win32/windows/message_loop.h"
+#include "win32/windows/tool_window.h"
+
+#include <algorithm>
+#include <array>
+#include <cwchar>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace percussomatic {
+
+namespace {
+
+constexpr wchar_t kClass[] = L"PercussomaticAboutWindow";
+constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU, kExtendedStyle = WS_EX_TOOLWINDOW;
+constexpr int kWidth = 660, kHeight = 630; // of the client area
+constexpr std::uint32_t kAmber = 0xD6912D;
+
+constexpr int kHeadingId = 1, kRuleId = 2;
+constexpr int kFactId = 10; // the first of the values
+constexpr UINT_PTR kRefreshTimer = 1;
+constexpr UINT kRefreshMs = 1000;
+
+// What can be told at run time only.
+struct Fact {
+    const wchar_t* label;
+    std::wstring (*value)();
+    DWORD style = 0;
+};
+
+std::wstring outputDevice() {
+    return waveOut().device != nullptr ? L"device open" : L"no device, looking for one";
+}
+
+std::wstring outputFormat() {
+    constexpr double kMs = 1000.0 * kOutputBufferCount * kDeviceBufferFrames / kDeviceRateHz;
+    std::array<wchar_t, 64> text{};
+    std::swprintf(text.data(), text.size(), L"%u Hz, %zu \u00D7 %u frames, %.1f ms", kDeviceRateHz,
+                  kOutputBufferCount, kDeviceBufferFrames, kMs);
+    return text.data();
+}
+
+std::wstring midiDevice() {
+    const std::wstring& name = midiInputContext().deviceName;
+    return name.empty() ? L"none connected" : name;
+}
+
+std::wstring cardFolder() {
+    std::error_code error;
+    return std::filesystem::absolute(kCardFolder, error).wstring();
+}
+
+std::wstring scaleOfLayout() {
+    std::array<wchar_t, 64> text{};
+    std::swprintf(text.data(), text.size(), L"%.2f of what fits the screen", layoutScale());
+    return text.data();
+}
+
+std::wstring sinceTheStart(std::uint32_t count) {
+    return std::to_wstring(count) + L" since the start";
+}
+
+constexpr Fact kFacts[] = {
+    {L"Sound output", outputDevice},
+    {L"Sound format", outputFormat},
+    {L"Voices", [] { return std::to_wstring(kVoiceCount); }},
+    {L"MIDI device", midiDevice},
+    {L"Folder of the cards", cardFolder, SS_PATHELLIPSIS},
+    {L"Settings file", [] { return settingsFile().wstring(); }, SS_PATHELLIPSIS},
+    {L"Layout scale", scaleOfLayout},
+    {L"Late sound buffers", [] { return sinceTheStart(waveOut().lateBuffers); }},
+    {L"Dropped steps", [] { return sinceTheStart(droppedStepCount()); }},
+};
+
+// Made with the window and gone with it.
+struct AboutWindow {
+    HWND window = nullptr;
+    GdiFont title = segoeFont(24, FW_BOLD);
+    GdiFont heading = segoeFont(16, FW_SEMIBOLD);
+    GdiFont text = segoeFont(14, FW_NORMAL);
+    GdiBrush fill{CreateSolidBrush(colour(kToolWindowFill))};
+    GdiBrush rule{CreateSolidBrush(colour(kAmber))};
+    std::array<std::wstring, std::size(kFacts)> shown{};
+};
+
+std::optional<AboutWindow> theWindow; // GUI thread only
+
+// Columns and lines of the page.
+constexpr int kLeft = 28, kMeasure = kWidth - 2 * kLeft;
+constexpr int kLabelWidth = 176, kValueLeft = kLeft + kLabelWidth + 14;
+constexpr int kLine = 20, kRow = 23;
+constexpr int kFactsTop = 120, kGesturesTop = 372, kCreditsTop = 578;
+constexpr int kUnderHeading = 32;
+
+struct PageLine {
+    ControlPlace place;
+    GdiFont AboutWindow::*font;
+};
+
+constexpr PageLine kPage[] = {
+    {{L"STATIC", L"PERCUSSOMATIC", kLeft, 18, 400, 32}, &AboutWindow::title},
+    {{L"STATIC", L"Version " PERCUSSOMATIC_VERSION, kLeft + 404, 27, kMeasure - 404, kLine, 0,
+      SS_RIGHT},
+     &AboutWindow::text},
+    {{L"STATIC",
+      L"A drum machine: six lines of sixteen steps, twelve recorded instruments, a plate reverb "
+      L"and a reader for punched cards.",
+      kLeft, 56, kMeasure, 2 * kLine},
+     &AboutWindow::text},
+    {{L"STATIC", L"", kLeft, kFactsTop - 14, kMeasure, 1, kRuleId}, &AboutWindow::text},
+    {{L"STATIC", L"AT THIS MOMENT", kLeft, kFactsTop, kMeasure, 24, kHeadingId},
+     &AboutWindow::heading},
+    {{L"STATIC", L"MOUSE AND KEYS", kLeft, kGesturesTop, kMeasure, 24, kHeadingId},
+     &AboutWindow::heading},
+    {{L"STATIC", L"", kLeft, kCreditsTop, kMeasure, 1, kRuleId}, &AboutWindow::text},
+    {{L"STATIC", L"Percussomatic developers, 2026", kLeft, kCreditsTop + 14, 400, kLine},
+     &AboutWindow::text},
+    {{L"STATIC", L"MIT licence", kLeft + 404, kCreditsTop + 14, kMeasure - 404, kLine, 0, SS_RIGHT},
+     &AboutWindow::text},
+};
+
+struct Gesture {
+    const wchar_t* hand;
+    const wchar_t* effect;
+};
+
+constexpr Gesture kGestures[] = {
+    {L"Drag", L"up or down turns a rotary, sideways moves a slider"},
+    {L"Shift-drag", L"turns a rotary in fine steps"},
+    {L"Wheel", L"turns the rotary under the pointer"},
+    {L"Shift-wheel", L"turns it in fine steps"},
+    {L"Ctrl and +, \u2212 or wheel", L"makes the panel larger or smaller"},
+    {L"Drag the bare panel", L"moves the window"},
+    {L"Escape", L"closes this page or the cards, otherwise the instrument"},
+};
+
+void addRow(const AboutWindow& about, int y, const wchar_t* label, const wchar_t* value, int id,
+            DWORD style) {
+    addControl(about.window, {L"STATIC", label, kLeft, y, kLabelWidth, kLine}, about.text.get());
+    addControl(about.window,
+               {L"STATIC", value, kValueLeft, y, kWidth - kLeft - kValueLeft, kLine, id,
+                style | SS_NOPREFIX},
+               about.text.get());
+}
+
+void create(HWND window) {
+    const AboutWindow& about = theWindow.emplace(AboutWindow{.window = window});
+    for (const PageLine& each : kPage) {
+        addControl(window, each.place, (about.*each.font).get());
+    }
+    int y = kFactsTop + kUnderHeading;
+    for (int id = kFactId; const Fact& fact : kFacts) {
+        addRow(about, y, fact.label, L"", id++, fact.style);
+        y += kRow;
+    }
+    y = kGesturesTop + kUnderHeading;
+    for (const Gesture& gesture : kGestures) {
+        addRow(about, y, gesture.hand, gesture.effect, 0, 0);
+        y += kRow;
+    }
+}
+
+// Only what is new, or the page would flicker once a second.
+void refresh() {
+    for (std::size_t row = 0; std::wstring & shown : theWindow->shown) {
+        const std::wstring value = kFacts[row].value();
+        if (value != shown) {
+            shown = value;
+            SetDlgItemTextW(theWindow->window, kFactId + static_cast<int>(row), shown.c_str());
+        }
+        ++row;
+    }
+}
+
+void runRefreshTimer(HWND window, bool visible) {
+    if (visible) {
+        SetTimer(window, kRefreshTimer, kRefreshMs, nullptr);
+    } else {
+        KillTimer(window, kRefreshTimer);
+    }
+}
+
+LRESULT keyDown(HWND window, WPARAM key, LPARAM lParam) {
+    if (key == VK_ESCAPE) {
+        hideToolWindow(window);
+        return 0;
+    }
+    return DefWindowProcW(window, WM_KEYDOWN, key, lParam);
+}
+
+LRESULT colourLine(WPARAM deviceContext, HWND line) {
+    const int id = GetDlgCtrlID(line);
+    if (id == kRuleId) {
+        return reinterpret_cast<LRESULT>(theWindow->rule.get());
+    }
+    const LRESULT background = colourStatic(deviceContext, theWindow->fill.get());
+    if (id == kHeadingId) {
+        SetTextColor(reinterpret_cast<HDC>(deviceContext), colour(kAmber));
+    }
+    return background;
+}
+
+LRESULT eraseBackground(HWND window, WPARAM deviceContext) {
+    RECT client{};
+    GetClientRect(window, &client);
+    FillRect(reinterpret_cast<HDC>(deviceContext), &client, theWindow->fill.get());
+    return 1;
+}
+
+LRESULT CALLBACK aboutWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_CREATE) {
+        create(window);
+        return 0;
+    }
+    if (!theWindow) {
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+    switch (message) {
+    case WM_SHOWWINDOW:
+        runRefreshTimer(window, wParam != FALSE);
+        return 0;
+    case WM_TIMER:
+        refresh();
+        return 0;
+    case WM_KEYDOWN:
+        return keyDown(window, wParam, lParam);
+    case WM_CTLCOLORSTATIC:
+        return colourLine(wParam, reinterpret_cast<HWND>(lParam));
+    case WM_ERASEBKGND:
+        return eraseBackground(window, wParam);
+    case WM_CLOSE:
+        hideToolWindow(window);
+        return 0;
+    case WM_NCDESTROY: // its lines, which use the fonts, are gone
+        theWindow.reset();
+        return DefWindowProcW(window, message, wParam, lParam);
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+// Over the middle of the owner, but with its caption on the screen even when the panel is small and
+// stands in a corner.
+POINT cornerOver(HWND owner, int width, int height) {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(owner, MONITOR_DEFAULTTONEAREST), &monitor);
+    const RECT& work = monitor.rcWork;
+    const POINT corner = centredOver(owner, width, height);
+    return {std::max(work.left, std::min(corner.x, work.right - width)),
+            std::max(work.top, std::min(corner.y, work.bottom - height))};
+}
+
+void make(HWND owner) {
+    RECT outer{0, 0, onScreen(kWidth), onScreen(kHeight)};
+    AdjustWindowRectEx(&outer, kStyle, FALSE, kExtendedStyle);
+    const int width = outer.right - outer.left, height = outer.bottom - outer.top;
+    const POINT corner = cornerOver(owner, width, height);
+    CreateWindowExW(kExtendedStyle, kClass, L"PERCUSSOMATIC - INFO", kStyle, corner.x, corner.y,
+                    width, height, owner, nullptr, GetModuleHandleW(nullptr), nullptr);
+}
+
+} // namespace
+
+void showAboutWindow(HWND owner) {
+    if (!theWindow && registerToolWindowClass(kClass, aboutWindowProc, nullptr)) {
+        make(owner);
+    }
+    if (theWindow) {
+        refresh();
+        showToolWindow(theWindow->window);
+    }
+}
+
+void destroyAboutWindow() {
+    if (theWindow) {
+        DestroyWindow(theWindow->window);
+    }
+}
+
+} // namespace percussomatic

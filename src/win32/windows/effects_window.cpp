@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: MIT
+#include "win32/windows/effects_window.h"
+
+#include "audio/effect_choice.h"
+#include "audio/effect_controls.h"
+#include "panel/display_scale.h"
+#include "pattern/instruments.h"
+#include "redraw.h"
+#include "win32/windows/message_loop.h"
+#include "win32/windows/tool_window.h"
+
+#include <commctrl.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace percussomatic {
+
+namespace {
+
+constexpr wchar_t kClass[] = L"PercussomaticEffectsWindow";
+constexpr int kWidth = 720, kHeight = 735;
+constexpr int kRightOfOwner = 40, kBelowOwner = 45;
+
+constexpr int kEnableId = 2100;
+constexpr wchar_t kEnableText[] = L"ENABLE EFFECT";
+constexpr int kEnableWidth = 145, kCheckWidth = 22; // the latter is taken by the check mark
+constexpr int kPresetId = 2120;                     // the first of four
+constexpr int kPresets = 4;
+
+// What stands in for a missing font may be wider: the font, or as narrow a copy as the room needs.
+GdiFont fitted(GdiFont font, std::wstring_view text, int room) {
+    HDC screen = GetDC(nullptr);
+    HGDIOBJ before = SelectObject(screen, font.get());
+    SIZE size{};
+    GetTextExtentPoint32W(screen, text.data(), static_cast<int>(text.size()), &size);
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(screen, &metrics);
+    SelectObject(screen, before);
+    ReleaseDC(nullptr, screen);
+    if (size.cx <= room) {
+        return font;
+    }
+    LOGFONTW narrow{};
+    GetObjectW(font.get(), sizeof narrow, &narrow);
+    narrow.lfWidth = metrics.tmAveCharWidth * room / size.cx;
+    return GdiFont(CreateFontIndirectW(&narrow));
+}
+
+// Made with the window and gone with it.
+struct EffectsWindow {
+    HWND window;
+    GdiFont titleFont = segoeFont(24, FW_BOLD);
+    GdiFont headingFont = segoeFont(16, FW_SEMIBOLD);
+    GdiFont enableFont =
+        fitted(segoeFont(16, FW_SEMIBOLD), kEnableText, onScreen(kEnableWidth - kCheckWidth));
+    GdiFont labelFont = segoeFont(14, FW_NORMAL);
+    GdiBrush fill{CreateSolidBrush(colour(kToolWindowFill))};
+    GdiBrush fieldFill{CreateSolidBrush(colour(0x2A2824))}; // for an edit field; there is none yet
+    std::array<HWND, 5> parameterLabels{};
+    HWND description = nullptr;
+};
+
+std::optional<EffectsWindow> theWindow; // GUI thread only
+
+constexpr std::array<const wchar_t*, kPresets> kPresetNames{L"DRUM ROOM", L"WARM ROOM",
+                                                            L"CONCERT HALL", L"STADIUM"};
+
+constexpr int kColumnWidth = 335; // two columns of sends and of parameters
+
+void addHeadings(const EffectsWindow& effects) {
+    HWND window = effects.window;
+    HFONT font = effects.headingFont.get();
+    addControl(window, {L"STATIC", L"PERCUSOMATIC  /  EFFECTS", 22, 14, 430, 30},
+               effects.titleFont.get());
+    addControl(window,
+               {L"BUTTON", kEnableText, 535, 15, kEnableWidth, 26, kEnableId, BS_AUTOCHECKBOX},
+               effects.enableFont.get());
+    for (int preset = 0; const wchar_t* name : kPresetNames) {
+        addControl(
+            window,
+            {L"BUTTON", name, preset * 166 + 22, 56, 152, 38, kPresetId + preset, BS_OWNERDRAW},
+            font);
+        ++preset;
+    }
+    addControl(window, {L"STATIC", L"INSTRUMENT SENDS", 22, 112, 260, 22}, font);
+    addControl(window, {L"STATIC", L"REVERB PARAMETERS", 22, 458, 260, 22}, font);
+}
+
+HWND addBar(HWND window, int id, int x, int y, int width) {
+    constexpr int kHeightOfBar = 30;
+    HWND bar = addControl(
+        window, {TRACKBAR_CLASSW, L"", x, y, width, kHeightOfBar, id, TBS_HORZ | TBS_NOTICKS},
+        nullptr);
+    SendMessageW(bar, TBM_SETRANGE, FALSE, MAKELPARAM(0, kMaxBarPosition));
+    return bar;
+}
+
+void addSends(HWND window, HFONT font) {
+    for (int row = 0; const Instrument& instrument : kInstruments) {
+        const int x = row / 6 * kColumnWidth, y = row % 6 * 50;
+        const std::wstring name(instrument.name.begin(), instrument.name.end());
+        addControl(window, {L"STATIC", name.c_str(), x + 22, y + 146, 125, 20}, font);
+        addBar(window, kSendBarId + row, x + 148, y + 141, 180);
+        ++row;
+    }
+}
+
+// The extras drive nothing that can be heard and are not shown.
+void addParameters(EffectsWindow& effects) {
+    for (int row = 0; row < kParameterBars; ++row) {
+        const int x = row / 4 * kColumnWidth, y = row % 4 * 40;
+        HWND label = addControl(effects.window, {L"STATIC", L"", x + 22, y + 492, 115, 20},
+                                effects.labelFont.get());
+        HWND bar = addBar(effects.window, kParameterBarId + row, x + 138, y + 487, 190);
+        if (const auto index = static_cast<std::size_t>(row);
+            index < effects.parameterLabels.size()) {
+            effects.parameterLabels[index] = label;
+        } else {
+            ShowWindow(label, SW_HIDE);
+            ShowWindow(bar, SW_HIDE);
+        }
+    }
+}
+
+void showCaptions(const EffectsWindow& effects) {
+    const EffectCaptions& captions = effectCaptions();
+    for (std::size_t index = 0; HWND label : effects.parameterLabels) {
+        SetWindowTextW(label, captions.parameters[index++]);
+    }
+    SetWindowTextW(effects.description, captions.description);
+    for (int preset = 0; preset < kPresets; ++preset) {
+        InvalidateRect(GetDlgItem(effects.window, kPresetId + preset), nullptr, FALSE);
+    }
+}
+
+// The class erases with the brush of the one window that there is.
+void setBackground(HWND window, HBRUSH brush) {
+    SetClassLongPtrW(window, GCLP_HBRBACKGROUND, reinterpret_cast<LONG_PTR>(brush));
+}
+
+void create(HWND window) {
+    EffectsWindow& effects = theWindow.emplace(EffectsWindow{.window = window});
+    setBackground(window, effects.fill.get());
+    serveWaitingSteps();
+    addHeadings(effects);
+    addSends(window, effects.labelFont.get());
+    addParameters(effects);
+    effects.description =
+        addControl(window, {L"STATIC", L"", 22, 654, 655, 34}, effects.labelFont.get());
+    showCaptions(effects);
+}
+
+void command(HWND window, int id) {
+    if (id == kEnableId) {
+        soundEngine().setEffectEnabled(IsDlgButtonChecked(window, kEnableId) == BST_CHECKED);
+        redrawEffectsBox();
+        flushPainting();
+    } else if (id >= kPresetId && id < kPresetId + kPresets) {
+        selectPreset(id - kPresetId);
+        refreshEffectsWindow();
+        InvalidateRect(window, nullptr, FALSE);
+    }
+}
+
+void scroll(HWND bar) {
+    moveBar(soundEngine(), GetDlgCtrlID(bar),
+            static_cast<int>(SendMessageW(bar, TBM_GETPOS, 0, 0)));
+}
+
+void drawPreset(const DRAWITEMSTRUCT& item) {
+    constexpr ButtonColours kSelected{0xD6912D, 0xF5BD5C, 0x221E18};
+    constexpr ButtonColours kIdle{0x413D36, 0x676052, kToolWindowText};
+    constexpr ButtonColours kPressed{0x524C41, 0x676052, kToolWindowText};
+    const int preset = static_cast<int>(item.CtlID) - kPresetId;
+    if (preset < 0 || preset >= kPresets) {
+        return;
+    }
+    if (preset == effectChoice().selectedPreset) {
+        drawButton(item, kSelected);
+    } else {
+        drawButton(item, (item.itemState & ODS_SELECTED) != 0 ? kPressed : kIdle);
+    }
+}
+
+LRESULT CALLBACK effectsWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_CREATE) {
+        create(window);
+        return 0;
+    }
+    if (!theWindow) {
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+    switch (message) {
+    case WM_COMMAND:
+        command(window, LOWORD(wParam));
+        return 0;
+    case WM_HSCROLL:
+        scroll(reinterpret_cast<HWND>(lParam));
+        return 0;
+    case WM_DRAWITEM:
+        drawPreset(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+        return TRUE;
+    case WM_CTLCOLORSTATIC:
+    case WM_CTLCOLORBTN:
+        return colourStatic(wParam, theWindow->fill.get());
+    case WM_CLOSE:
+        hideToolWindow(window);
+        return 0;
+    case WM_NCDESTROY: // the controls, which use the fonts, are gone
+        setBackground(window, nullptr);
+        theWindow.reset();
+        return DefWindowProcW(window, message, wParam, lParam);
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+bool createWindow(HWND owner) {
+    const INITCOMMONCONTROLSEX trackbars{sizeof trackbars, ICC_BAR_CLASSES};
+    InitCommonControlsEx(&trackbars);
+    if (!registerToolWindowClass(kClass, effectsWindowProc, nullptr)) {
+        return false;
+    }
+    serveWaitingSteps();
+    RECT beside{};
+    GetWindowRect(owner, &beside);
+    return CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"PERCUSOMATIC - EFFECTS",
+                           WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX,
+                           beside.left + onScreen(kRightOfOwner),
+                           beside.top + onScreen(kBelowOwner), onScreen(kWidth), onScreen(kHeight),
+                           owner, nullptr, GetModuleHandleW(nullptr), nullptr) != nullptr;
+}
+
+} // namespace
+
+void showEffectsWindow(HWND owner) {
+    if (!theWindow && !createWindow(owner)) {
+        return;
+    }
+    refreshEffectsWindow();
+    showToolWindow(theWindow->window);
+}
+
+void refreshEffectsWindow() {
+    if (!theWindow) {
+        return;
+    }
+    const SoundEngine& engine = soundEngine();
+    HWND window = theWindow->window;
+    const auto showBars = [&engine, window](int first, int count) {
+        for (int id = first; id < first + count; ++id) {
+            SendDlgItemMessageW(window, id, TBM_SETPOS, TRUE, barPosition(engine, id));
+        }
+    };
+    CheckDlgButton(window, kEnableId, engine.isEffectEnabled() ? BST_CHECKED : BST_UNCHECKED);
+    showBars(kSendBarId, kSendBars);
+    showBars(kParameterBarId, kParameterBars);
+    showCaptions(*theWindow);
+}
+
+} // namespace percussomatic

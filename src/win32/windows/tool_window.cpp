@@ -1,0 +1,95 @@
+#include "win32/windows/tool_window.h"
+
+#include "panel/display_scale.h"
+#include "win32/windows/message_loop.h"
+
+#include <array>
+
+namespace percussomatic {
+
+bool registerToolWindowClass(const wchar_t* name, WNDPROC procedure, HBRUSH background) {
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.hbrBackground = background;
+    windowClass.lpszClassName = name;
+    return RegisterClassW(&windowClass) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
+}
+
+HWND addControl(HWND window, const ControlPlace& place, HFONT font) {
+    HWND control = CreateWindowExW(place.extendedStyle, place.windowClass, place.text,
+                                   WS_CHILD | WS_VISIBLE | place.style, onScreen(place.x),
+                                   onScreen(place.y), onScreen(place.width), onScreen(place.height),
+                                   window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)),
+                                   GetModuleHandleW(nullptr), nullptr);
+    SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    serveWaitingSteps(); // a window of many controls takes its time
+    return control;
+}
+
+GdiFont segoeFont(int pixels, int weight) {
+    return GdiFont(CreateFontW(-onScreen(pixels), 0, 0, 0, weight, FALSE, FALSE, FALSE,
+                               DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
+                               CLEARTYPE_QUALITY, DEFAULT_PITCH | FF_DONTCARE, L"Segoe UI"));
+}
+
+HFONT controlFont() {
+    auto* const stock = static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT));
+    if (displayDpi() == kWrittenDpi) {
+        return stock;
+    }
+    static const GdiFont scaled = [stock] {
+        constexpr int kWrittenHeight = 11; // pixels of the stock font, which does not grow
+        LOGFONTW font{};
+        GetObjectW(stock, sizeof font, &font);
+        font.lfHeight = -onScreen(kWrittenHeight);
+        return GdiFont(CreateFontIndirectW(&font));
+    }();
+    return scaled.get();
+}
+
+LRESULT colourStatic(WPARAM deviceContext, HBRUSH background) noexcept {
+    auto* const dc = reinterpret_cast<HDC>(deviceContext);
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, colour(kToolWindowText));
+    return reinterpret_cast<LRESULT>(background);
+}
+
+void drawButton(const DRAWITEMSTRUCT& item, const ButtonColours& colours) {
+    const GdiBrush fill(CreateSolidBrush(colour(colours.fill)));
+    const GdiBrush border(CreateSolidBrush(colour(colours.border)));
+    FillRect(item.hDC, &item.rcItem, fill.get());
+    FrameRect(item.hDC, &item.rcItem, border.get());
+
+    std::array<wchar_t, 32> caption{};
+    GetWindowTextW(item.hwndItem, caption.data(), static_cast<int>(caption.size()));
+    HGDIOBJ before = SelectObject(
+        item.hDC, reinterpret_cast<HGDIOBJ>(SendMessageW(item.hwndItem, WM_GETFONT, 0, 0)));
+    SetBkMode(item.hDC, TRANSPARENT);
+    SetTextColor(item.hDC, colour(colours.text));
+    RECT place = item.rcItem;
+    DrawTextW(item.hDC, caption.data(), -1, &place, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
+    SelectObject(item.hDC, before);
+}
+
+void showToolWindow(HWND window) {
+    serveWaitingSteps(); // the system takes its time to put a window on the screen
+    ShowWindow(window, IsIconic(window) != 0 ? SW_RESTORE : SW_SHOW);
+    serveWaitingSteps();
+    BringWindowToTop(
+        window); // coming to the foreground leaves it below its siblings here and there
+    SetForegroundWindow(window);
+}
+
+void hideToolWindow(HWND window) {
+    HWND owner = GetWindow(window, GW_OWNER);
+    ShowWindow(window, SW_HIDE);
+    serveWaitingSteps(); // this takes the system as long as showing it
+    if (owner != nullptr && IsWindowEnabled(owner) != 0) { // not from a dialog over it
+        SetForegroundWindow(owner);
+        SetFocus(owner);
+    }
+}
+
+} // namespace percussomatic

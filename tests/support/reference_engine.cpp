@@ -1,0 +1,139 @@
+#include "support/reference_engine.h"
+
+#include <cmath>
+
+namespace percussomatic::reference {
+
+namespace {
+
+// Return, room size, damping, width, pre-delay in ms.
+constexpr float kPresets[6][5] = {
+    {0.20f, 0.42f, 0.58f, 0.92f, 5.0f},  {0.24f, 0.62f, 0.48f, 1.00f, 10.0f},
+    {0.16f, 0.28f, 0.66f, 0.78f, 2.0f},  {0.30f, 0.82f, 0.38f, 1.00f, 18.0f},
+    {0.34f, 0.92f, 0.42f, 1.00f, 26.0f}, {0.38f, 0.97f, 0.58f, 0.88f, 32.0f},
+};
+
+std::int16_t converted(float value) {
+    if (std::isnan(value)) {
+        return 0;
+    }
+    value = value > 1.0f ? 1.0f : value;
+    value = value < -1.0f ? -1.0f : value;
+    return static_cast<std::int16_t>(value * 32767.0f);
+}
+
+std::uint64_t framesOf(std::uint64_t ms, std::uint32_t rateHz) { // at least one
+    const std::uint64_t frames = rateHz * ms / 1000;
+    return frames < 1 ? 1 : frames;
+}
+
+} // namespace
+
+void ReferenceEngine::trigger(std::int32_t sampleIndex, float gain) {
+    if (outputMuted || sampleIndex < 0 || sampleIndex >= static_cast<int>(samples.size())) {
+        return;
+    }
+    std::size_t slot = 0;
+    while (slot < 64 && voices[slot].active) {
+        ++slot;
+    }
+    if (slot == 64) {
+        slot = 0;
+    }
+    voices[slot] = {sampleIndex, 0.0, gain > 0.0f ? gain : 0.0f, true, 0, 0};
+}
+
+void ReferenceEngine::setEffectEnabled(bool enabled) {
+    effectEnabled = enabled;
+    if (!enabled) {
+        reverb.reset();
+    }
+}
+
+void ReferenceEngine::setEffectPreset(std::int32_t preset) {
+    const float* values = kPresets[preset < 0 ? 0 : preset > 5 ? 5 : preset];
+    effectReturn = values[0];
+    reverb.roomSize = values[1];
+    reverb.damping = values[2];
+    reverb.width = values[3];
+    reverb.preDelayMs = values[4];
+}
+
+void ReferenceEngine::setAutoStop(bool enabled, float threshold, std::uint32_t holdMs,
+                                  std::uint32_t minMs) {
+    autoStopEnabled = enabled;
+    silenceThreshold = threshold;
+    silenceHoldMs = holdMs;
+    minPlayMs = minMs;
+}
+
+void ReferenceEngine::renderBlock(std::int16_t* out, std::uint32_t frames) {
+    if (stopAllVoicesRequest) {
+        stopAllVoicesRequest = false;
+        for (Voice& voice : voices) {
+            voice.active = false;
+            voice.sampleIndex = -1;
+            voice.position = 0.0;
+            voice.gain = 0.0f;
+        }
+    }
+    for (; frames > 0; --frames, out += 2) {
+        if (outputMuted) {
+            out[0] = 0;
+            out[1] = 0;
+        } else {
+            renderFrame(out);
+        }
+    }
+}
+
+void ReferenceEngine::renderFrame(std::int16_t* out) {
+    float L = 0.0f;
+    float R = 0.0f;
+    float sendL = 0.0f;
+    float sendR = 0.0f;
+    for (Voice& voice : voices) {
+        if (!voice.active || voice.sampleIndex < 0) {
+            continue;
+        }
+        const auto index = static_cast<std::size_t>(voice.sampleIndex);
+        const Sample& sample = samples[index];
+        const std::size_t n = sample.left.size();
+        const auto i = static_cast<std::size_t>(voice.position);
+        if (i >= n) {
+            voice.active = false;
+            continue;
+        }
+        const auto frac = static_cast<float>(voice.position - static_cast<double>(i));
+        const std::size_t j = i + 1 < n ? i + 1 : n - 1;
+        const float l = sample.left[i] + (sample.left[j] - sample.left[i]) * frac;
+        const float r = sample.right[i] + (sample.right[j] - sample.right[i]) * frac;
+        L += voice.gain * l;
+        R += voice.gain * r;
+        if (effectEnabled && index < 32) {
+            sendL += (sends[index] * voice.gain) * l;
+            sendR += (sends[index] * voice.gain) * r;
+        }
+        if (autoStopEnabled) {
+            const bool silent =
+                std::fabs(l) <= silenceThreshold && std::fabs(r) <= silenceThreshold;
+            voice.silentFrames = silent ? voice.silentFrames + 1 : 0;
+            voice.playedFrames += 1;
+            if (voice.playedFrames >= framesOf(minPlayMs, sampleRate) &&
+                voice.silentFrames >= framesOf(silenceHoldMs, sampleRate)) {
+                voice.active = false;
+                continue;
+            }
+        }
+        voice.position += static_cast<double>(sample.sampleRate) / static_cast<double>(sampleRate);
+    }
+    if (effectEnabled) {
+        const ReferenceReverb::Frame wet = reverb.process(sendL, sendR);
+        L += effectReturn * wet.left;
+        R += effectReturn * wet.right;
+    }
+    out[0] = converted(L * masterVolume);
+    out[1] = converted(R * masterVolume);
+}
+
+} // namespace percussomatic::reference
