@@ -1,4 +1,5 @@
-// Bass drum and timbals: struck circuits and struck skins.
+// SPDX-License-Identifier: MIT
+// Bass drum (an analogue resonator circuit) and timbals (membrane and shell modes).
 
 #include "noise.h"
 #include "struck_resonator.h"
@@ -10,7 +11,7 @@
 namespace recordings {
 namespace {
 
-// A click of the trigger pulse leaking through: one cycle of a sine.
+// The click of a trigger pulse that leaks into the output: one cycle of a sine.
 void addClick(Signal& target, double lengthMs, double gain) {
     const std::size_t frames = std::min(framesIn(lengthMs), target.size());
     for (std::size_t frame = 0; frame < frames; ++frame) {
@@ -20,16 +21,17 @@ void addClick(Signal& target, double lengthMs, double gain) {
 }
 
 struct Partial {
-    double pitch; // times the drum's: a ratio in the skin, Hz in the shell
+    double frequency; // membrane: ratio to the drum's fundamental; shell: Hz
     double gain;
-    double t60Ratio; // of the drum's
+    double t60Ratio; // to the drum's decay time
     double glide;
     SideTuning side;
 };
 
-// Ideal membrane, from the zeros of Bessel functions. The fundamental is the one the
-// blow stretches most; the second mode is the one that two ears hear differently.
-constexpr auto kMembrane = std::to_array<Partial>({
+// Modes of an ideal membrane: the ratios are those of the zeros of Bessel functions.
+// The fundamental deflects the skin most, so its pitch glides most. Only the second
+// mode differs between the channels.
+constexpr auto kMembraneModes = std::to_array<Partial>({
     {1.000, 1.00, 1.00, 0.07, {0.0, 0.0}},
     {1.594, 0.55, 0.72, 0.05, {0.0035, 0.1}},
     {2.136, 0.30, 0.55, 0.05, {0.0, 0.0}},
@@ -38,8 +40,8 @@ constexpr auto kMembrane = std::to_array<Partial>({
     {3.156, 0.10, 0.32, 0.05, {0.0, 0.0}},
 });
 
-// The metal shell rings on its own pitch, for as long as the skin lets it.
-constexpr auto kShell = std::to_array<Partial>({
+// The metal shell rings at its own frequencies, damped by the skin.
+constexpr auto kShellModes = std::to_array<Partial>({
     {2110.0, 0.13, 0.38, 0.0, {0.0030, 0.1}},
     {2790.0, 0.16, 0.34, 0.0, {0.0035, -0.1}},
     {3530.0, 0.10, 0.30, 0.0, {0.0040, 0.1}},
@@ -49,27 +51,27 @@ constexpr auto kShell = std::to_array<Partial>({
 struct Timbal {
     double hz;
     double t60Ms;
-    double shellScale; // a smaller drum's shell rings higher
+    double shellRatio; // a smaller drum's shell rings higher
     std::uint64_t seed;
 };
 
 Sound timbal(const Timbal& drum, std::size_t frames) {
-    constexpr double kStickOnSkinMs = 1.1;
-    constexpr double kStickOnRimMs = 0.3;
-    // Tension rises with the square of the deflection, so pitch settles twice as fast
-    // as the sound dies (Fletcher, Rep. Prog. Phys. 62, 1999).
+    constexpr double kSkinContactMs = 1.1;
+    constexpr double kRimContactMs = 0.3;
+    // Tension rises with the square of the deflection, so the pitch glide decays twice
+    // as fast as the sound (Fletcher, Rep. Prog. Phys. 62, 1999).
     const double tensionTauMs = 0.5 * drum.t60Ms / kTimeConstantsPerT60;
 
     Sound sound(frames);
-    for (const Partial& partial : kMembrane) {
-        strike(sound, kStickOnSkinMs,
-               {drum.hz * partial.pitch, partial.gain, drum.t60Ms * partial.t60Ratio, partial.glide,
-                tensionTauMs},
+    for (const Partial& partial : kMembraneModes) {
+        strike(sound, kSkinContactMs,
+               {drum.hz * partial.frequency, partial.gain, drum.t60Ms * partial.t60Ratio,
+                partial.glide, tensionTauMs},
                partial.side);
     }
-    for (const Partial& partial : kShell) {
-        strike(sound, kStickOnRimMs,
-               {drum.shellScale * partial.pitch, partial.gain, drum.t60Ms * partial.t60Ratio},
+    for (const Partial& partial : kShellModes) {
+        strike(sound, kRimContactMs,
+               {drum.shellRatio * partial.frequency, partial.gain, drum.t60Ms * partial.t60Ratio},
                partial.side);
     }
     addNoise(sound, {.seed = drum.seed,
@@ -82,11 +84,12 @@ Sound timbal(const Timbal& drum, std::size_t frames) {
 
 } // namespace
 
-// A bridged-T resonator struck by its trigger pulse. While the pulse lasts, a
-// transistor shorts part of the leg to ground and the pitch is an octave up; leakage
-// through the same transistor lets the rest sigh down slowly (Werner, Abel and Smith,
-// DAFx 2014). The second resonator is the shell: it and the even partials of the
-// lopsided clip lie between 90 and 200 Hz, where small loudspeakers still follow.
+// A bridged-T resonator excited by its trigger pulse. While the pulse lasts, a
+// transistor shorts part of the grounded leg and the pitch is an octave higher; leakage
+// through the same transistor makes the pitch fall slowly afterwards (Werner, Abel and
+// Smith, DAFx 2014). The second resonator models the shell. The shell and the even
+// partials of the asymmetric clip lie between 90 and 200 Hz, where small loudspeakers
+// still respond.
 Sound bassDrum(std::size_t frames) {
     Sound sound(frames);
     strike(sound.mid, 4.0, {56.0, 1.0, 350.0, 1.0, 13.0, 0.05, 90.0});

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "sound.h"
@@ -5,19 +6,21 @@
 
 namespace recordings {
 
-// One exponential with a raised-cosine attack. Two of them, a short one and a long
-// one, give the fast-then-slow fall of a gate that discharges through a diode.
+// An exponential decay with a raised-cosine attack. The sum of a short and a long one
+// falls quickly at first and slowly later, like an envelope capacitor that discharges
+// through a diode.
 struct Decay {
     double weight;
     double attackMs;
-    double t60Ms; // time to fall 60 dB, counted from the start of the attack
+    double t60Ms; // time to fall by 60 dB, from the start of the attack
 };
 
 // Multiplies the signal by the sum of the decays.
-void shape(Signal& signal, const std::vector<Decay>& decays);
+void applyEnvelope(Signal& signal, const std::vector<Decay>& decays);
 
-// The decays times 1 + amount * exp(-t / tauMs): a swell when amount is negative, a
-// burst when positive. Rates of exponentials add, so the product is again decays.
-std::vector<Decay> bent(const std::vector<Decay>& decays, double amount, double tauMs);
+// Returns the envelope multiplied by 1 + amount * exp(-t / tauMs): a negative amount makes
+// it swell, a positive one adds a burst. Multiplying exponentials adds their rates, so
+// the result is again a sum of decays.
+std::vector<Decay> withTransient(const std::vector<Decay>& decays, double amount, double tauMs);
 
 } // namespace recordings

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filters.h"
 
 #include <algorithm>
@@ -6,15 +7,16 @@
 namespace recordings {
 namespace {
 
-// Trapezoidal state-variable filter: stable and in tune up to half the sample rate.
-void run(Signal& signal, const FilterStage& stage) noexcept {
+// State-variable filter with trapezoidal integration: stable, and its cutoff is exact up
+// to half the sample rate.
+void applyStage(Signal& signal, const FilterStage& stage) noexcept {
     const double g = std::tan(kPi * stage.hz / kSampleRateHz);
     const double k = 1.0 / stage.q;
     const double a1 = 1.0 / (1.0 + g * (g + k));
     const double a2 = g * a1;
     const double a3 = g * a2;
     double band = 0.0; // state of the first integrator
-    double low = 0.0;  // and of the second
+    double low = 0.0;  // state of the second integrator
     for (double& sample : signal) {
         const double v3 = sample - low;
         const double v1 = a1 * band + a2 * v3;
@@ -45,7 +47,7 @@ double besselI0(double x) noexcept {
 
 constexpr std::size_t kTaps = 2 * kBandLimitDelayFrames + 1;
 
-// Flat to 19.5 kHz, -6 dB at 21.5, below -100 dB from 23.4.
+// Flat up to 19.5 kHz, -6 dB at 21.5 kHz, below -100 dB from 23.4 kHz.
 std::array<double, kTaps> bandLimitTaps() noexcept {
     constexpr double kCutoffHz = 21500.0;
     constexpr double kKaiserBeta = 11.2;
@@ -74,10 +76,10 @@ void filter(Signal& signal, const std::vector<FilterStage>& stages) {
     for (const FilterStage& stage : stages) {
         if (stage.response == Response::steepHighPass) {
             for (const double q : kSteepQ) {
-                run(signal, {Response::highPass, stage.hz, q});
+                applyStage(signal, {Response::highPass, stage.hz, q});
             }
         } else {
-            run(signal, stage);
+            applyStage(signal, stage);
         }
     }
 }
@@ -86,9 +88,9 @@ void bandLimit(Signal& signal) {
     static const std::array<double, kTaps> taps = bandLimitTaps();
     Signal limited(signal.size());
     for (std::size_t frame = 0; frame < signal.size(); ++frame) {
-        const std::size_t reach = std::min(kTaps, frame + 1);
+        const std::size_t tapCount = std::min(kTaps, frame + 1);
         double sum = 0.0;
-        for (std::size_t tap = 0; tap < reach; ++tap) {
+        for (std::size_t tap = 0; tap < tapCount; ++tap) {
             sum += taps[tap] * signal[frame - tap];
         }
         limited[frame] = sum;

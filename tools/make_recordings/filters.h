@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "sound.h"
@@ -7,8 +8,9 @@ namespace recordings {
 
 enum class Response { lowPass, bandPass, highPass, steepHighPass };
 
-// One stage of a filter chain: a 2-pole state-variable filter, or for the steep
-// high-pass a 4-pole Butterworth made of two. Band-passes have gain 1 at the centre.
+// One stage of a filter chain: a 2-pole state-variable filter, except that
+// steepHighPass is a 4-pole Butterworth built from two of them and ignores q.
+// A band-pass has gain 1 at its centre.
 struct FilterStage {
     Response response;
     double hz;
@@ -30,11 +32,12 @@ constexpr FilterStage bandPass(double hz, double q) noexcept {
     return {Response::bandPass, hz, q};
 }
 
+// Applies the stages in order, in place.
 void filter(Signal& signal, const std::vector<FilterStage>& stages);
 
-// Linear-phase low-pass for every recording: the player halves the rate by dropping
-// every second frame, so nothing may be left above 24 kHz. Delays by
-// kBandLimitDelayFrames.
+// Linear-phase low-pass for every recording. The instrument plays at half the rate by
+// dropping every second frame, so anything left above 24 kHz would alias. Delays the
+// signal by kBandLimitDelayFrames.
 void bandLimit(Signal& signal);
 
 inline constexpr std::size_t kBandLimitDelayFrames = 90; // 0.94 ms

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "sound.h"
@@ -6,17 +7,17 @@
 
 namespace recordings {
 
-// What turns a voice's raw sound into a recording of the kit.
-struct Finish {
-    double clipDrive; // into the output stage's soft clip, 0 for none; 1.5 is already thick
-    double clipBias;  // 0 clips both halves alike, for odd partials only
-    double lowCutHz;  // the coupling of the output stage: no offset, no rumble
+// How a voice's raw sound becomes a finished recording.
+struct FinishSettings {
+    double clipDrive;  // of the soft clip; 0 bypasses it, 1.5 distorts audibly
+    double clipBias;   // 0 clips symmetrically, which adds odd partials only
+    double highPassHz; // removes DC and rumble, like an output coupling capacitor
     double endFadeMs;
-    double peakDb; // within the kit; finish() then lowers all twelve alike
+    double peakDb; // dBFS, before finish() trims all twelve by the same amount
 };
 
-// Soft clip, low cut, band limit, fades, level, and once, last, 24 bits. Returns
-// interleaved samples of sound's length, padded with digital silence to frames.
-std::vector<std::int32_t> finish(Sound sound, const Finish& how, std::size_t frames);
+// Applies soft clip, high-pass, band limit, fades and level, then quantises to 24 bits.
+// Returns interleaved stereo samples, cut or padded with zeros to frames.
+std::vector<std::int32_t> finish(Sound sound, const FinishSettings& settings, std::size_t frames);
 
 } // namespace recordings

@@ -1,6 +1,7 @@
-// make_recordings OUT_FOLDER [name...]: renders the instrument's recordings, all
-// twelve or the named ones, into WAVE files. The same build of the tool writes the
-// same bytes every time.
+// SPDX-License-Identifier: MIT
+// make_recordings OUT_FOLDER [NAME...]: synthesises the instrument's recordings, all
+// twelve or only those named, and writes them as WAVE files. The same build of the tool
+// always writes the same bytes.
 
 #include "finishing.h"
 #include "voices.h"
@@ -17,10 +18,10 @@ namespace {
 
 using recordings::Voice;
 
-constexpr int kFailed = 1;
-constexpr int kMisused = 2;
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
 
-bool render(const Voice& voice, const std::filesystem::path& folder) {
+bool writeRecording(const Voice& voice, const std::filesystem::path& folder) {
     const std::filesystem::path path = folder / (std::string(voice.name) + ".wav");
     recordings::Sound sound = voice.render(recordings::framesIn(voice.soundingMs));
     if (!recordings::writeWaveFile(
@@ -31,22 +32,22 @@ bool render(const Voice& voice, const std::filesystem::path& folder) {
     return true;
 }
 
-// Empty when a name is unknown.
-std::vector<Voice> chosenVoices(const std::vector<std::string>& names) {
+// All voices if no name is given. Returns an empty vector if a name is unknown.
+std::vector<Voice> selectVoices(const std::vector<std::string>& names) {
     const auto all = recordings::voices();
     if (names.empty()) {
         return {all.begin(), all.end()};
     }
-    std::vector<Voice> chosen;
+    std::vector<Voice> selected;
     for (const std::string& name : names) {
         const auto found = std::ranges::find(all, name, &Voice::name);
         if (found == all.end()) {
-            std::cerr << "make_recordings: no recording is called \"" << name << "\"\n";
+            std::cerr << "make_recordings: unknown recording \"" << name << "\"\n";
             return {};
         }
-        chosen.push_back(*found);
+        selected.push_back(*found);
     }
-    return chosen;
+    return selected;
 }
 
 } // namespace
@@ -54,12 +55,12 @@ std::vector<Voice> chosenVoices(const std::vector<std::string>& names) {
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.empty()) {
-        std::cerr << "usage: make_recordings OUT_FOLDER [name...]\n";
-        return kMisused;
+        std::cerr << "usage: make_recordings OUT_FOLDER [NAME...]\n";
+        return kExitUsage;
     }
-    const std::vector<Voice> chosen = chosenVoices({arguments.begin() + 1, arguments.end()});
-    if (chosen.empty()) {
-        return kMisused;
+    const std::vector<Voice> selected = selectVoices({arguments.begin() + 1, arguments.end()});
+    if (selected.empty()) {
+        return kExitUsage;
     }
 
     const std::filesystem::path folder = arguments.front();
@@ -67,9 +68,9 @@ int main(int argc, char** argv) {
     std::filesystem::create_directories(folder, error);
     if (error) {
         std::cerr << "make_recordings: " << folder << ": " << error.message() << '\n';
-        return kFailed;
+        return kExitFailure;
     }
-    const bool written =
-        std::ranges::all_of(chosen, [&](const Voice& voice) { return render(voice, folder); });
-    return written ? 0 : kFailed;
+    const bool written = std::ranges::all_of(
+        selected, [&](const Voice& voice) { return writeRecording(voice, folder); });
+    return written ? 0 : kExitFailure;
 }

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "noise.h"
 
 namespace recordings {
 namespace {
 
-constexpr std::uint64_t kSideSeed = 0x5349444553494445ULL; // keeps mid and side unrelated
+constexpr std::uint64_t kSideSeed = 0x5349444553494445ULL; // makes mid and side independent
 
 void addChannel(Signal& target, const NoiseBurst& burst, std::uint64_t seed, double gain) {
     if (gain == 0.0) {
@@ -11,7 +12,7 @@ void addChannel(Signal& target, const NoiseBurst& burst, std::uint64_t seed, dou
     }
     Signal noise = whiteNoise(target.size(), seed);
     filter(noise, burst.filters);
-    shape(noise, burst.decays);
+    applyEnvelope(noise, burst.decays);
     addScaled(target, noise, gain);
 }
 
@@ -23,7 +24,7 @@ double Noise::next() noexcept {
     mixed = (mixed ^ (mixed >> 30)) * 0xbf58476d1ce4e5b9ULL;
     mixed = (mixed ^ (mixed >> 27)) * 0x94d049bb133111ebULL;
     mixed ^= mixed >> 31;
-    return static_cast<double>(mixed >> 11) * 0x1.0p-52 - 1.0; // 53 bits, exact in a double
+    return static_cast<double>(mixed >> 11) * 0x1.0p-52 - 1.0; // exact: 53 bits
 }
 
 Signal whiteNoise(std::size_t frames, std::uint64_t seed) {

@@ -1,4 +1,5 @@
-// Snare and rolling snare: two modes of a two-headed body, and the wires under it.
+// SPDX-License-Identifier: MIT
+// Snare and rolling snare: modes of the two coupled heads, and the noise of the wires.
 
 #include "noise.h"
 #include "struck_resonator.h"
@@ -14,39 +15,39 @@ struct SnareDrum {
     double bodyGain;
     double bodyT60Ms;
     double wireGain;
-    std::array<double, 2> rattleT60Ms; // the wires' bright part: its snap and its tail
-    double buzzT60Ms;                  // and their middle
+    std::array<double, 2> wireHighT60Ms; // high band of the wires: attack and tail
+    double wireMidT60Ms;                 // middle band of the wires
 };
 
 struct Hand {
     double levelDb;
-    double pitch;
-    double brightness; // factor on the wires' filters
-    double lean;       // of the mid into the side, to the left when positive
+    double pitchRatio;
+    double brightness; // factor on the cutoff frequencies of the wires' filters
+    double pan;        // gain of the mid added to the side: positive is left
 };
 
 constexpr SnareDrum kSnare = {0.80, 170.0, 1.55, {110.0, 330.0}, 280.0};
-constexpr Hand kOneHand = {0.0, 1.0, 1.0, 0.0};
+constexpr Hand kSingleHand = {0.0, 1.0, 1.0, 0.0};
 
-// Smaller and drier, so that fifteen strokes of it stay apart.
+// Smaller and drier, so that the fifteen strokes stay distinct.
 constexpr SnareDrum kRollDrum = {0.55, 100.0, 1.60, {60.0, 150.0}, 130.0};
-constexpr std::array<Hand, 2> kTwoHands = {{
+constexpr std::array<Hand, 2> kRollHands = {{
     {0.0, 1.0, 1.0, -0.05}, {-1.3, 0.988, 0.95, 0.05}, // the weaker hand
 }};
 
-// Modes of the heads: gain and decay as factors on the drum's. The 0,1 mode of two
-// heads coupled by the air between them splits into a pair (Rossing, Bork, Zhao and
-// Fystrom, JASA 92, 1992); a blow off the centre wakes two more for a moment.
-constexpr auto kHeads = std::to_array<Mode>({
+// Modes of the heads; gain and t60Ms are factors on the drum's. The air between the heads
+// couples them, which splits their (0,1) mode into a pair (Rossing, Bork, Zhao and
+// Fystrom, JASA 92, 1992). An off-centre stroke briefly excites two more.
+constexpr auto kHeadModes = std::to_array<Mode>({
     {187.0, 1.00, 1.00, 0.09, 12.0},
     {332.0, 0.75, 0.70, 0.06, 10.0},
     {283.0, 0.22, 0.40, 0.06, 10.0},
     {418.0, 0.20, 0.35, 0.06, 10.0},
 });
 
-// The lower head throws the wires off and catches them again in each of its periods
-// (Bilbao, JASA 131, 2012): their noise follows the body for as long as it moves.
-void rattle(Sound& wires, const Signal& body) {
+// In each of its periods the lower head throws the wires off and they fall back onto it
+// (Bilbao, JASA 131, 2012), so the body modulates the amplitude of their noise.
+void modulateWires(Sound& wires, const Signal& body) {
     constexpr double kDepth = 0.7;
     double peak = 0.0;
     for (const double sample : body) {
@@ -59,38 +60,39 @@ void rattle(Sound& wires, const Signal& body) {
     }
 }
 
-// Uses two noise seeds: seed and the one after it.
-Sound hit(const SnareDrum& drum, const Hand& hand, std::uint64_t seed, std::size_t frames) {
-    constexpr double kStickMs = 1.2;
-    constexpr double kWireSide = 0.27; // the wires are as wide as the drum
+// Uses two noise seeds: seed and seed + 1.
+Sound renderHit(const SnareDrum& drum, const Hand& hand, std::uint64_t seed, std::size_t frames) {
+    constexpr double kStickContactMs = 1.2;
+    constexpr double kWireSideGain = 0.27; // the wires span the width of the drum
 
     Sound body(frames);
-    for (const Mode& mode : kHeads) {
-        strike(body.mid, kStickMs,
-               {mode.hz * hand.pitch, mode.gain * drum.bodyGain, mode.t60Ms * drum.bodyT60Ms,
+    for (const Mode& mode : kHeadModes) {
+        strike(body.mid, kStickContactMs,
+               {mode.hz * hand.pitchRatio, mode.gain * drum.bodyGain, mode.t60Ms * drum.bodyT60Ms,
                 mode.glide, mode.glideTauMs});
     }
     Sound wires(frames);
     addNoise(wires,
              {.seed = seed,
               .filters = {highPass(3200.0 * hand.brightness), lowPass(11000.0 * hand.brightness)},
-              .decays = {{0.62, 0.8, drum.rattleT60Ms[0]}, {0.38, 2.0, drum.rattleT60Ms[1]}},
+              .decays = {{0.62, 0.8, drum.wireHighT60Ms[0]}, {0.38, 2.0, drum.wireHighT60Ms[1]}},
               .gain = 1.3 * drum.wireGain,
-              .sideGain = kWireSide});
+              .sideGain = kWireSideGain});
     addNoise(wires, {.seed = seed + 1,
                      .filters = {bandPass(1900.0 * hand.brightness, 0.8), highPass(700.0)},
-                     .decays = {{1.0, 1.5, drum.buzzT60Ms}},
+                     .decays = {{1.0, 1.5, drum.wireMidT60Ms}},
                      .gain = 0.85 * drum.wireGain,
-                     .sideGain = kWireSide});
-    rattle(wires, body.mid);
+                     .sideGain = kWireSideGain});
+    modulateWires(wires, body.mid);
     addScaled(wires, body, 1.0);
-    addScaled(wires.side, wires.mid, hand.lean);
+    addScaled(wires.side, wires.mid, hand.pan);
     return wires;
 }
 
-// The roll swells in, holds, and leaves without an accent: an accent would miss the
-// beat at most tempos, and retriggered on each beat it should join into one long roll.
-double rollLevel(double ms) noexcept {
+// Gain of the roll over time: it swells, holds and fades out without a final accent. An
+// accent would miss the beat at most tempos, and a roll retriggered on every beat should
+// sound continuous.
+double rollGain(double ms) noexcept {
     constexpr double kSwellMs = 100.0;
     constexpr double kHoldUntilMs = 500.0;
     constexpr double kEndMs = 950.0;
@@ -104,45 +106,45 @@ double rollLevel(double ms) noexcept {
     return gainFromDb(kEndDb * (ms - kHoldUntilMs) / (kEndMs - kHoldUntilMs));
 }
 
-struct Touch {
-    double delay; // of the interval to the next stroke
+struct Impact {
+    double delay; // as a fraction of the interval to the next stroke
     double gain;
 };
 
-// A stroke and its two bounces, which land before the other hand does.
-constexpr std::array<Touch, 3> kTouches = {{{0.0, 1.0}, {0.36, 0.42}, {0.66, 0.26}}};
+// A stroke and its two bounces, all before the next stroke of the other hand.
+constexpr std::array<Impact, 3> kImpacts = {{{0.0, 1.0}, {0.36, 0.42}, {0.66, 0.26}}};
 
 } // namespace
 
 Sound snare(std::size_t frames) {
-    Sound sound = hit(kSnare, kOneHand, 301, frames);
-    // The tip of the stick on the head, before anything rings.
+    Sound sound = renderHit(kSnare, kSingleHand, 301, frames);
+    // The attack of the stick's tip on the head.
     strike(sound.mid, 0.6, {1700.0, 0.5, 6.0});
     return sound;
 }
 
-// Alternating hands. What keeps it from sounding like a machine gun is that no two
-// strokes share spacing, level or noise.
+// Alternating hands. No two strokes have the same spacing, level or noise, so that the
+// roll does not sound like a machine gun.
 Sound rollingSnare(std::size_t frames) {
-    constexpr int kStrokes = 15;
+    constexpr int kStrokeCount = 15;
     constexpr double kIntervalMs = 1000.0 / 15.5;
     constexpr double kIntervalDeviation = 0.035;
     constexpr double kLevelDeviationDb = 0.8;
     constexpr double kBounceDeviation = 0.06;
-    constexpr double kHitMs = 400.0; // long enough for one hit to die away
+    constexpr double kHitMs = 400.0; // long enough for one hit to decay
 
     Sound roll(frames);
-    Noise chance(401);
+    Noise random(401);
     std::uint64_t seed = 410;
     double startMs = 0.0;
-    for (std::size_t stroke = 0; stroke < kStrokes; ++stroke) {
-        const Hand& hand = kTwoHands[stroke % kTwoHands.size()];
+    for (std::size_t stroke = 0; stroke < kStrokeCount; ++stroke) {
+        const Hand& hand = kRollHands[stroke % kRollHands.size()];
         const double gain =
-            rollLevel(startMs) * gainFromDb(hand.levelDb + kLevelDeviationDb * chance.nextNormal());
-        const double interval = kIntervalMs * (1.0 + kIntervalDeviation * chance.nextNormal());
-        for (const Touch& touch : kTouches) {
-            const double delay = touch.delay * (1.0 + kBounceDeviation * chance.next());
-            addScaled(roll, hit(kRollDrum, hand, seed, framesIn(kHitMs)), gain * touch.gain,
+            rollGain(startMs) * gainFromDb(hand.levelDb + kLevelDeviationDb * random.nextNormal());
+        const double interval = kIntervalMs * (1.0 + kIntervalDeviation * random.nextNormal());
+        for (const Impact& impact : kImpacts) {
+            const double delay = impact.delay * (1.0 + kBounceDeviation * random.next());
+            addScaled(roll, renderHit(kRollDrum, hand, seed, framesIn(kHitMs)), gain * impact.gain,
                       framesIn(startMs + delay * interval));
             seed += 2;
         }

@@ -1,4 +1,5 @@
-// Triangle: sparse high partials that beat.
+// SPDX-License-Identifier: MIT
+// Triangle: widely spaced high partials, each beating with a detuned copy.
 
 #include "noise.h"
 #include "struck_resonator.h"
@@ -13,11 +14,12 @@ struct Partial {
     double hz;
     double gain;
     double t60Ms;
-    double beatHz; // to the twin
+    double beatHz; // detuning of the copy
 };
 
-// A bent bar rings in its plane and across it (Stanciu and others, Applied Sciences 12,
-// 2022): two series of a free bar, 1 : 2.76 : 5.40 : 8.93 and so on, slightly apart.
+// A bent bar vibrates both in its plane and perpendicular to it (Stanciu and others,
+// Applied Sciences 12, 2022): two series of free-bar modes, 1 : 2.76 : 5.40 : 8.93 and so
+// on, slightly apart.
 constexpr auto kPartials = std::to_array<Partial>({
     {438.0, 0.03, 1000.0, 1.3},
     {494.0, 0.02, 1000.0, 1.7},
@@ -41,21 +43,22 @@ constexpr auto kPartials = std::to_array<Partial>({
 } // namespace
 
 Sound triangle(std::size_t frames) {
-    constexpr double kBeaterMs = 0.05; // steel on steel
-    constexpr double kTwinGain = 0.40;
-    constexpr SideTuning kCentre = {0.0, 0.0};
+    constexpr double kBeaterContactMs = 0.05; // steel on steel
+    constexpr double kCopyGain = 0.40;
+    constexpr SideTuning kMono = {0.0, 0.0};
 
     Sound sound(frames);
-    double lean = 0.3;
+    double sideGain = 0.3;
     for (const Partial& partial : kPartials) {
-        strike(sound, kBeaterMs, {partial.hz, partial.gain, partial.t60Ms}, kCentre);
-        strike(sound, kBeaterMs,
-               {partial.hz + partial.beatHz, kTwinGain * partial.gain, partial.t60Ms}, {0.0, lean});
-        // A short sharp copy makes the attack stand out, as the first touch of the
-        // beater does. Without it the tail would be too loud for the peak.
-        strike(sound, kBeaterMs, {1.0007 * partial.hz, 2.1 * partial.gain, 0.09 * partial.t60Ms},
-               kCentre);
-        lean = -lean; // the shimmer moves; the tone stays in the middle
+        strike(sound, kBeaterContactMs, {partial.hz, partial.gain, partial.t60Ms}, kMono);
+        strike(sound, kBeaterContactMs,
+               {partial.hz + partial.beatHz, kCopyGain * partial.gain, partial.t60Ms},
+               {0.0, sideGain});
+        // A louder, slightly sharp copy with a short decay emphasises the attack. Without
+        // it the tail would be too loud compared with the peak.
+        strike(sound, kBeaterContactMs,
+               {1.0007 * partial.hz, 2.1 * partial.gain, 0.09 * partial.t60Ms}, kMono);
+        sideGain = -sideGain; // only the beating moves between left and right
     }
     addNoise(sound, {.seed = 701,
                      .filters = {steepHighPass(5000.0), lowPass(14000.0)},

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "finishing.h"
@@ -7,8 +8,8 @@
 
 namespace recordings {
 
-// One function per instrument. Each returns the raw sound at any level, long enough
-// to die away; its line in the table says how it becomes a recording.
+// One function per instrument. Each renders the raw sound, at an arbitrary level; its row
+// in the table of voices() says how it becomes a finished recording.
 Sound bassDrum(std::size_t frames);
 Sound highTimbal(std::size_t frames);
 Sound lowTimbal(std::size_t frames);
@@ -26,10 +27,10 @@ struct Voice {
     std::string_view name; // of the file, without ".wav"
     Sound (*render)(std::size_t frames);
     std::size_t fileFrames;
-    double soundingMs; // rendered and faded out by then; the file's rest is digital zero
-    Finish finish;
+    double soundingMs; // length rendered, fade-out included; the rest of the file is zeros
+    FinishSettings finish;
 };
 
-std::span<const Voice> voices() noexcept; // all twelve, by name
+std::span<const Voice> voices() noexcept; // all twelve, sorted by name
 
 } // namespace recordings

@@ -1,4 +1,5 @@
-// Blocks and clave: short, hard, hollow.
+// SPDX-License-Identifier: MIT
+// Wood blocks and clave: short sounds with a hard attack and a hollow tone.
 
 #include "noise.h"
 #include "struck_resonator.h"
@@ -7,30 +8,31 @@
 namespace recordings {
 namespace {
 
-constexpr SideTuning kCentre = {0.0, 0.0};
+constexpr SideTuning kMono = {0.0, 0.0};
 
 struct Block {
     double hz;
     double t60Ms;
-    double cavityRatio; // of the slit's air to the wood
+    double cavityRatio; // resonance of the air in the slit, relative to hz
     std::uint64_t seed;
 };
 
-// The two low peaks a ratio of 1.15 apart are what sounds hollow (measured and asked
-// for by listeners: Sunohara and others, JASA 117, 2005); either alone reads as a blip.
+// Two low peaks in the ratio 1 : 1.15 make the block sound hollow (Sunohara and others, JASA
+// 117, 2005, by measurements and listening tests); one of them alone sounds like an
+// electronic blip.
 Sound block(const Block& wood, std::size_t frames) {
-    constexpr double kMalletMs = 0.9;
-    constexpr double kHardMalletMs = 0.4;
+    constexpr double kMalletContactMs = 0.9;
+    constexpr double kHardMalletContactMs = 0.4;
     constexpr double kGlide = 0.015;
     constexpr double kGlideTauMs = 6.0;
     const double cavityHz = wood.hz * wood.cavityRatio;
 
     Sound sound(frames);
-    strike(sound, kMalletMs, {wood.hz, 1.0, wood.t60Ms, kGlide, kGlideTauMs}, kCentre);
-    strike(sound, kMalletMs, {1.15 * wood.hz, 0.55, 0.8 * wood.t60Ms, kGlide, kGlideTauMs},
+    strike(sound, kMalletContactMs, {wood.hz, 1.0, wood.t60Ms, kGlide, kGlideTauMs}, kMono);
+    strike(sound, kMalletContactMs, {1.15 * wood.hz, 0.55, 0.8 * wood.t60Ms, kGlide, kGlideTauMs},
            {0.0035, 0.1});
-    strike(sound, kHardMalletMs, {cavityHz, 0.30, 0.45 * wood.t60Ms}, {0.003, -0.15});
-    strike(sound, kHardMalletMs, {1.61 * cavityHz, 0.16, 0.3 * wood.t60Ms}, {0.004, 0.15});
+    strike(sound, kHardMalletContactMs, {cavityHz, 0.30, 0.45 * wood.t60Ms}, {0.003, -0.15});
+    strike(sound, kHardMalletContactMs, {1.61 * cavityHz, 0.16, 0.3 * wood.t60Ms}, {0.004, 0.15});
     addNoise(sound, {.seed = wood.seed,
                      .filters = {bandPass(3.2 * wood.hz, 0.8)},
                      .decays = {{1.0, 0.4, 10.0}},
@@ -51,14 +53,15 @@ Sound lowBlock(std::size_t frames) {
     return block({640.0, 130.0, 2.57, 502}, frames);
 }
 
-// Two rods: a close pair and the bar's second mode, 2.71 times higher, from the one that
-// is held; the hollow hand under it adds a short body, the touch of wood a click.
+// Two rods: their close fundamentals and the second bending mode, 2.71 times higher, of
+// the rod that is held. The cupped hand below it adds a short resonance at 1240 Hz, the
+// contact of the rods adds a click.
 Sound clave(std::size_t frames) {
     Sound sound(frames);
-    strike(sound, 0.35, {2520.0, 1.0, 150.0, 0.004}, kCentre);
+    strike(sound, 0.35, {2520.0, 1.0, 150.0, 0.004}, kMono);
     strike(sound, 0.35, {2573.0, 0.28, 110.0}, {0.003, 0.3});
     strike(sound, 0.15, {6829.0, 0.45, 45.0}, {0.004, -0.15});
-    strike(sound, 0.70, {1240.0, 0.42, 42.0}, kCentre);
+    strike(sound, 0.70, {1240.0, 0.42, 42.0}, kMono);
     addNoise(sound, {.seed = 503,
                      .filters = {bandPass(5200.0, 0.8)},
                      .decays = {{1.0, 0.3, 8.0}},
