@@ -1,10 +1,12 @@
-// Halves the pictures of the panel once and twice, for screens that never show them in full: a
-// start then decodes a sixteenth of the pixels. Runs during the build.
+// SPDX-License-Identifier: MIT
+// Writes each of the given panel pictures at half and at quarter size. On a screen too small for
+// the full-size panel, the program then decodes as little as a sixteenth of the pixels at start-up.
+// Runs during the build.
 //
-// usage: reduce_pictures FOLDER PNG...      leaves FOLDER/NAME.1 and FOLDER/NAME.2
+// usage: reduce_pictures FOLDER PNG...      writes FOLDER/NAME.1 (half) and FOLDER/NAME.2 (quarter)
 //
-// The averages are the program's own, so that a reduced file shows the same pixels as one that is
-// reduced after decoding. That holds for opaque pictures; others are refused.
+// Uses the program's own averaging, so that a reduced file has the same pixels as a picture that is
+// reduced after decoding. This holds for opaque pictures only; others are rejected.
 
 #include "graphics/pixel_image.h"
 
@@ -52,24 +54,24 @@ void writePng(const std::filesystem::path& path, const PixelImage& image) {
 } // namespace
 } // namespace percussomatic
 
-int main(int count, char** arguments) {
+int main(int argc, char** argv) {
     using namespace percussomatic;
-    if (count < 3) {
+    if (argc < 3) {
         std::fprintf(stderr, "usage: reduce_pictures FOLDER PNG...\n");
         return 2;
     }
     try {
-        const std::filesystem::path folder = arguments[1];
-        for (int i = 2; i < count; ++i) {
-            const std::filesystem::path source = arguments[i];
+        const std::filesystem::path folder = argv[1];
+        for (int i = 2; i < argc; ++i) {
+            const std::filesystem::path source = argv[i];
             PixelImage image = readPng(source);
-            for (const char* halvings : {".1", ".2"}) {
+            for (const char* suffix : {".1", ".2"}) {
                 image = halved(image);
-                writePng(folder / (source.filename().string() + halvings), image);
+                writePng(folder / (source.filename().string() + suffix), image);
             }
         }
-    } catch (const std::exception& problem) {
-        std::fprintf(stderr, "%s\n", problem.what());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
         return 1;
     }
     return 0;
