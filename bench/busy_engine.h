@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+// Fixture of the benchmarks: an engine that plays a constant number of voices.
 #pragma once
 
 #include "audio/sound_engine.h"
@@ -12,8 +14,8 @@ namespace percussomatic {
 constexpr std::size_t kInstruments = 12;
 constexpr std::uint32_t kRecordingFrames = 480000; // 5 s at 96 kHz
 
-// Twelve stereo recordings at the rate of the instrument's own: with 46 MB larger than
-// the caches, as in the instrument.
+// Twelve stereo recordings of noise at 96 kHz, like the instrument's own. At 46 MB they are
+// larger than the caches, as in the instrument.
 inline const std::vector<Sample>& recordings() {
     static const std::vector<Sample> bank = [] {
         std::vector<Sample> samples;
@@ -38,14 +40,16 @@ inline const std::vector<Sample>& recordings() {
 
 constexpr std::uint32_t kRecordingFramesPerBlock = 2 * kDeviceBufferFrames;
 
-// Where a voice triggered at the start can come to, and still a block from the end.
+// A random position at least one block before the end. It is even, because a voice starts at
+// frame 0 and advances by two recording frames per output frame.
 inline std::uint32_t randomFrame(std::mt19937& random) {
     return static_cast<std::uint32_t>(random() %
                                       ((kRecordingFrames - kRecordingFramesPerBlock) / 2)) *
            2;
 }
 
-// An engine, fast or plain, with a steady number of voices spread over the recordings.
+// A SoundEngine or the reference engine, with a constant number of voices spread over the
+// recordings.
 template <typename Engine>
 class BusyEngine {
 public:
@@ -72,7 +76,7 @@ public:
         for (std::size_t voice = 0; voice < voices_; ++voice) {
             double& position = engine_.voices[voice].position;
             if (position + kRecordingFramesPerBlock >= kRecordingFrames) {
-                position = randomFrame(random_); // before it ends
+                position = randomFrame(random_); // before the voice ends
             }
         }
         engine_.renderBlock(out_.data(), kDeviceBufferFrames);

@@ -1,5 +1,6 @@
-// What do a block of voices and the reverb cost? Each is timed beside the plain,
-// frame-by-frame reference of the tests, which is compiled with the same flags.
+// SPDX-License-Identifier: MIT
+// What do a block of voices and the reverb cost? Compares each with the tests' reference
+// engine, which renders frame by frame and is compiled with the same flags.
 
 #include "busy_engine.h"
 #include "rounds.h"
@@ -10,7 +11,7 @@
 namespace percussomatic {
 namespace {
 
-constexpr std::size_t kVoices[] = {0, 1, 2, 4, 8, 16, 32, 48, 64};
+constexpr std::size_t kVoiceCounts[] = {0, 1, 2, 4, 8, 16, 32, 48, 64};
 
 template <typename Engine>
 void renderVoices(benchmark::State& state, std::size_t voices, bool effect) {
@@ -50,20 +51,20 @@ void reverbAlone(benchmark::State& state, bool silent) {
 
 void registerBenchmarks() {
     using benchmark::RegisterBenchmark;
-    const std::string againstPlain = ", against plain";
+    const std::string againstReference = ", against plain"; // read by scripts/plot-performance
     for (const bool effect : {false, true}) {
-        for (const std::size_t voices : kVoices) {
+        for (const std::size_t voices : kVoiceCounts) {
             const std::string name =
                 std::to_string(voices) + " voices, effect " + (effect ? "on" : "off");
             RegisterBenchmark(name.c_str(), renderVoices<SoundEngine>, voices, effect);
-            RegisterBenchmark((name + againstPlain).c_str(),
+            RegisterBenchmark((name + againstReference).c_str(),
                               renderVoices<reference::ReferenceEngine>, voices, effect);
         }
     }
     for (const bool silent : {false, true}) {
         const std::string name = std::string("reverb alone, ") + (silent ? "silence" : "signal");
         RegisterBenchmark(name.c_str(), reverbAlone<lumivarda::dsp::Plate70Reverb>, silent);
-        RegisterBenchmark((name + againstPlain).c_str(), reverbAlone<reference::ReferenceReverb>,
+        RegisterBenchmark((name + againstReference).c_str(), reverbAlone<reference::ReferenceReverb>,
                           silent);
     }
 }

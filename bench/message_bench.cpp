@@ -1,8 +1,9 @@
-// How long does the GUI thread hold up a step? Starts the program, plays it from a second thread by
-// posted messages, and looks at every message that the panel's window and its tool windows handle:
-// a third thread posts a step without a sound each millisecond, and the longest time within the
-// message in which none of them was served is what counts. Prints the worst and the median of each
-// kind. Run it in a folder of its own: it saves cards.
+// SPDX-License-Identifier: MIT
+// How long does the GUI thread delay a step? Starts the program and operates it from a second
+// thread with posted messages. A third thread posts a silent step every millisecond. For every
+// message handled by the panel's window or a tool window, measures the longest time during which
+// the GUI thread served no step. Prints the median and the worst time for each kind of message.
+// Run it in a folder of its own: it saves cards.
 
 #include "cards/card_panel.h"
 #include "panel/control_geometry.h"
@@ -27,15 +28,15 @@
 namespace percussomatic {
 namespace {
 
-// What the hand is doing. GUI thread: filed under it is what a message takes.
-std::atomic<const char*> doing = "start";
-std::map<std::string, std::vector<double>> times; // ms
-std::map<HWND, WNDPROC> timedWindows;
+// What the user thread is doing now; null while nothing is recorded.
+std::atomic<const char*> action = "start";
+std::map<std::string, std::vector<double>> timesMs; // by action and message; GUI thread only
+std::map<HWND, WNDPROC> timedWindows;               // their original window procedures
 
-constexpr UINT kMarker = WM_APP + 0x7F;
-std::atomic<int> markers = 0;
+constexpr UINT kMarkerMessage = WM_APP + 0x7F;
+std::atomic<int> handledMarkers = 0;
 constexpr WPARAM kSilentStep = 1;
-std::atomic<bool> playing = true;
+std::atomic<bool> postingSteps = true;
 
 HWND panel() {
     return static_cast<HWND>(mainWindow());
@@ -66,41 +67,41 @@ std::string nameOf(UINT message) {
     }
 }
 
-// Since a step was served last, within one message. GUI thread.
-struct Waiting {
-    std::int64_t since = 0, longest = 0; // ns
+// The longest time without a served step, within one message. GUI thread only.
+struct ServiceGap {
+    std::int64_t lastServedNs = 0, longestNs = 0;
 
     void served() {
-        const std::int64_t now = counterNs();
-        longest = std::max(longest, now - since);
-        since = now;
+        const std::int64_t nowNs = counterNs();
+        longestNs = std::max(longestNs, nowNs - lastServedNs);
+        lastServedNs = nowNs;
     }
 };
 
-LRESULT CALLBACK timed(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    static int depth = 0; // what a message sends belongs to it
-    static Waiting waiting;
-    if (message == kMarker) {
-        ++markers;
+LRESULT CALLBACK timedProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    static int depth = 0; // messages sent while handling a message count as part of it
+    static ServiceGap gap;
+    if (message == kMarkerMessage) {
+        ++handledMarkers;
         return 0;
     }
     if (depth > 0 && message == kStepTickMessage) {
-        waiting.served();
+        gap.served();
     }
     if (message == kStepTickMessage && wParam == kSilentStep) {
         return 0;
     }
-    const char* what = doing;
+    const char* what = action;
     if (depth == 0) {
-        waiting = {counterNs(), 0};
+        gap = {counterNs(), 0};
     }
     ++depth;
     const LRESULT result = CallWindowProcW(timedWindows[window], window, message, wParam, lParam);
     --depth;
     if (depth == 0 && what != nullptr) {
-        waiting.served();
-        times[std::string(what) + ": " + nameOf(message)].push_back(
-            static_cast<double>(waiting.longest) * 1e-6);
+        gap.served();
+        timesMs[std::string(what) + ": " + nameOf(message)].push_back(
+            static_cast<double>(gap.longestNs) * 1e-6);
     }
     return result;
 }
@@ -108,15 +109,15 @@ LRESULT CALLBACK timed(HWND window, UINT message, WPARAM wParam, LPARAM lParam) 
 void timeWindow(HWND window) {
     if (timedWindows.count(window) == 0) {
         timedWindows[window] = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
-        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(timed));
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(timedProc));
     }
 }
 
-// The second thread: a hand that waits until all it posted has been handled.
-void answered() {
-    const int before = markers;
-    PostMessageW(panel(), kMarker, 0, 0);
-    while (markers == before) {
+// User thread: blocks until the GUI thread has handled everything posted so far.
+void waitUntilHandled() {
+    const int before = handledMarkers;
+    PostMessageW(panel(), kMarkerMessage, 0, 0);
+    while (handledMarkers == before) {
         Sleep(1);
     }
 }
@@ -126,14 +127,14 @@ void mouse(UINT message, PixelPoint at, WPARAM keys = 0) {
     Sleep(5);
 }
 
-PixelPoint middleOf(const PixelRect& rect) {
+PixelPoint centreOf(const PixelRect& rect) {
     return {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
 }
 
-PixelPoint middleOf(const char* name) {
+PixelPoint centreOf(const char* name) {
     RECT client{};
     GetClientRect(panel(), &client);
-    return middleOf(controlClientRect(findControl(name), viewScale(client.right, client.bottom)));
+    return centreOf(controlClientRect(findControl(name), viewScale(client.right, client.bottom)));
 }
 
 PanelRects rects() {
@@ -145,24 +146,24 @@ PanelRects rects() {
 void click(PixelPoint at) {
     mouse(WM_LBUTTONDOWN, at);
     mouse(WM_LBUTTONUP, at);
-    answered();
+    waitUntilHandled();
 }
 
 void drag(const char* what, const char* control, int dx, int dy) {
-    doing = what;
-    const PixelPoint from = middleOf(control);
+    action = what;
+    const PixelPoint from = centreOf(control);
     mouse(WM_LBUTTONDOWN, from);
     for (int i = 1; i <= 100; ++i) {
         mouse(WM_MOUSEMOVE, {from.x + dx * i / 100, from.y + dy * i / 100});
     }
     mouse(WM_LBUTTONUP, from);
-    answered();
+    waitUntilHandled();
 }
 
 void openAndClose(const char* first, const char* again, PixelPoint box,
                   const wchar_t* windowClass) {
     for (const char* what : {first, again}) {
-        doing = what;
+        action = what;
         click(box);
         const HWND window = FindWindowW(windowClass, nullptr);
         if (window == nullptr) {
@@ -175,9 +176,10 @@ void openAndClose(const char* first, const char* again, PixelPoint box,
     }
 }
 
-// A modal dialog runs its own loop: from the click until it stands there.
+// A modal dialog runs its own message loop, so this times from the click until the dialog is
+// visible.
 void timeDialog(const char* what, PixelPoint box, const wchar_t* windowClass) {
-    doing = nullptr;
+    action = nullptr;
     const std::int64_t start = counterNs();
     mouse(WM_LBUTTONDOWN, box);
     HWND dialog = nullptr;
@@ -186,119 +188,119 @@ void timeDialog(const char* what, PixelPoint box, const wchar_t* windowClass) {
         Sleep(1);
     }
     SendMessageW(dialog, WM_NULL, 0, 0);
-    std::printf("%-44s %8.2f ms from the click until it stands there\n", what,
+    std::printf("%-44s %8.2f ms from the click until it is visible\n", what,
                 static_cast<double>(counterNs() - start) * 1e-6);
     SendMessageW(dialog, WM_CLOSE, 0, 0);
-    answered();
+    waitUntilHandled();
 }
 
 void resize() {
-    doing = "resize";
+    action = "resize";
     for (const int direction : {-1, 1}) {
         for (int i = 0; i < 14; ++i) {
             mouse(WM_MOUSEWHEEL, {0, 0},
                   MAKEWPARAM(MK_CONTROL, static_cast<WORD>(direction * WHEEL_DELTA)));
-            answered();
+            waitUntilHandled();
         }
     }
 }
 
 void playCards() {
-    doing = "cards dialog";
-    click(middleOf(rects().cards));
+    action = "cards dialog";
+    click(centreOf(rects().cards));
     for (int i = 0; i < 30; ++i) {
-        click(middleOf(rects().nextCard));
+        click(centreOf(rects().nextCard));
     }
-    timeDialog("TITLE", middleOf(rects().title), L"PunchCardTitleDialog");
-    doing = "save";
+    timeDialog("TITLE", centreOf(rects().title), L"PunchCardTitleDialog");
+    action = "save";
     for (int i = 0; i < 30; ++i) {
-        click(middleOf(rects().save));
+        click(centreOf(rects().save));
     }
-    doing = "insertion";
-    click(middleOf(rects().load));
+    action = "insertion";
+    click(centreOf(rects().load));
     while (!cardPanel().cardInserted) {
         Sleep(50);
     }
     Sleep(200);
-    click(middleOf("sw_008")); // edit off again
+    click(centreOf("sw_008")); // switches editing off again
 }
 
-void flood() {
-    doing = "learn";
+void floodWithControlChanges() {
+    action = "learn";
     PostMessageW(panel(), kMidiNotifyMessage, kMidiCmdLearn, 0);
-    click(middleOf("rotary_001"));
-    doing = "flood of CC";
+    click(centreOf("rotary_001"));
+    action = "flood of CC";
     for (int i = 0; i < 6000; ++i) {
         PostMessageW(panel(), kMidiNotifyMessage, static_cast<WPARAM>(0x07B0 | (i % 128) << 16), 0);
         if (i % 8 == 7) {
             Sleep(4);
         }
     }
-    answered();
+    waitUntilHandled();
 }
 
-void play() {
-    doing = nullptr;
+void operatePanel() {
+    action = nullptr;
     for (int line = 0; line < kLineCount; ++line) {
         for (int step = 0; step < kStepCount; ++step) {
             char name[16];
             std::snprintf(name, sizeof name, "bottone_%03d", line * kStepCount + step + 1);
-            click(middleOf(name));
+            click(centreOf(name));
         }
     }
-    const PixelPoint tempo = middleOf("rotary_002");
+    const PixelPoint tempo = centreOf("rotary_002");
     mouse(WM_LBUTTONDOWN, tempo);
     mouse(WM_MOUSEMOVE, {tempo.x, tempo.y - 1000}); // 240 BPM
     mouse(WM_LBUTTONUP, tempo);
-    click(middleOf("sw_007"));
-    doing = "playing";
+    click(centreOf("sw_007"));
+    action = "playing";
     Sleep(5000);
     drag("dial", "rotary_001", 0, 150);
     drag("slider", "slider_003", 120, 0);
-    doing = "step button";
+    action = "step button";
     for (int i = 0; i < 100; ++i) {
-        click(middleOf("bottone_035"));
+        click(centreOf("bottone_035"));
     }
     resize();
-    openAndClose("EFFECTS, first time", "EFFECTS, again", middleOf(rects().effects),
+    openAndClose("EFFECTS, first time", "EFFECTS, again", centreOf(rects().effects),
                  L"PercussomaticEffectsWindow");
-    openAndClose("INFO, first time", "INFO, again", middleOf(rects().info),
+    openAndClose("INFO, first time", "INFO, again", centreOf(rects().info),
                  L"PercussomaticAboutWindow");
-    openAndClose("MIDI, first time", "MIDI, again", middleOf(rects().midi),
+    openAndClose("MIDI, first time", "MIDI, again", centreOf(rects().midi),
                  L"LumivardaMidiDeviceSelectorWindow");
-    timeDialog("BPM", middleOf(rects().bpm), L"PercussomaticBpmEditDialog");
+    timeDialog("BPM", centreOf(rects().bpm), L"PercussomaticBpmEditDialog");
     playCards();
-    flood();
-    doing = nullptr;
+    floodWithControlChanges();
+    action = nullptr;
     PostMessageW(panel(), WM_KEYDOWN, VK_ESCAPE, 0);
 }
 
 void postSilentSteps() {
-    while (playing) {
+    while (postingSteps) {
         PostMessageW(panel(), kStepTickMessage, kSilentStep, 0);
         Sleep(1);
     }
 }
 
-std::thread hand, steps; // joined when the program's loop has ended
+std::thread userThread, stepThread; // joined after the program's message loop has ended
 
-void CALLBACK onceStarted(HWND, UINT, UINT_PTR timer, DWORD) {
+void CALLBACK onStarted(HWND, UINT, UINT_PTR timer, DWORD) {
     KillTimer(nullptr, timer);
     timeWindow(panel());
-    steps = std::thread(postSilentSteps);
-    hand = std::thread(play);
+    stepThread = std::thread(postSilentSteps);
+    userThread = std::thread(operatePanel);
 }
 
 void print() {
-    std::printf("\n%-44s %7s %11s %11s\n", "message", "times", "median", "worst");
+    std::printf("\n%-44s %7s %11s %11s\n", "message", "count", "median", "worst");
     std::vector<std::pair<double, std::string>> order;
-    for (auto& [name, all] : times) {
+    for (auto& [name, all] : timesMs) {
         std::sort(all.begin(), all.end());
         order.emplace_back(-all.back(), name);
     }
     std::sort(order.begin(), order.end());
     for (const auto& [worst, name] : order) {
-        const std::vector<double>& all = times[name];
+        const std::vector<double>& all = timesMs[name];
         std::printf("%-44s %7zu %8.2f ms %8.2f ms\n", name.c_str(), all.size(), all[all.size() / 2],
                     -worst);
     }
@@ -308,11 +310,11 @@ void print() {
 } // namespace percussomatic
 
 int main() {
-    SetTimer(nullptr, 0, 1000, percussomatic::onceStarted);
+    SetTimer(nullptr, 0, 1000, percussomatic::onStarted);
     const int code = percussomatic::runPercussomatic(GetModuleHandleW(nullptr));
-    percussomatic::hand.join();
-    percussomatic::playing = false;
-    percussomatic::steps.join();
+    percussomatic::userThread.join();
+    percussomatic::postingSteps = false;
+    percussomatic::stepThread.join();
     percussomatic::print();
     return code;
 }

@@ -1,14 +1,16 @@
-// How does the mixer compare with two well-known engines on equal work? 64 stereo voices
-// of 96 kHz material, linear interpolation to 48 kHz, from random positions of the same
-// recordings, blocks of 512 frames on one core.
+// SPDX-License-Identifier: MIT
+// How does the mixer compare with two well-known engines doing the same work? 64 stereo
+// voices at 96 kHz, resampled to 48 kHz with linear interpolation, from random positions of
+// the same recordings, in blocks of 512 frames on one core.
 //
-// FluidSynth plays mono voices, so it gets 64 pairs, panned hard. They loop over the whole
-// recording with a full, endless envelope; no chorus; its low-pass stands open. It keeps
-// recordings as 16-bit numbers, half the memory of ours, and renders floats, which spares
-// it the dither. With the reverb on, each voice sends to it, as ours do.
+// FluidSynth plays mono voices, so it gets 64 pairs, panned hard left and right. They loop
+// over the whole recording with a sustained envelope at full level, without chorus and with
+// the low-pass fully open. It stores recordings as 16-bit samples, half the memory of ours,
+// and renders floats, so it does not dither. With the reverb on, each voice has a send, as
+// in our engine.
 //
 // OpenAL Soft renders 64 looping stereo sources to a loopback device with 16-bit output,
-// straight to their channels: no panning, no HRTF, no limiter, no effects.
+// directly to the two channels: no panning, no HRTF, no limiter, no effects.
 
 #include "busy_engine.h"
 #include "rounds.h"
@@ -26,7 +28,7 @@
 namespace percussomatic {
 namespace {
 
-constexpr int kPairs = 64;
+constexpr int kStereoVoices = 64;
 constexpr int kBlockFrames = static_cast<int>(kDeviceBufferFrames);
 
 void require(bool condition, const char* what) {
@@ -38,7 +40,7 @@ void require(bool condition, const char* what) {
 
 void renderOurs(benchmark::State& state, bool effect) {
     static BusyEngine<SoundEngine> busy;
-    busy.play(kPairs, effect);
+    busy.play(kStereoVoices, effect);
     timeBlocks(state, [] { return busy.render(); });
 }
 
@@ -46,7 +48,7 @@ class FluidSynth {
 public:
     explicit FluidSynth(bool reverb) {
         fluid_settings_setnum(settings_, "synth.sample-rate", kDeviceRateHz);
-        fluid_settings_setint(settings_, "synth.polyphony", 2 * kPairs);
+        fluid_settings_setint(settings_, "synth.polyphony", 2 * kStereoVoices);
         fluid_settings_setint(settings_, "synth.cpu-cores", 1);
         fluid_settings_setint(settings_, "synth.reverb.active", reverb ? 1 : 0);
         fluid_settings_setint(settings_, "synth.chorus.active", 0);
@@ -56,16 +58,17 @@ public:
             samples_.push_back({addSample(sample.left), addSample(sample.right)});
         }
         std::mt19937 random(1);
-        for (std::size_t pair = 0; pair < kPairs; ++pair) {
+        for (std::size_t voice = 0; voice < kStereoVoices; ++voice) {
             const auto start = randomFrame(random);
-            startVoice(samples_[pair % kInstruments][0], start, -500.0f);
-            startVoice(samples_[pair % kInstruments][1], start, 500.0f);
+            startVoice(samples_[voice % kInstruments][0], start, -500.0f);
+            startVoice(samples_[voice % kInstruments][1], start, 500.0f);
         }
-        // Past the attack, and what is asked for is what plays.
+        // Skip the attack, then check that all voices really play.
         for (int block = 0; block < 20; ++block) {
             render();
         }
-        require(fluid_synth_get_active_voice_count(synth_) == 2 * kPairs, "FluidSynth lost voices");
+        require(fluid_synth_get_active_voice_count(synth_) == 2 * kStereoVoices,
+                "FluidSynth lost voices");
         require(std::fabs(left_[0]) > 1e-4f && left_[0] != right_[0], "FluidSynth is silent");
     }
 
@@ -76,13 +79,13 @@ public:
 
 private:
     static fluid_sample_t* addSample(const std::vector<float>& plane) {
-        std::vector<short> numbers;
-        numbers.reserve(plane.size());
+        std::vector<short> pcm;
+        pcm.reserve(plane.size());
         for (const float value : plane) {
-            numbers.push_back(static_cast<short>(value * 32767.0f));
+            pcm.push_back(static_cast<short>(value * 32767.0f));
         }
         fluid_sample_t* const sample = new_fluid_sample();
-        fluid_sample_set_sound_data(sample, numbers.data(), nullptr, kRecordingFrames,
+        fluid_sample_set_sound_data(sample, pcm.data(), nullptr, kRecordingFrames,
                                     2 * kDeviceRateHz, 1);
         fluid_sample_set_loop(sample, 8, kRecordingFrames - 8);
         fluid_sample_set_pitch(sample, 60, 0);
@@ -91,7 +94,7 @@ private:
 
     void startVoice(fluid_sample_t* sample, std::uint32_t start, float pan) {
         fluid_voice_t* const voice = fluid_synth_alloc_voice(synth_, sample, 0, 60, 100);
-        require(voice != nullptr, "FluidSynth has no voice");
+        require(voice != nullptr, "FluidSynth has no free voice");
         fluid_voice_gen_set(voice, GEN_SAMPLEMODE, 1.0f); // loops
         const std::uint32_t coarse = start / 32768;
         const std::uint32_t fine = start % 32768;
@@ -102,7 +105,7 @@ private:
         fluid_synth_start_voice(synth_, voice);
     }
 
-    fluid_settings_t* settings_ = new_fluid_settings(); // all of it until the process ends
+    fluid_settings_t* settings_ = new_fluid_settings(); // never freed: lives until the process ends
     fluid_synth_t* synth_ = nullptr;
     std::vector<std::array<fluid_sample_t*, 2>> samples_;
     std::array<float, kDeviceBufferFrames> left_{};
@@ -118,7 +121,7 @@ void renderFluidSynth(benchmark::State& state) {
 class OpenAl {
 public:
     OpenAl() {
-        const auto open = function<LPALCLOOPBACKOPENDEVICESOFT>("alcLoopbackOpenDeviceSOFT");
+        const auto open = loadFunction<LPALCLOOPBACKOPENDEVICESOFT>("alcLoopbackOpenDeviceSOFT");
         device_ = open(nullptr);
         require(device_ != nullptr, "OpenAL has no loopback device");
         const ALCint attributes[] = {ALC_FORMAT_CHANNELS_SOFT,
@@ -128,7 +131,7 @@ public:
                                      ALC_FREQUENCY,
                                      static_cast<ALCint>(kDeviceRateHz),
                                      ALC_STEREO_SOURCES,
-                                     kPairs,
+                                     kStereoVoices,
                                      ALC_HRTF_SOFT,
                                      ALC_FALSE,
                                      ALC_OUTPUT_LIMITER_SOFT,
@@ -148,11 +151,11 @@ public:
                          static_cast<ALsizei>(interleaved.size() * sizeof(float)),
                          2 * kDeviceRateHz);
         }
-        std::array<ALuint, kPairs> sources{};
-        alGenSources(kPairs, sources.data());
+        std::array<ALuint, kStereoVoices> sources{};
+        alGenSources(kStereoVoices, sources.data());
         const ALint resampler = linearResampler();
         std::mt19937 random(1);
-        for (std::size_t i = 0; i < kPairs; ++i) {
+        for (std::size_t i = 0; i < kStereoVoices; ++i) {
             alSourcei(sources[i], AL_BUFFER, static_cast<ALint>(buffers[i % kInstruments]));
             alSourcei(sources[i], AL_LOOPING, AL_TRUE);
             alSourcei(sources[i], AL_DIRECT_CHANNELS_SOFT, AL_TRUE);
@@ -160,8 +163,8 @@ public:
             alSourcei(sources[i], AL_SAMPLE_OFFSET, static_cast<ALint>(randomFrame(random)));
             alSourcef(sources[i], AL_GAIN, 0.1f);
         }
-        alSourcePlayv(kPairs, sources.data());
-        require(alGetError() == AL_NO_ERROR, "OpenAL refuses the sources");
+        alSourcePlayv(kStereoVoices, sources.data());
+        require(alGetError() == AL_NO_ERROR, "OpenAL reports an error for the sources");
         render();
         render();
         require(out_[0] != 0 && out_[0] != out_[1], "OpenAL is silent");
@@ -182,7 +185,7 @@ public:
 
 private:
     template <typename Function>
-    static Function function(const char* name) {
+    static Function loadFunction(const char* name) {
         Function found = nullptr;
         void* const address = alcGetProcAddress(nullptr, name);
         static_assert(sizeof found == sizeof address);
@@ -195,7 +198,7 @@ private:
         LPALGETSTRINGISOFT nameOf = nullptr;
         void* const address = alGetProcAddress("alGetStringiSOFT");
         std::memcpy(&nameOf, &address, sizeof nameOf);
-        require(nameOf != nullptr, "OpenAL cannot choose the resampler");
+        require(nameOf != nullptr, "OpenAL cannot select a resampler");
         for (ALint i = 0; i < alGetInteger(AL_NUM_RESAMPLERS_SOFT); ++i) {
             if (std::strcmp(nameOf(AL_RESAMPLER_NAME_SOFT, i), "Linear") == 0) {
                 return i;
@@ -205,7 +208,7 @@ private:
         return 0;
     }
 
-    LPALCRENDERSAMPLESSOFT render_ = function<LPALCRENDERSAMPLESSOFT>("alcRenderSamplesSOFT");
+    LPALCRENDERSAMPLESSOFT render_ = loadFunction<LPALCRENDERSAMPLESSOFT>("alcRenderSamplesSOFT");
     ALCdevice* device_ = nullptr;
     ALCcontext* context_ = nullptr;
     std::array<std::int16_t, std::size_t{kDeviceBufferFrames} * 2> out_{};

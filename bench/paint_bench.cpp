@@ -1,6 +1,7 @@
-// What do the panel's repaints cost? Starts the program, lets its own message loop call back, and
-// times each kind of repaint on its real window. Prints milliseconds (median, worst) and the share
-// of a full repaint.
+// SPDX-License-Identifier: MIT
+// What does each kind of panel repaint cost? Starts the program and, from a timer in its message
+// loop, times each kind of repaint on the real window. Prints milliseconds (median and worst) and
+// the ratio to a full repaint.
 
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
@@ -26,17 +27,18 @@ HWND panel() {
     return static_cast<HWND>(mainWindow());
 }
 
-double milliseconds(const std::function<void()>& work) {
+double measureMs(const std::function<void()>& work) {
     const std::int64_t start = counterNs();
     work();
     GdiFlush();
     return static_cast<double>(counterNs() - start) * 1e-6;
 }
 
-double printed(const char* what, int rounds, double fullMs, const std::function<void(int)>& work) {
+double measureAndPrint(const char* what, int rounds, double fullMs,
+                       const std::function<void(int)>& work) {
     std::vector<double> times;
     for (int round = 0; round < rounds; ++round) {
-        times.push_back(milliseconds([&] { work(round); }));
+        times.push_back(measureMs([&] { work(round); }));
     }
     std::sort(times.begin(), times.end());
     const double median = times[times.size() / 2];
@@ -67,52 +69,52 @@ void resizeTo(int percent, SIZE full) {
     UpdateWindow(panel());
 }
 
-void measure() {
+void measureRepaints() {
     RECT client{};
     GetClientRect(panel(), &client);
     const SIZE full{client.right, client.bottom};
     std::printf("panel of %ld x %ld pixels\n", full.cx, full.cy);
     fillPattern();
     sequencer().running = true;
-    sequencer().externalSync = true; // its own clock stays out of it
+    sequencer().externalSync = true; // keeps the program's own step clock out of it
 
-    const double all = printed("full repaint", 30, 0.0, [](int) { redrawPanel(); });
-    printed("a step's tick", 200, all, [](int) {
+    const double fullMs = measureAndPrint("full repaint", 30, 0.0, [](int) { redrawPanel(); });
+    measureAndPrint("a step's tick", 200, fullMs, [](int) {
         onStepTick();
         flushPainting();
     });
     const int knob = findControl("rotary_002");
-    printed("a dial while it is dragged", 200, all, [knob](int round) {
+    measureAndPrint("a dial while it is dragged", 200, fullMs, [knob](int round) {
         panelState().tempo.value = round / 200.0;
         redrawControl(knob, Repaint::now);
     });
-    printed("a slider while it is dragged", 200, all, [](int round) {
+    measureAndPrint("a slider while it is dragged", 200, fullMs, [](int round) {
         const int slider = findControl("slider_003");
         auto& offset = controlState().sliderOffset[static_cast<std::size_t>(slider)];
         const std::uint32_t old = std::exchange(offset, static_cast<std::uint32_t>(round * 3));
         redrawSlider(slider, old);
     });
     insertCard();
-    printed("the reader during an insertion", 60, all, [](int round) {
+    measureAndPrint("the reader during an insertion", 60, fullMs, [](int round) {
         cardPanel().readerCardY = round * 8.0;
         redrawReader();
         flushPainting();
     });
     cardPanel().insertingCard = false;
-    printed("rebuild after a resize", 20, all,
-            [full](int round) { resizeTo(round % 2 == 0 ? 90 : 100, full); });
+    measureAndPrint("rebuild after a resize", 20, fullMs,
+                    [full](int round) { resizeTo(round % 2 == 0 ? 90 : 100, full); });
     DestroyWindow(panel());
 }
 
-void CALLBACK onceStarted(HWND, UINT, UINT_PTR timer, DWORD) {
+void CALLBACK onStarted(HWND, UINT, UINT_PTR timer, DWORD) {
     KillTimer(nullptr, timer);
-    measure();
+    measureRepaints();
 }
 
 } // namespace
 } // namespace percussomatic
 
 int main() {
-    SetTimer(nullptr, 0, 1000, percussomatic::onceStarted);
+    SetTimer(nullptr, 0, 1000, percussomatic::onStarted);
     return percussomatic::runPercussomatic(GetModuleHandleW(nullptr));
 }

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+// Runs benchmarks in interleaved rounds and prints how they compare.
 #pragma once
 
 #include "audio/sound_engine.h"
@@ -11,7 +13,7 @@
 
 namespace percussomatic {
 
-// Renders blocks for as long as the benchmark wants and counts seconds of sound.
+// Times render(), which renders one block, and reports the speed as a multiple of real time.
 template <typename Render>
 void timeBlocks(benchmark::State& state, Render render) {
     for (auto _ : state) {
@@ -23,9 +25,9 @@ void timeBlocks(benchmark::State& state, Render render) {
     state.counters["x_realtime"] = benchmark::Counter(seconds, benchmark::Counter::kIsRate);
 }
 
-// Prints the table, then one line per benchmark whose name is that of another with
-// something after a comma: how many times faster the shorter name is. Medians of
-// interleaved rounds, so that a machine that is busy otherwise slows all of them alike.
+// Prints the table, then one line per benchmark named "X, against Y": how many times faster
+// X is. Compares the medians of interleaved rounds, so that other load on the machine affects
+// all benchmarks equally.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     RatioReporter() : ConsoleReporter(OO_Tabular) {}
@@ -41,10 +43,10 @@ public:
 
     void Finalize() override {
         for (const auto& [name, times] : timesRealTime_) {
-            const auto ours = timesRealTime_.find(name.substr(0, name.find(", against ")));
-            if (ours != timesRealTime_.end() && ours->first != name) {
-                std::printf("%7.2f x faster, %7.0f x real time: %s\n", ours->second / times,
-                            ours->second, name.c_str());
+            const auto baseline = timesRealTime_.find(name.substr(0, name.find(", against ")));
+            if (baseline != timesRealTime_.end() && baseline->first != name) {
+                std::printf("%7.2f x faster, %7.0f x real time: %s\n", baseline->second / times,
+                            baseline->second, name.c_str());
             }
         }
     }
@@ -53,16 +55,16 @@ private:
     std::map<std::string, double> timesRealTime_;
 };
 
-// Nine interleaved rounds unless the command line says otherwise.
+// Runs nine interleaved rounds unless the command line sets other options.
 inline int runRounds(int argc, char** argv) {
-    std::vector<std::string> words{
+    std::vector<std::string> options{
         argv[0], "--benchmark_repetitions=9", "--benchmark_enable_random_interleaving=true",
         "--benchmark_report_aggregates_only=true", "--benchmark_min_time=0.05"};
-    words.insert(words.end(), argv + 1, argv + argc);
+    options.insert(options.end(), argv + 1, argv + argc);
     std::vector<char*> arguments;
-    arguments.reserve(words.size());
-    for (std::string& word : words) {
-        arguments.push_back(word.data());
+    arguments.reserve(options.size());
+    for (std::string& option : options) {
+        arguments.push_back(option.data());
     }
     auto count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());

@@ -1,6 +1,7 @@
-// What does each step of the start cost? Calls them in their order, one after the other, though the
-// program decodes pictures beside cards and sound. Prints milliseconds; run it in a folder with
-// cards.
+// SPDX-License-Identifier: MIT
+// What does each step of the start-up cost? Calls the steps one after another, in the program's
+// order, and prints how many milliseconds each takes. The program itself decodes the pictures in
+// parallel with loading cards and sound. Run it in a folder with cards.
 
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
@@ -48,7 +49,7 @@ void startInSteps() {
         resetSequencer();
         resetMidiState();
     });
-    timed("pictures, beside the next three",
+    timed("pictures (parallel to the next three)",
           [size] { loadPanelImages(viewScale(size.width, size.height)); });
     timed("ten cards", [] {
         resetCardPanel();

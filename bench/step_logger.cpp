@@ -1,5 +1,6 @@
-// The instrument with a log of its steps, for step_times.py: when the clock posted each of them and
-// when the panel had served it, in nanoseconds. Left in steps.txt at the end.
+// SPDX-License-Identifier: MIT
+// The instrument with a log of its steps, for step_times.py: when the step clock posted each step
+// and when the panel had finished handling it, in nanoseconds. Writes steps.txt on exit.
 
 #include "sequencer/system.h"
 #include "win32/app/main_window.h"
@@ -14,28 +15,29 @@
 
 namespace percussomatic {
 
-// What the clock of this program calls in place of postStepTick().
+// The step clock of this program is compiled to call this instead of postStepTick().
 void loggedPost(WindowHandle window) noexcept;
 
 namespace {
 
 std::mutex mutex;
-std::vector<std::int64_t> posted, served;
+std::vector<std::int64_t> postedNs; // guarded by mutex
+std::vector<std::int64_t> servedNs; // GUI thread only
 WNDPROC panelProc = nullptr;
 
-LRESULT CALLBACK logged(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK loggedProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     const LRESULT result = CallWindowProcW(panelProc, window, message, wParam, lParam);
     if (message == kStepTickMessage) {
-        served.push_back(counterNs());
+        servedNs.push_back(counterNs());
     }
     return result;
 }
 
-void CALLBACK onceStarted(HWND, UINT, UINT_PTR timer, DWORD) {
+void CALLBACK onStarted(HWND, UINT, UINT_PTR timer, DWORD) {
     KillTimer(nullptr, timer);
     const HWND panel = static_cast<HWND>(mainWindow());
     panelProc = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(panel, GWLP_WNDPROC));
-    SetWindowLongPtrW(panel, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(logged));
+    SetWindowLongPtrW(panel, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(loggedProc));
 }
 
 } // namespace
@@ -44,21 +46,21 @@ void loggedPost(WindowHandle window) noexcept {
     const std::int64_t now = counterNs();
     postStepTick(window);
     const std::lock_guard lock(mutex);
-    posted.push_back(now);
+    postedNs.push_back(now);
 }
 
 } // namespace percussomatic
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int) {
     using namespace percussomatic;
-    posted.reserve(100'000);
-    served.reserve(100'000);
-    SetTimer(nullptr, 0, 500, onceStarted);
+    postedNs.reserve(100'000);
+    servedNs.reserve(100'000);
+    SetTimer(nullptr, 0, 500, onStarted);
     const int code = runPercussomatic(instance);
     if (std::FILE* file = std::fopen("steps.txt", "w"); file != nullptr) {
-        for (std::size_t i = 0; i < posted.size() && i < served.size(); ++i) {
-            std::fprintf(file, "%lld %lld\n", static_cast<long long>(posted[i]),
-                         static_cast<long long>(served[i]));
+        for (std::size_t i = 0; i < postedNs.size() && i < servedNs.size(); ++i) {
+            std::fprintf(file, "%lld %lld\n", static_cast<long long>(postedNs[i]),
+                         static_cast<long long>(servedNs[i]));
         }
         std::fclose(file);
     }

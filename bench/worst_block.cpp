@@ -1,6 +1,7 @@
-// How long can a single block take? 64 voices that end and start at random, the effect
-// on, 100,000 blocks; a block has 10.67 ms to be ready. Wall time includes whatever else
-// the machine does; the processor's own time does not.
+// SPDX-License-Identifier: MIT
+// How long can a single block take? Renders 100,000 blocks with the effect on and 64 voices
+// that start and end at random. The deadline of a block is 10.67 ms. Wall time includes other
+// load on the machine; processor time is that of this thread alone.
 //
 // usage: worst_block [BLOCKS]
 
@@ -22,7 +23,7 @@ double nowUs(clockid_t clock) {
     return 1e6 * static_cast<double>(now.tv_sec) + 1e-3 * static_cast<double>(now.tv_nsec);
 }
 
-// Recordings of 0.1 to 5 s, each with a silent end for the auto-stop to find.
+// Recordings of 0.2 to 5 s; every second one is half silence, so that auto-stop ends its voices.
 void loadRecordings(SoundEngine& engine) {
     engine.samples = recordings();
     for (std::size_t i = 0; i < kInstruments; ++i) {
@@ -36,7 +37,7 @@ void loadRecordings(SoundEngine& engine) {
     }
 }
 
-// As many triggers as there are idle voices, and now and then one that takes voice 0.
+// One trigger per idle voice, and occasionally one more, which steals voice 0.
 void triggerAtRandom(SoundEngine& engine, std::mt19937& random) {
     auto triggers = std::count_if(engine.voices.begin(), engine.voices.end(),
                                   [](const Voice& voice) { return !voice.active; });
@@ -50,8 +51,9 @@ void triggerAtRandom(SoundEngine& engine, std::mt19937& random) {
 void print(const char* clock, std::vector<double>& times) {
     std::sort(times.begin(), times.end());
     std::printf("%-10s", clock);
-    for (const double part : {0.5, 0.99, 0.999, 1.0}) {
-        const auto rank = static_cast<std::size_t>(part * static_cast<double>(times.size() - 1));
+    for (const double quantile : {0.5, 0.99, 0.999, 1.0}) {
+        const auto rank =
+            static_cast<std::size_t>(quantile * static_cast<double>(times.size() - 1));
         std::printf("  %8.1f us (1/%.0f)", times[rank], kBlockUs / times[rank]);
     }
     std::printf("\n");
@@ -78,7 +80,7 @@ void measure(std::size_t blocks) {
         processor[block] = nowUs(CLOCK_THREAD_CPUTIME_ID) - processorStart;
         wall[block] = nowUs(CLOCK_MONOTONIC) - wallStart;
     }
-    std::printf("%zu blocks; in brackets the share of the block's %.2f ms\n", blocks,
+    std::printf("%zu blocks; in brackets: time as a fraction of the %.2f ms deadline\n", blocks,
                 kBlockUs / 1000.0);
     std::printf("%-10s  %-19s  %-19s  %-19s  %s\n", "", "median", "p99", "p99.9", "longest");
     print("wall", wall);
