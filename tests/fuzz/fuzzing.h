@@ -8,7 +8,7 @@
 #include <string_view>
 
 // A fuzz target is a file that defines this: whatever the bytes, it returns 0 and nothing goes
-// wrong. Linked with libFuzzer by ./fuzz and with replay_main.cpp by the tests.
+// wrong. Linked with libFuzzer by scripts/fuzz and with replay_main.cpp by the tests.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace percussomatic::fuzz {
