@@ -1,11 +1,12 @@
-// listen replay RECORDING SCENARIO: holds every block that the stand-in for winmm.dll wrote down
-// against what the engine renders, and finds out before which blocks the voices were started:
-// "hit STEP BLOCK HANDED_NS" for every step with a sound, its place in the cycle and the first
-// block it is heard in; "difference BLOCK FRAME" where nothing of the scenario explains what is
-// heard. Ends with 1 when the sound is not what it should be, with 2 when it was called wrongly.
+// SPDX-License-Identifier: MIT
+// listen replay RECORDING SCENARIO: compares every block recorded by the fake winmm.dll with the
+// engine's own rendering and finds the block before which each voice was started. Prints
+// "hit STEP BLOCK WRITTEN_NS" for every audible step: its position in the cycle and the first block
+// that contains it; or "difference BLOCK FRAME" where the scenario cannot produce the recorded
+// sound. Exit code 1 means wrong sound, 2 wrong usage.
 //
-// A scenario has the line "master VALUE", the rotary 0..1, and a line "STEP SAMPLE SLIDER" per
-// voice of the cycle, sliders 0..650, in the order in which voices start.
+// A scenario has a line "master VALUE", the dial 0..1, and a line "STEP SAMPLE SLIDER" per voice of
+// the cycle, sliders 0..650, in the order in which the voices start.
 
 #include "listen_recording.h"
 
@@ -23,29 +24,29 @@
 namespace {
 
 constexpr int kWrongSound = 1;
-constexpr int kMisused = 2;
+constexpr int kWrongUsage = 2;
 
 struct Block {
-    listen::BlockHead head;
+    listen::BlockHeader header;
     std::vector<std::int16_t> samples;
 };
 
 struct Trigger {
-    int step = 0;             // in the cycle
+    int step = 0;             // position in the cycle
     bool firstOfStep = false; // voices of one step may start before different blocks
     std::int32_t sampleIndex = 0;
     float gain = 1.0f;
 };
 
-// All whole entries: the last one may be cut off when the program was killed.
+// Reads all complete entries; the last one may be truncated if the program was killed.
 std::vector<Block> readRecording(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::vector<Block> blocks;
     Block block;
-    while (file.read(reinterpret_cast<char*>(&block.head), sizeof(block.head))) {
-        block.samples.resize(static_cast<std::size_t>(block.head.frames) * 2);
+    while (file.read(reinterpret_cast<char*>(&block.header), sizeof(block.header))) {
+        block.samples.resize(static_cast<std::size_t>(block.header.frames) * 2);
         if (file.read(reinterpret_cast<char*>(block.samples.data()),
-                      block.head.frames * static_cast<std::int64_t>(listen::kFrameBytes))) {
+                      block.header.frames * static_cast<std::int64_t>(listen::kFrameBytes))) {
             blocks.push_back(block);
         }
     }
@@ -77,16 +78,16 @@ void prepare(percussomatic::SoundEngine& engine, double master) {
     }
 }
 
-// Renders each block with no voice started before it, with one, with two ..., until it equals the
-// recorded one; every recording is heard within its first block.
+// Renders each block with 0, 1, 2, ... voices started before it until it equals the recorded block.
+// This works because every instrument is audible within its first block.
 int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>& cycle,
                 percussomatic::SoundEngine& engine) {
-    constexpr std::size_t kMostAtOnce = 12; // two late steps
-    std::size_t played = 0;                 // triggers, over all cycles
+    constexpr std::size_t kMaxVoicesPerBlock = 12; // two late steps
+    std::size_t played = 0;                        // triggers, over all cycles
     for (std::size_t number = 0; number < recording.size(); ++number) {
         const Block& block = recording[number];
         if (block.samples.empty()) {
-            engine.deactivateAllVoices(); // closing the device before ended them
+            engine.deactivateAllVoices(); // the device was closed, which ends them
             continue;
         }
         const auto voices = engine.voices;
@@ -99,10 +100,10 @@ int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>&
                 const Trigger& trigger = cycle[next % cycle.size()];
                 engine.trigger(trigger.sampleIndex, trigger.gain);
             }
-            engine.renderBlock(rendered.data(), static_cast<std::uint32_t>(block.head.frames));
+            engine.renderBlock(rendered.data(), static_cast<std::uint32_t>(block.header.frames));
             equal = std::ranges::mismatch(rendered, block.samples).in1 - rendered.begin();
             longest = std::max(longest, equal);
-            if (equal == std::ssize(rendered) || started == kMostAtOnce) {
+            if (equal == std::ssize(rendered) || started == kMaxVoicesPerBlock) {
                 break;
             }
         }
@@ -113,8 +114,8 @@ int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>&
         for (; started > 0; --started, ++played) {
             const Trigger& trigger = cycle[played % cycle.size()];
             if (trigger.firstOfStep) {
-                std::cout << "hit " << trigger.step << ' ' << number << ' ' << block.head.handedNs
-                          << '\n';
+                std::cout << "hit " << trigger.step << ' ' << number << ' '
+                          << block.header.writtenNs << '\n';
             }
         }
     }
@@ -126,13 +127,13 @@ int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>&
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
     double master = 1.0;
-    const bool asked = words.size() == 3 && words[0] == "replay";
-    const std::vector<Block> recording = readRecording(asked ? words[1] : "");
-    const std::vector<Trigger> cycle = readScenario(asked ? words[2] : "", master);
+    const bool validUsage = words.size() == 3 && words[0] == "replay";
+    const std::vector<Block> recording = readRecording(validUsage ? words[1] : "");
+    const std::vector<Trigger> cycle = readScenario(validUsage ? words[2] : "", master);
     if (!recording.empty() && !cycle.empty()) {
         prepare(percussomatic::soundEngine(), master);
         return printReplay(recording, cycle, percussomatic::soundEngine());
     }
-    std::cerr << "listen: replay RECORDING SCENARIO, none of them empty\n";
-    return kMisused;
+    std::cerr << "usage: listen replay RECORDING SCENARIO (both non-empty)\n";
+    return kWrongUsage;
 }

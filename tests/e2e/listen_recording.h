@@ -1,15 +1,16 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-// What the stand-in for winmm.dll writes down per waveOutWrite: this head, then the frames, signed
-// 16-bit, left and right. An entry without frames says that the device was opened.
+// The format of the recording that the fake winmm.dll makes. Each waveOutWrite appends this header
+// and the frames, signed 16-bit stereo. An entry without frames marks an opening of the device.
 namespace listen {
 
-struct BlockHead {
-    std::int64_t handedNs = 0; // performance counter when the program wrote the block
-    std::int64_t startsNs = 0; // when its first frame is played
+struct BlockHeader {
+    std::int64_t writtenNs = 0; // performance counter at waveOutWrite
+    std::int64_t startsNs = 0;  // when its first frame is played
     std::int64_t frames = 0;
 };
 

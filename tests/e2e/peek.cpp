@@ -1,9 +1,8 @@
-// peek: what stands in a window of the program, for the end-to-end tests.
-//
-//   peek CLASS      one line per control, in the order of their creation:
-//       "ID LEFT TOP RIGHT BOTTOM STATE TEXT", screen pixels; STATE is the selected entry of a
-//       list, the position of a trackbar or 1 for a checked button, the entries of a list are
-//       separated by tabs. Ends with 1 when there is no such window that can be seen.
+// SPDX-License-Identifier: MIT
+// peek CLASS: prints the controls of a window of the program, for the end-to-end tests. One line
+// per control, in order of creation: "ID LEFT TOP RIGHT BOTTOM STATE TEXT" in screen pixels. STATE
+// is the selected entry of a list, the position of a trackbar or 1 for a checked button; TEXT has
+// the entries of a list separated by tabs. Exit code 1 if no such window is visible.
 
 #include <windows.h>
 
@@ -46,14 +45,16 @@ BOOL CALLBACK printControl(HWND control, LPARAM) {
     wchar_t name[32] = {};
     GetClassNameW(control, name, static_cast<int>(std::size(name)));
     const std::wstring kind(name);
-    const bool list = kind == L"ListBox";
-    const UINT question = list ? LB_GETCURSEL : kind == TRACKBAR_CLASSW ? TBM_GETPOS : BM_GETCHECK;
-    const LRESULT state = SendMessageW(control, question, 0, 0);
-    RECT place{};
-    GetWindowRect(control, &place);
-    std::printf("%d %ld %ld %ld %ld %d %s\n", GetDlgCtrlID(control), place.left, place.top,
-                place.right, place.bottom, static_cast<int>(state),
-                utf8(list ? entriesOf(control) : textOf(control)).c_str());
+    const bool isList = kind == L"ListBox";
+    const UINT stateMessage = isList                    ? LB_GETCURSEL
+                              : kind == TRACKBAR_CLASSW ? TBM_GETPOS
+                                                        : BM_GETCHECK;
+    const LRESULT state = SendMessageW(control, stateMessage, 0, 0);
+    RECT rect{};
+    GetWindowRect(control, &rect);
+    std::printf("%d %ld %ld %ld %ld %d %s\n", GetDlgCtrlID(control), rect.left, rect.top,
+                rect.right, rect.bottom, static_cast<int>(state),
+                utf8(isList ? entriesOf(control) : textOf(control)).c_str());
     return TRUE;
 }
 

@@ -1,23 +1,25 @@
-// The MIDI inputs of the stand-in for winmm.dll. The ports and what is played on them come from
-// files that a test writes while the program runs.
+// SPDX-License-Identifier: MIT
+// The MIDI inputs of the fake winmm.dll. A test defines the ports and sends messages through files
+// that it writes while the program runs.
 //
 // Environment variables, all with the prefix PERCUSSOMATIC_TEST_:
-//   MIDI_PORTS      the ports in UTF-8, a name per line. "!caps ", "!open " or "!start " before the
-//                   name makes that call fail. Read at each question: to rewrite the file is to
-//                   plug and unplug.
-//   MIDI_SCRIPT     what is played: lines "DELAY_US PACKED", microseconds after the line before, or
-//                   after now when that is over, and a short message, its first byte lowest. Tests
-//                   append to it; what stands in it when the program starts is not played.
-//   MIDI_DELIVERED  the journal, appended to: "played NS", the performance counter, per message, or
-//                   "lost NS" when no port was listening
+//   MIDI_PORTS      the port names, UTF-8, one per line. A prefix "!caps ", "!open " or "!start "
+//                   makes that call fail. Read on every query: rewriting the file connects and
+//                   disconnects ports.
+//   MIDI_SCRIPT     the messages to send, lines "DELAY_US PACKED": the delay counts from the
+//                   previous message, or from now if that is in the past; PACKED is a short
+//                   message with its first byte lowest. Tests append to the file; what it contains
+//                   when the program starts is ignored.
+//   MIDI_DELIVERED  the log, appended to: per message "played NS" with the performance counter, or
+//                   "lost NS" if no port was started
 //
-// One port can be open at a time; whatever is played comes from it.
+// One port can be open at a time; it receives all messages.
 //
-// Threads: any. One of its own plays, from the program's start to its end.
+// Threads: any. A thread of its own sends the messages, from the program's start to its end.
 
-#define _WINMM_ // NOLINT(bugprone-reserved-identifier): declares what follows without dllimport
+#define _WINMM_ // NOLINT(bugprone-reserved-identifier): declares the functions without dllimport
 
-#include "stand_in.h"
+#include "fake_winmm.h"
 
 #include <windows.h>
 
@@ -34,7 +36,7 @@
 
 namespace {
 
-using namespace stand_in;
+using namespace fake_winmm;
 
 using Callback = void(CALLBACK*)(HMIDIIN, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
 using DelayExecution = LONG(NTAPI*)(BOOLEAN alertable, const LARGE_INTEGER* interval);
@@ -46,8 +48,8 @@ struct Port {
 
 struct OpenPort {
     SRWLOCK lock = SRWLOCK_INIT;
-    // All guarded by lock, which is held through MIM_DATA: once midiInStop has returned, nothing
-    // arrives any more.
+    // All guarded by lock, which is held during MIM_DATA: no message arrives after midiInStop has
+    // returned.
     bool open = false, started = false;
     Port port;
     Callback callback = nullptr;
@@ -78,32 +80,32 @@ struct Message {
     DWORD_PTR packed = 0;
 };
 
-// The script, read as it grows. Playing thread only.
+// Reads MIDI_SCRIPT incrementally. Sender thread only.
 class Script {
 public:
-    // What stands in the file so far was meant for an earlier run.
+    // Starts at the end: the existing content belongs to an earlier run.
     Script() : file_(setting("MIDI_SCRIPT"), std::ios::binary) { file_.seekg(0, std::ios::end); }
 
-    void readOn() {
+    void readAppendedLines() {
         file_.clear();
-        file_.seekg(0, std::ios::cur); // or the end that has been seen stays the end
+        file_.seekg(0, std::ios::cur); // discards the buffered end of file
         unread_.append(std::istreambuf_iterator<char>(file_), {});
-        const std::size_t end = unread_.rfind('\n') + 1; // the next line may be half written
+        const std::size_t end = unread_.rfind('\n') + 1; // the last line may be incomplete
         std::istringstream lines(unread_.substr(0, end));
         unread_.erase(0, end);
         DWORD_PTR packed = 0;
         for (std::int64_t delayUs = 0; lines >> delayUs >> packed;) {
             lastDueNs_ = std::max(lastDueNs_, counterNs()) + delayUs * kNsPerUs;
-            coming_.push_back({lastDueNs_, packed});
+            pending_.push_back({lastDueNs_, packed});
         }
     }
 
-    std::deque<Message>& coming() { return coming_; }
+    std::deque<Message>& pending() { return pending_; }
 
 private:
     std::ifstream file_;
     std::string unread_;
-    std::deque<Message> coming_;
+    std::deque<Message> pending_;
     std::int64_t lastDueNs_ = 0;
 };
 
@@ -117,24 +119,24 @@ bool deliver(const Message& message) {
     return thePort.started;
 }
 
-DWORD WINAPI play(void* /*nothing*/) {
-    constexpr std::int64_t kLookNs = 5 * kNsPerMs; // between two looks at the script
+DWORD WINAPI sendMessages(void* /*unused*/) {
+    constexpr std::int64_t kPollNs = 5 * kNsPerMs; // interval between reads of the script
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
-    // Unlike Sleep it counts in units of 100 ns.
+    // Unlike Sleep, it has a resolution of 100 ns.
     const auto delayExecution = std::bit_cast<DelayExecution>(
         GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtDelayExecution"));
     Script script;
-    std::ofstream journal(setting("MIDI_DELIVERED"), std::ios::binary | std::ios::app);
+    std::ofstream log(setting("MIDI_DELIVERED"), std::ios::binary | std::ios::app);
     for (;;) {
-        script.readOn();
-        std::int64_t wakeNs = counterNs() + kLookNs;
-        std::deque<Message>& coming = script.coming();
-        for (; !coming.empty() && coming.front().dueNs <= counterNs(); coming.pop_front()) {
+        script.readAppendedLines();
+        std::int64_t wakeNs = counterNs() + kPollNs;
+        std::deque<Message>& pending = script.pending();
+        for (; !pending.empty() && pending.front().dueNs <= counterNs(); pending.pop_front()) {
             const std::int64_t nowNs = counterNs();
-            journal << (deliver(coming.front()) ? "played " : "lost ") << nowNs << std::endl;
+            log << (deliver(pending.front()) ? "played " : "lost ") << nowNs << std::endl;
         }
-        if (!coming.empty()) {
-            wakeNs = std::min(wakeNs, coming.front().dueNs);
+        if (!pending.empty()) {
+            wakeNs = std::min(wakeNs, pending.front().dueNs);
         }
         if (const std::int64_t remainingNs = wakeNs - counterNs(); remainingNs > 0) {
             LARGE_INTEGER interval;
@@ -152,13 +154,13 @@ MMRESULT stopInput() {
 
 } // namespace
 
-void stand_in::startMidiPlayer() {
+void fake_winmm::startMidiSender() {
     if (!setting("MIDI_SCRIPT").empty()) {
-        CloseHandle(CreateThread(nullptr, 0, play, nullptr, 0, nullptr));
+        CloseHandle(CreateThread(nullptr, 0, sendMessages, nullptr, 0, nullptr));
     }
 }
 
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): our own names
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): names differ from the SDK's
 
 UINT WINAPI midiInGetNumDevs() {
     return static_cast<UINT>(readPorts().size());
@@ -211,9 +213,9 @@ MMRESULT WINAPI midiInStop(HMIDIIN /*device*/) {
     return stopInput();
 }
 
-// Nothing is ever queued that it would give back.
+// No buffers are ever queued, so there are none to return.
 MMRESULT WINAPI midiInReset(HMIDIIN /*device*/) {
-    hangIn("midiInReset");
+    hangIfRequested("midiInReset");
     return stopInput();
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <windows.h>
@@ -6,22 +7,22 @@
 #include <cstdlib>
 #include <string>
 
-// What the two halves of the stand-in for winmm.dll share: winmm_stand_in.cpp is the wave-out
-// device, midi_stand_in.cpp the MIDI inputs.
-namespace stand_in {
+// Shared by the two parts of the fake winmm.dll: fake_winmm.cpp implements the wave-out device,
+// fake_midi_in.cpp the MIDI inputs.
+namespace fake_winmm {
 
 constexpr std::int64_t kNsPerSecond = 1'000'000'000, kNsPerMs = 1'000'000, kNsPerUs = 1'000;
 
-std::int64_t counterNs(); // the performance counter
+std::int64_t counterNs(); // performance counter
 
-// The environment variable PERCUSSOMATIC_TEST_name; empty without it.
+// The value of the environment variable PERCUSSOMATIC_TEST_<name>; empty if it is not set.
 inline std::string setting(const char* name) {
     const char* value = std::getenv((std::string("PERCUSSOMATIC_TEST_") + name).c_str());
     return value != nullptr ? value : "";
 }
 
-// The call that HANGS names never returns: a driver that has stopped answering.
-inline void hangIn(const char* call) {
+// Never returns if the variable HANGS names this call: simulates an unresponsive driver.
+inline void hangIfRequested(const char* call) {
     if (setting("HANGS") == call) {
         Sleep(INFINITE);
     }
@@ -38,7 +39,8 @@ private:
     SRWLOCK& lock_;
 };
 
-// Starts the thread that plays the script, when there is one. Called once, as the program loads.
-void startMidiPlayer();
+// Starts the thread that plays MIDI_SCRIPT, if that variable is set. Called once, when the DLL
+// loads.
+void startMidiSender();
 
-} // namespace stand_in
+} // namespace fake_winmm

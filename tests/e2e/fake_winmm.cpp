@@ -1,24 +1,25 @@
-// winmm.dll for tests, never installed: put beside a copy of the program, it is the wave-out
-// device and, in midi_stand_in.cpp, the MIDI inputs. It plays nothing, but takes time as a device
-// does: from the first write on it advances with the performance counter and returns each buffer
-// when it has been played. Every block is written down with its times (listen_recording.h), so a
-// test sees each frame, however busy the machine is.
+// SPDX-License-Identifier: MIT
+// A fake winmm.dll for tests, never installed. Placed next to a copy of the program, it provides
+// the wave-out device and, in fake_midi_in.cpp, the MIDI inputs. It is silent but keeps the timing
+// of a device: from the first write on, playback advances with the performance counter, and each
+// buffer is returned when it has been played. Every block is recorded with its times
+// (listen_recording.h), so a test sees each frame no matter how busy the machine is.
 //
 // Environment variables, all with the prefix PERCUSSOMATIC_TEST_:
-//   RECORD         path of the recording; none is made without it
-//   OPEN_RESULT    what waveOutOpen returns, 0 to open
-//   STOP_AFTER_MS  no buffer returns that is played later than so many milliseconds after the first
-//                  write
-//   HANGS          the name of a call that never returns: waveOutReset or midiInReset
+//   RECORD         path of the recording; nothing is recorded if unset
+//   OPEN_RESULT    the result of waveOutOpen; 0 opens the device
+//   STOP_AFTER_MS  buffers that end later than this many milliseconds after the first write are
+//                  never returned
+//   HANGS          a call that never returns: waveOutReset or midiInReset
 //
-// Whether the program handles buffers as it should is left to the unit tests of the wave output.
+// It does not check how the program handles its buffers; the unit tests of the wave output do.
 //
-// Threads: any. One of its own returns the buffers.
+// Threads: any. A thread of its own returns the buffers.
 
-#define _WINMM_ // NOLINT(bugprone-reserved-identifier): declares what follows without dllimport
+#define _WINMM_ // NOLINT(bugprone-reserved-identifier): declares the functions without dllimport
 
+#include "fake_winmm.h"
 #include "listen_recording.h"
-#include "stand_in.h"
 
 #include <windows.h>
 
@@ -33,7 +34,7 @@
 
 namespace {
 
-using namespace stand_in;
+using namespace fake_winmm;
 
 using Callback = void(CALLBACK*)(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
 
@@ -53,8 +54,8 @@ struct Device {
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
     std::deque<QueuedBuffer> queue;
-    std::int64_t endsNs = 0;      // of the last buffer; 0 before the first
-    std::int64_t hungNs = kNever; // buffers that end later do not return
+    std::int64_t endsNs = 0;      // end of the last buffer; 0 before the first
+    std::int64_t hungNs = kNever; // buffers that end later are not returned
     std::ofstream recording;
     HANDLE thread = nullptr;
 };
@@ -62,14 +63,14 @@ struct Device {
 Device theDevice;
 const auto kHandle = std::bit_cast<HWAVEOUT>(&theDevice);
 
-// Flushed per entry: what is written stays when the program is killed.
-void recordLocked(const listen::BlockHead& head, const char* frames) {
-    theDevice.recording.write(reinterpret_cast<const char*>(&head), sizeof(head));
-    theDevice.recording.write(frames, head.frames * std::int64_t{listen::kFrameBytes});
+// Flushes after each entry, so that the recording survives when the program is killed.
+void recordLocked(const listen::BlockHeader& entry, const char* frames) {
+    theDevice.recording.write(reinterpret_cast<const char*>(&entry), sizeof(entry));
+    theDevice.recording.write(frames, entry.frames * std::int64_t{listen::kFrameBytes});
     theDevice.recording.flush();
 }
 
-// Lets go of the lock while the program's callback runs.
+// Releases the lock while the program's callback runs.
 void returnOldestLocked() {
     WAVEHDR* header = theDevice.queue.front().header;
     theDevice.queue.pop_front();
@@ -85,7 +86,7 @@ void waitForChangeLocked(DWORD milliseconds) {
     SleepConditionVariableSRW(&theDevice.changed, &theDevice.lock, milliseconds, 0);
 }
 
-DWORD WINAPI returnPlayed(void* /*nothing*/) {
+DWORD WINAPI returnPlayed(void* /*unused*/) {
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
     const Lock lock(theDevice.lock);
     while (theDevice.open) {
@@ -105,7 +106,7 @@ DWORD WINAPI returnPlayed(void* /*nothing*/) {
 
 } // namespace
 
-std::int64_t stand_in::counterNs() {
+std::int64_t fake_winmm::counterNs() {
     LARGE_INTEGER ticks, ticksPerSecond;
     QueryPerformanceCounter(&ticks);
     QueryPerformanceFrequency(&ticksPerSecond);
@@ -115,12 +116,12 @@ std::int64_t stand_in::counterNs() {
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE /*library*/, DWORD reason, LPVOID /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH) {
-        startMidiPlayer();
+        startMidiSender();
     }
     return TRUE;
 }
 
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): our own names
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): names differ from the SDK's
 
 MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX format,
                             DWORD_PTR callback, DWORD_PTR instance, DWORD /*flags*/) {
@@ -138,7 +139,7 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX form
         if (!theDevice.recording.is_open()) {
             theDevice.recording.open(setting("RECORD"), std::ios::binary);
         }
-        recordLocked({.handedNs = counterNs()}, nullptr);
+        recordLocked({.writtenNs = counterNs()}, nullptr);
         theDevice.thread = CreateThread(nullptr, 0, returnPlayed, nullptr, 0, nullptr);
     }
     *device = kHandle;
@@ -163,13 +164,13 @@ MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*
     if (theDevice.endsNs == 0 && stopAfterMs != 0) {
         theDevice.hungNs = nowNs + stopAfterMs * kNsPerMs;
     }
-    // When the queue has run dry the block begins now, and a gap is left behind it.
-    const listen::BlockHead head{.handedNs = nowNs,
-                                 .startsNs = std::max(nowNs, theDevice.endsNs),
-                                 .frames =
-                                     header->dwBufferLength / std::int64_t{listen::kFrameBytes}};
-    recordLocked(head, header->lpData);
-    theDevice.endsNs = head.startsNs + head.frames * kNsPerSecond / theDevice.frameRateHz;
+    // After an underrun the block starts now, which leaves a gap before it.
+    const listen::BlockHeader entry{.writtenNs = nowNs,
+                                    .startsNs = std::max(nowNs, theDevice.endsNs),
+                                    .frames =
+                                        header->dwBufferLength / std::int64_t{listen::kFrameBytes}};
+    recordLocked(entry, header->lpData);
+    theDevice.endsNs = entry.startsNs + entry.frames * kNsPerSecond / theDevice.frameRateHz;
     header->dwFlags = (header->dwFlags & ~DWORD{WHDR_DONE}) | WHDR_INQUEUE;
     theDevice.queue.push_back({header, theDevice.endsNs});
     WakeAllConditionVariable(&theDevice.changed);
@@ -177,7 +178,7 @@ MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*
 }
 
 MMRESULT WINAPI waveOutReset(HWAVEOUT /*device*/) {
-    hangIn("waveOutReset");
+    hangIfRequested("waveOutReset");
     const Lock lock(theDevice.lock);
     while (!theDevice.queue.empty()) {
         returnOldestLocked();
