@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
-"""What the whole program takes of the machine: time to start, memory, processor.
+# SPDX-License-Identifier: MIT
+"""Measures the resources of the whole program: start-up time, memory, processor.
 
 usage: scripts/wine-env --virtual bench/process.py start PROGRAM.exe [OLDER.exe] [--rounds N] [--cold]
        scripts/wine-env --virtual bench/process.py memory PROGRAM.exe [--minutes N]
        scripts/wine-env --virtual bench/process.py cpu PROGRAM.exe
 
-start: from the start of the process to the painted panel, and to the first hit that the sound server hears from a hand
-       that sets one step as fast as it can; with an older program beside it in turns. --cold drops the system's file
-       caches before each start (as root only).
-memory: private and shared pages after the start, at the peak of the start, and after N minutes of play.
-cpu: share of one core while stopped, playing, playing with the effect, and while a card is on its way.
+start: from the start of the process to the painted panel, and to the first hit in the sound server's output
+       when one step is set as fast as possible; alternates with an older program, if given. --cold drops the
+       system's file caches before each start (root only).
+memory: private and file-backed pages after the start, at the peak of the start, and after N minutes of play.
+cpu: share of one core while stopped, playing, playing with the effect, and while a card is being loaded.
 """
 import argparse
 import array
@@ -24,15 +25,15 @@ import threading
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "scripts"))
-from player import Player, read_controls, xdotool  # noqa: E402
+from panel_table import INSTRUMENTS, SLIDERS, START_STOP, STEP_COUNT, SWITCHES, step_button  # noqa: E402
+from player import Player, start_capture, xdotool  # noqa: E402
 
-PANEL = 500, 330          # a pixel of the front panel on the usual display
-HEARD = 300               # of 32767
-PAGE_KB = os.sysconf("SC_PAGESIZE") // 1024
+PANEL_PIXEL = 500, 330  # a pixel of the front panel on the default virtual display
+AUDIBLE_LEVEL = 300  # of 32767
 
 
 class Display:
-    """Single pixels, without the price of a screenshot."""
+    """Reads single pixels without the cost of a screenshot."""
 
     def __init__(self):
         self.x = ctypes.CDLL("libX11.so.6")
@@ -42,23 +43,27 @@ class Display:
         self.root = self.x.XDefaultRootWindow(self.display)
 
     def pixel(self, x, y):
-        image = ctypes.c_void_p(self.x.XGetImage(self.display, ctypes.c_ulong(self.root), x, y, 1, 1, ctypes.c_ulong(0xFFFFFF), 2))
+        root, all_planes = ctypes.c_ulong(self.root), ctypes.c_ulong(0xFFFFFF)
+        image = self.x.XGetImage(self.display, root, x, y, 1, 1, all_planes, 2)
+        image = ctypes.c_void_p(image)
         value = self.x.XGetPixel(image, 0, 0)
-        self.x.XFree(image)     # leaves the few bytes of the pixel behind
+        self.x.XFree(image)  # leaks the few bytes of the pixel
         return value
 
 
 def pages(process):
     """Private and file-backed resident memory in MB."""
-    fields = dict(line.split(":") for line in pathlib.Path(f"/proc/{process}/status").read_text().splitlines())
+    lines = pathlib.Path(f"/proc/{process}/status").read_text().splitlines()
+    fields = dict(line.split(":") for line in lines)
     return int(fields["RssAnon"].split()[0]) / 1024, int(fields["RssFile"].split()[0]) / 1024
 
 
 def wine_process(folder):
-    """The program of that folder itself, not its loader; nothing before it is there."""
+    """The process id of the program in that folder, not of its loader; None before it exists."""
     for entry in pathlib.Path("/proc").iterdir():
         try:
-            if entry.name.isdigit() and pathlib.Path(folder).name in (entry / "cmdline").read_text() and pages(entry.name)[0] > 1:
+            matches = entry.name.isdigit() and pathlib.Path(folder).name in (entry / "cmdline").read_text()
+            if matches and pages(entry.name)[0] > 1:
                 return int(entry.name)
         except (OSError, KeyError):
             pass
@@ -72,20 +77,19 @@ def folder_with(program):
     return folder, copy
 
 
-class Ear:
-    """Notes when the sound server plays something."""
+class SoundDetector:
+    """Detects when the sound server first plays something."""
 
     def __init__(self):
-        self.heard = threading.Event()
-        self.process = subprocess.Popen(["parec", "-d", "out.monitor", "--raw", "--format=s16le", "--rate=48000", "--channels=2",
-                                         "--latency-msec=5"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.detected = threading.Event()
+        self.process = start_capture(subprocess.PIPE, latency_ms=5)
         threading.Thread(target=self.listen, daemon=True).start()
 
     def listen(self):
         while raw := self.process.stdout.read(960):
-            if max(map(abs, array.array("h", raw))) > HEARD:
+            if max(map(abs, array.array("h", raw))) > AUDIBLE_LEVEL:
                 self.when = time.monotonic()
-                self.heard.set()
+                self.detected.set()
                 return
 
     def close(self):
@@ -100,35 +104,31 @@ def one_start(program, display, cold):
         if cold:
             os.sync()
             pathlib.Path("/proc/sys/vm/drop_caches").write_text("3")
-        ear = Ear()
-        time.sleep(3)           # or the sound server, idle until now, would take its blocks as rarely as every two seconds
-        before = display.pixel(*PANEL)
+        sound = SoundDetector()
+        time.sleep(3)  # after idling, the sound server may take blocks only every two seconds
+        before = display.pixel(*PANEL_PIXEL)
         peak = 0
         start = time.monotonic()
-        process = subprocess.Popen(["wine64", str(copy)], cwd=folder.name, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        quiet = dict(stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        process = subprocess.Popen(["wine64", str(copy)], cwd=folder.name, **quiet)
         program_id = None
-        while display.pixel(*PANEL) == before:
+        while display.pixel(*PANEL_PIXEL) == before:
             program_id = program_id or wine_process(folder.name)
             peak = max(peak, pages(program_id)[0] if program_id else 0)
             time.sleep(0.002)
         panel = time.monotonic() - start
-        player = object.__new__(Player)
-        player.dpi, player.controls = 96, read_controls()
-        player.turned = dict.fromkeys(player.controls, 0)
-        player.process, player.window = process, xdotool("search", "--onlyvisible", "--name", "^Percussomatic$").split()[0]
-        player.place()
+        player = Player.attach(process)
+        pause = ["sleep", 0.03]
         words = []
-        for name in ("sw_017", "bottone_081"):
-            x, y = player.point(name)
-            words += ["mousemove", x, y, "sleep", 0.03, "click", 1, "sleep", 0.03]
-        x, y = player.point("slider_006")
-        words += ["mousemove", x, y, "sleep", 0.03, "mousedown", 1, "sleep", 0.03, "mousemove", x + 200, y, "sleep", 0.03, "mouseup", 1]
-        x, y = player.point("sw_007")
-        xdotool(*words, "mousemove", x, y, "sleep", 0.03, "click", 1)
-        ear.heard.wait(20)
-        hit = ear.when - start
-        ear.close()
+        for name in (SWITCHES["Bass Drum"], step_button(5, 0)):
+            words += ["mousemove", *player.centre(name), *pause, "click", 1, *pause]
+        x, y = player.centre(SLIDERS[5])
+        words += ["mousemove", x, y, *pause, "mousedown", 1, *pause]
+        words += ["mousemove", x + 200, y, *pause, "mouseup", 1]
+        xdotool(*words, "mousemove", *player.centre(START_STOP), *pause, "click", 1)
+        sound.detected.wait(20)
+        hit = sound.when - start
+        sound.close()
         player.close()
         return panel, hit, peak
 
@@ -145,12 +145,9 @@ def start(arguments):
         print(f"{program[-40:]:40} {panel:7.2f} s {hit:8.2f} s {peak:11.0f} MB")
 
 
-def play(player):
-    """A full rhythm."""
-    for line, switch in enumerate(("sw_028", "sw_026", "sw_024", "sw_022", "sw_020", "sw_017")):
-        player.click(switch)
-        player.slide(f"slider_{line + 1:03}", 500)
-        player.set_steps(line, range(0, 16, 1 + line % 3))
+def set_full_rhythm(player):
+    for line, instrument in enumerate(INSTRUMENTS[1::2]):
+        player.set_line(line, [instrument], 500, range(0, STEP_COUNT, 1 + line % 3))
 
 
 def memory(arguments):
@@ -159,11 +156,15 @@ def memory(arguments):
         player = Player(copy, folder.name)
         program_id = wine_process(folder.name)
         print(f"{'':24} {'private':>10} {'files':>10}")
-        show = lambda what: print(f"{what:24} {pages(program_id)[0]:7.0f} MB {pages(program_id)[1]:7.0f} MB", flush=True)
+
+        def show(what):
+            private, files = pages(program_id)
+            print(f"{what:24} {private:7.0f} MB {files:7.0f} MB", flush=True)
+
         time.sleep(2)
         show("after the start")
-        play(player)
-        player.click("sw_007")
+        set_full_rhythm(player)
+        player.click(START_STOP)
         for minute in range(int(arguments.minutes)):
             time.sleep(60)
             if minute in (0, int(arguments.minutes) - 1):
@@ -176,7 +177,8 @@ def cpu(arguments):
     with folder:
         player = Player(copy, folder.name)
         program_id = wine_process(folder.name)
-        ticks = lambda: sum(map(int, pathlib.Path(f"/proc/{program_id}/stat").read_text().rsplit(")", 1)[1].split()[11:13]))
+        stat = pathlib.Path(f"/proc/{program_id}/stat")
+        ticks = lambda: sum(map(int, stat.read_text().rsplit(")", 1)[1].split()[11:13]))
 
         def show(what, seconds):
             before, since = ticks(), time.monotonic()
@@ -186,9 +188,9 @@ def cpu(arguments):
 
         time.sleep(2)
         show("stopped", 20)
-        play(player)
+        set_full_rhythm(player)
         player.choose("CARDS", "SAVE", "CANCEL")
-        player.click("sw_007")
+        player.click(START_STOP)
         show("playing, 120 BPM", 20)
         player.choose("EFFECTS")
         time.sleep(1)
@@ -197,7 +199,7 @@ def cpu(arguments):
         xdotool("mousemove", x + 545, y + 45, "click", 1)
         show("playing with the effect", 20)
         player.choose("CARDS", "LOAD")
-        show("a card on its way", 1.2)
+        show("loading a card", 1.2)
         player.close()
 
 

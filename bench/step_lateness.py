@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""How late steps are heard while a controller floods the instrument, against the same rhythm undisturbed.
+# SPDX-License-Identifier: MIT
+"""Measures the lateness of steps under a flood of MIDI messages, compared to the same rhythm undisturbed.
 
 usage: scripts/wine-env --virtual bench/step_lateness.py BUILD_FOLDER      (the folder of the windows preset)
 
-Plays the real program with the stand-in for winmm.dll: 60 steps at 120 BPM, then again with 2,000 Control Change
-messages in each second. Times are those at which the block with the step's first frame is handed to the device, so
-they move in blocks of 10.7 ms.
+Plays the real program with the fake winmm.dll: 60 steps at 120 BPM, then again with 2,000 Control Change
+messages per second. A step's time is when the block with its first frame is written to the device, so the
+resolution is one block, 10.7 ms.
 """
 import pathlib
 import sys
@@ -13,28 +14,28 @@ import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tests/e2e"))
+from e2e_test_case import fit_line  # noqa: E402
 from midi_test import Midi  # noqa: E402
-from played import fitted, listen  # noqa: E402
+from panel_table import START_STOP, UNUSED_SWITCH  # noqa: E402
 
 STEPS = 60
 
 
 class StepLateness(Midi):
     def lateness_ms(self, flood):
-        """How long after the fitted grid each step was handed over, the earliest counting as 0."""
-        player = self.connected("sw_014=0,20")
+        """Delay of each step against the fitted grid, relative to the earliest step."""
+        player = self.connected(f"{UNUSED_SWITCH}=0,20")
         rhythm = self.set_rhythm(player)
-        player.click("sw_007")
+        player.click(START_STOP)
         if flood:
-            self.midi.send_many([(500, bytes([0xB0, 20, 127 * (i % 2)])) for i in range(2000 * STEPS // 8)])
+            messages = [(500, bytes([0xB0, 20, 127 * (i % 2)])) for i in range(2000 * STEPS // 8)]
+            self.midi.send_many(messages)
         time.sleep(STEPS * 0.125 + 0.5)
-        player.click("sw_007")
+        player.click(START_STOP)
         player.close()
-        scenario = self.folder / "scenario.txt"
-        scenario.write_text("master 1\n" + rhythm)
-        handed = [int(line[3]) / 1e6 for line in listen("replay", self.record, scenario) if line[0] == "hit"][:STEPS]
-        start, interval = fitted(handed)
-        residues = [at - start - interval * i for i, at in enumerate(handed)]
+        written_ms = [ns / 1e6 for _, ns in self.replay(rhythm)[:STEPS]]
+        start, interval = fit_line(written_ms)
+        residues = [ms - start - interval * i for i, ms in enumerate(written_ms)]
         return sorted(residue - min(residues) for residue in residues)
 
     def test_lateness(self):

@@ -1,4 +1,5 @@
-"""All pictures by file name: each entry returns its SVG text at native size."""
+# SPDX-License-Identifier: MIT
+"""All pictures by file name; each entry is a function that returns SVG text at native size."""
 from cabinet import cabinet
 from card import card, hole, reader_plate
 from controls import beat_lamp, power_rocker, rotary, slider_thumb, step_key, switch

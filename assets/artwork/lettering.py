@@ -1,7 +1,8 @@
-"""The lettering of the machine: an own single-stroke alphabet, as if cut by a pantograph.
+# SPDX-License-Identifier: MIT
+"""The lettering of the panel: a single-stroke alphabet like pantograph engraving.
 
-A glyph is its width and an SVG path of absolute commands, capitals 100 high (0 = top, 100 =
-baseline). A line of text becomes one stroked path with round ends: weight is the stroke width.
+A glyph has a width and an SVG path of absolute commands, capitals 100 high (0 = top, 100 = baseline).
+A line of text becomes one stroked path with round ends; weight is the stroke width.
 """
 import re
 from typing import NamedTuple
@@ -51,22 +52,23 @@ GLYPHS = {
 
 
 class Mark(NamedTuple):
-    """Something printed for a control, kept so that it can be held against the control table."""
-    what: str                           # the text, or "tick", "bar", "rule"
-    of: tuple                           # names of the first and the last control it belongs to
-    align: str                          # see print_for
-    x: float                            # layout units
+    """Something printed for a control, recorded so that tests can compare it with the panel table."""
+
+    what: str  # the text, or "tick", "bar", "rule"
+    of: tuple  # names of the first and the last control it belongs to
+    align: str  # see print_for
+    x: float  # layout units
     y: float
-    cap: float = 0.0                    # of lettering: height of capitals
+    cap: float = 0.0  # height of capitals
     colour: str = ""
-    value: float = 0.0                  # on a scale: 0..1
+    value: float = 0.0  # on a scale, 0..1
 
 
 PRINTED = []
 
 
 def print_for(what, of, align, x, y, **more):
-    """Notes a mark. align says what must agree with the controls:
+    """Records a mark. align says what must match the controls:
 
     middle, start, end: x with their middle, left or right edge; beside: y with their middle;
     slide: x with a slider's index at value; turn: the direction of (x, y) with a pointer at value.
@@ -74,13 +76,30 @@ def print_for(what, of, align, x, y, **more):
     PRINTED.append(Mark(what, (of, of) if isinstance(of, str) else of, align, x, y, **more))
 
 
-GAP = 30          # between the strokes of two letters, before tracking
-KERN = {"AT": -12, "TA": -12, "LT": -14, "LV": -14, "LE": -2, "RT": -4, "AV": -14, "VA": -14,
-        "CT": -4, "TO": -6, "OT": -6, "PA": -14, "LO": -4, "CL": -2, "AR": -2, "MA": -4, "7 ": -4}
+GAP = 30  # between the strokes of two letters, before tracking
+KERN = {
+    "AT": -12,
+    "TA": -12,
+    "LT": -14,
+    "LV": -14,
+    "LE": -2,
+    "RT": -4,
+    "AV": -14,
+    "VA": -14,
+    "CT": -4,
+    "TO": -6,
+    "OT": -6,
+    "PA": -14,
+    "LO": -4,
+    "CL": -2,
+    "AR": -2,
+    "MA": -4,
+    "7 ": -4,
+}
 
 
 def width(text, cap, tracking=0, stretch=1.0):
-    """From the first to the last centre line of a text whose capitals are cap high."""
+    """Distance from the first to the last centre line of a text with capitals cap high."""
     return _edges(text, cap, tracking, stretch)[-1]
 
 
@@ -92,12 +111,12 @@ def _edges(text, cap, tracking, stretch):
         edges.append(x)
         x += GLYPHS[character][0] * k * stretch
         if i + 1 < len(text):
-            x += (GAP + KERN.get(text[i:i + 2], 0)) * k * stretch + tracking
+            x += (GAP + KERN.get(text[i : i + 2], 0)) * k * stretch + tracking
     return edges + [x]
 
 
 def _place(glyph, dx, dy, sx, sy):
-    """The glyph's path moved and scaled; arcs keep their flags."""
+    """The glyph's path, moved and scaled; the flags of arcs stay."""
     out = []
     for command, numbers in re.findall(r"([MLHVAC])([^MLHVAC]*)", glyph):
         n = [float(v) for v in numbers.split()]
@@ -113,23 +132,46 @@ def _place(glyph, dx, dy, sx, sy):
     return "".join(out)
 
 
-def letter(text, x, y, cap, colour, anchor="middle", weight=None, tracking=0, stretch=1.0, turn=0,
-           of=None, align=None, value=0.0):
+def letter(
+    text,
+    x,
+    y,
+    cap,
+    colour,
+    anchor="middle",
+    weight=None,
+    tracking=0,
+    stretch=1.0,
+    turn=0,
+    of=None,
+    align=None,
+    value=0.0,
+):
     """One line of lettering with its baseline at y, turned about (x, y) by turn degrees.
 
-    cap is the height of capitals over the outer edges of their strokes. of names the control, or
-    the first and the last, that the lettering stands for; align then says how, see print_for.
+    cap is the height of capitals including their strokes. of names the control, or the first and the
+    last control, that the lettering belongs to; see print_for for align.
     """
-    print_for(text, of or (), align or anchor, x, y - cap / 2 if align in ("beside", "turn") else y,
-              cap=cap, colour=colour, value=value)
+    print_for(
+        text,
+        of or (),
+        align or anchor,
+        x,
+        y - cap / 2 if align in ("beside", "turn") else y,
+        cap=cap,
+        colour=colour,
+        value=value,
+    )
     weight = weight or max(8.5, cap * 0.155)
-    inner = cap - weight                       # the centre lines lie half a stroke inside
+    inner = cap - weight  # the centre lines are half a stroke inside
     edges = _edges(text, inner, tracking, stretch)
-    left = {"start": x + weight / 2, "middle": x - edges[-1] / 2,
-            "end": x - edges[-1] - weight / 2}[anchor]
+    left = {"start": x + weight / 2, "middle": x - edges[-1] / 2, "end": x - edges[-1] - weight / 2}[anchor]
     top = y - weight / 2 - inner
-    d = "".join(_place(GLYPHS[c][1], left + e, top, inner / 100 * stretch, inner / 100)
-                for c, e in zip(text, edges))
+    d = "".join(
+        _place(GLYPHS[c][1], left + e, top, inner / 100 * stretch, inner / 100) for c, e in zip(text, edges)
+    )
     rotation = f' transform="rotate({turn} {x} {y})"' if turn else ""
-    return (f'<path d="{d}" fill="none" stroke="{colour}" stroke-width="{weight:.1f}" '
-            f'stroke-linecap="round" stroke-linejoin="round"{rotation}/>\n')
+    return (
+        f'<path d="{d}" fill="none" stroke="{colour}" stroke-width="{weight:.1f}" '
+        f'stroke-linecap="round" stroke-linejoin="round"{rotation}/>\n'
+    )

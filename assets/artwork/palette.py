@@ -1,4 +1,5 @@
-"""The colours of the machine, by material."""
+# SPDX-License-Identifier: MIT
+"""The colours, by material."""
 
 WALNUT, WALNUT_DARK, WALNUT_LIGHT, PORE = "#573822", "#382114", "#845935", "#23140a"
 PANEL_LIGHT, PANEL, PANEL_DARK = "#36373a", "#2a2b2e", "#202124"

@@ -1,9 +1,10 @@
-"""The windows beside the panel, as a test sees and handles them: through peek.exe and the mouse."""
+# SPDX-License-Identifier: MIT
+"""Reads and operates the windows other than the panel, through peek.exe and the mouse."""
 import collections
 import subprocess
 import time
 
-from played import BUILD
+from e2e_test_case import BUILD
 from player import wait_until, xdotool
 
 PEEK = BUILD / "tests/peek.exe"
@@ -15,7 +16,7 @@ class SmallWindow:
         self.window_class, self.title = window_class, title
 
     def controls(self):
-        """In the order of their creation; empty while the window cannot be seen."""
+        """In order of creation; empty while the window is not visible."""
         done = subprocess.run(["wine64", str(PEEK), self.window_class], capture_output=True, text=True)
         words = [line.split(" ", 6) for line in done.stdout.splitlines()]
         return [Control(*map(int, line[:6]), line[6]) for line in words]
@@ -33,25 +34,30 @@ class SmallWindow:
         player.choose(box)
         wait_until(self.controls, self.title)
 
-    def wait_for_end(self):
-        wait_until(lambda: not self.controls(), f"the end of {self.title}")
+    def wait_until_closed(self):
+        wait_until(lambda: not self.controls(), f"{self.title} to close")
 
-    def push(self, control_id, part=0.5):
-        """Clicks a control, at that part of its width."""
+    def push(self, control_id, fraction=0.5):
+        """Clicks a control at a fraction of its width."""
         control = self.control(control_id)
-        xdotool("mousemove", round(control.left + part * (control.right - control.left)), (control.top + control.bottom) // 2,
-                "click", "1")
+        x = round(control.left + fraction * (control.right - control.left))
+        xdotool("mousemove", x, (control.top + control.bottom) // 2, "click", "1")
         time.sleep(0.15)
+
+    def select_entry(self, list_id, entry=0, clicks=1):
+        devices = self.control(list_id)
+        for _ in range(clicks):
+            xdotool("mousemove", devices.left + 40, devices.top + 9 + 13 * entry, "click", "1")
 
     def _window(self):
         return xdotool("search", "--onlyvisible", "--name", f"^{self.title}$").split()[-1]
 
-    def place(self, player):
-        """Left, top, width and height on the display."""
+    def geometry(self, player):
+        """Left, top, width and height in display pixels."""
         return player.geometry(self._window())
 
     def close(self, player, key=None):
-        """By its close box, or by a key."""
+        """Closes the window by its close button or by a key."""
         window = self._window()
         if key:
             xdotool("windowfocus", "--sync", window)
@@ -59,7 +65,7 @@ class SmallWindow:
         else:
             x, y, width, _ = player.geometry(window)
             xdotool("mousemove", x + width - 12, y + 11, "click", "1")
-        self.wait_for_end()
+        self.wait_until_closed()
 
 
 ABOUT = SmallWindow("PercussomaticAboutWindow", "PERCUSSOMATIC - INFO")
@@ -69,9 +75,8 @@ TEMPO = SmallWindow("PercussomaticBpmEditDialog", "Set Tempo")
 TITLE = SmallWindow("PunchCardTitleDialog", "Punch Card Title")
 
 
-def answer(title):
-    """Waits for a message box and presses its button."""
+def confirm_message_box(title):
     shown = lambda: xdotool("search", "--onlyvisible", "--name", f"^{title}$")
     box = wait_until(shown, title).split()[-1]
     xdotool("key", "Return")
-    wait_until(lambda: box not in shown().split(), f"the end of {title}")
+    wait_until(lambda: box not in shown().split(), f"{title} to close")

@@ -1,6 +1,9 @@
-"""Tries the packages as a new player would: unpacks, installs, plays, updates and removes them.
+# SPDX-License-Identifier: MIT
+"""Uses the packages as a new user would: unpacks, installs, plays, updates and removes them.
 
-usage: packages_test.py FOLDER [unittest arguments]      inside scripts/wine-env --virtual; pictures are left in FOLDER/seen
+usage: packages_test.py FOLDER [unittest arguments]      inside scripts/wine-env --virtual
+
+Screenshots are saved in FOLDER/screenshots.
 """
 import hashlib
 import os
@@ -16,29 +19,32 @@ import unittest
 import zipfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
-from player import Player, wait_until, xdotool  # noqa: E402
+from panel_table import SWITCHES  # noqa: E402
+from player import Player, find_panels, wait_until, xdotool  # noqa: E402
 
 PACKAGES = pathlib.Path(sys.argv.pop(1)).resolve()
-SEEN = PACKAGES / "seen"
-SETUP, = PACKAGES.glob("Percussomatic-*-setup.exe")
-PORTABLE, = PACKAGES.glob("Percussomatic-*-win64.zip")
-TOOL, = PACKAGES.glob("percussomatic-card-*.tar.gz")
+SCREENSHOTS = PACKAGES / "screenshots"
+(SETUP,) = PACKAGES.glob("Percussomatic-*-setup.exe")
+(PORTABLE,) = PACKAGES.glob("Percussomatic-*-win64.zip")
+(TOOL,) = PACKAGES.glob("percussomatic-card-*.tar.gz")
 VERSION = SETUP.name.split("-")[1]
 UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Percussomatic"
-PLAYERS_OWN = "PunchCards/card_1.vopcard"
+USER_CARD = "PunchCards/card_1.vopcard"
 
 
-def run(*words, **more):
-    return subprocess.run(list(map(str, words)), stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=120, **more)
+def run(*arguments):
+    options = dict(stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=120)
+    return subprocess.run(list(map(str, arguments)), **options)
 
 
-def wine(*words, **more):
-    return run("wine64", *words, **more)
+def wine(*arguments):
+    return run("wine64", *arguments)
 
 
-def launch(*words):
-    """For what leaves programs running, which would hold an output pipe open."""
-    return subprocess.Popen(["wine64", *map(str, words)], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+def launch(*arguments):
+    """For commands that leave programs running, which would keep an output pipe open."""
+    quiet = dict(stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return subprocess.Popen(["wine64", *map(str, arguments)], **quiet)
 
 
 def registered(value):
@@ -47,15 +53,15 @@ def registered(value):
 
 
 def setUpModule():
-    """A new user's account: a home and a prefix of its own."""
+    """Creates a new user's home folder and Wine prefix."""
     global home
     home = pathlib.Path(tempfile.mkdtemp(prefix="percussomatic-"))
     (home / "Documents").mkdir()
     os.environ.update(HOME=str(home), WINEPREFIX=str(home / "wine"), LC_ALL="C.UTF-8")
     launch("wineboot", "-i").wait(timeout=120)
-    for font, stand_in in (("Segoe UI", "DejaVu Sans"), ("Consolas", "DejaVu Sans Mono")):
-        wine("reg", "add", r"HKCU\Software\Wine\Fonts\Replacements", "/v", font, "/d", stand_in, "/f")
-    SEEN.mkdir(exist_ok=True)
+    for font, replacement in (("Segoe UI", "DejaVu Sans"), ("Consolas", "DejaVu Sans Mono")):
+        wine("reg", "add", r"HKCU\Software\Wine\Fonts\Replacements", "/v", font, "/d", replacement, "/f")
+    SCREENSHOTS.mkdir(exist_ok=True)
 
 
 def tearDownModule():
@@ -68,9 +74,9 @@ def play_and_save(test, program, folder, picture):
     """Starts the program, sets a step, saves the first card and ends the program."""
     player = Player(program, folder)
     test.addCleanup(player.close)
-    player.click("sw_028")
+    player.click(SWITCHES["Cymbal 1"])
     player.set_steps(0, (0, 5))
-    player.save(player.screenshot(), SEEN / picture)
+    player.save(player.screenshot(), SCREENSHOTS / picture)
     player.choose("CARDS", "SAVE")
     player.press("Escape")
     test.assertEqual(player.close(), 0)
@@ -83,35 +89,36 @@ class Archives(unittest.TestCase):
         for name, expected in sums.items():
             self.assertEqual(hashlib.sha256((PACKAGES / name).read_bytes()).hexdigest(), expected)
 
-    def test_tool_for_this_machine_reads_the_cards_beside_it(self):
+    def test_native_tool_reads_the_included_cards(self):
         with tarfile.open(TOOL) as archive:
             archive.extractall(home)
         folder = home / TOOL.name.removesuffix(".tar.gz")
-        self.assertEqual(run(folder / "percussomatic-card", "--version").stdout, f"percussomatic-card {VERSION}\n")
-        cards = sorted(folder.glob("FactoryCards/*"))
+        tool, cards = folder / "percussomatic-card", sorted(folder.glob("FactoryCards/*"))
+        self.assertEqual(run(tool, "--version").stdout, f"percussomatic-card {VERSION}\n")
         self.assertEqual(len(cards), 10)
-        self.assertEqual(run(folder / "percussomatic-card", "check", *cards).returncode, 0)
+        self.assertEqual(run(tool, "check", *cards).returncode, 0)
 
-    def test_portable_program_plays_in_a_folder_with_blank_and_accent(self):
-        place = home / "Tambour mécanique"
+    def test_portable_program_works_in_a_folder_with_space_and_accent(self):
+        parent = home / "Tambour mécanique"
         with zipfile.ZipFile(PORTABLE) as archive:
-            archive.extractall(place)
-        folder = place / PORTABLE.stem
-        self.assertEqual({path.name for path in folder.iterdir()},
-                         {"FactoryCards", "LICENSE.txt", "LICENSE-libraries.txt", "Manual.html", "Percussomatic.exe",
-                          "PunchCards", "percussomatic-card.exe"})
-        before = (folder / PLAYERS_OWN).read_bytes()
+            archive.extractall(parent)
+        folder = parent / PORTABLE.stem
+        expected = {"FactoryCards", "LICENSE.txt", "LICENSE-libraries.txt", "Manual.html", "PunchCards"}
+        expected |= {"Percussomatic.exe", "percussomatic-card.exe"}
+        self.assertEqual({path.name for path in folder.iterdir()}, expected)
+        before = (folder / USER_CARD).read_bytes()
         play_and_save(self, folder / "Percussomatic.exe", folder, "portable.png")
-        self.assertNotEqual((folder / PLAYERS_OWN).read_bytes(), before)
-        tool = wine(folder / "percussomatic-card.exe", "check", folder / PLAYERS_OWN)
+        self.assertNotEqual((folder / USER_CARD).read_bytes(), before)
+        tool = wine(folder / "percussomatic-card.exe", "check", folder / USER_CARD)
         self.assertEqual((tool.returncode, tool.stderr), (0, ""))
 
-    def test_manual_needs_nothing_but_itself(self):
+    def test_manual_is_self_contained(self):
         with zipfile.ZipFile(PORTABLE) as archive:
             manual = archive.read(f"{PORTABLE.stem}/Manual.html").decode()
         targets = re.findall(r'(?:src|href)="(.{0,40})', manual)
         self.assertGreater(len(targets), 30)
-        self.assertEqual([target for target in targets if not target.startswith(("data:image/", "#"))], [])
+        external = [target for target in targets if not target.startswith(("data:image/", "#"))]
+        self.assertEqual(external, [])
         self.assertIn(f"Percussomatic {VERSION}", manual)
 
 
@@ -119,70 +126,78 @@ class Installed(unittest.TestCase):
     def setUp(self):
         user = next(home.glob("wine/drive_c/users/*/AppData/Local")).parents[1]
         self.program = user / "AppData/Local/Programs/Percussomatic"
-        self.entry = user / "AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Percussomatic/Percussomatic.lnk"
+        start_menu = user / "AppData/Roaming/Microsoft/Windows/Start Menu/Programs"
+        self.shortcut = start_menu / "Percussomatic/Percussomatic.lnk"
         self.cards = home / "Documents/Percussomatic"
 
-    def files_of_the_player(self):
-        return {path: path.read_bytes() for path in [*self.cards.rglob("*.*"), *self.program.glob("*.ini")] if path.is_file()}
+    def user_files(self):
+        files = [*self.cards.rglob("*.*"), *self.program.glob("*.ini")]
+        return {path: path.read_bytes() for path in files if path.is_file()}
 
     def start_from_the_menu(self):
-        """Makes the panel smaller, which is kept in the working folder, and ends the program."""
-        launch("start", "/unix", self.entry).wait(timeout=60)
-        window = wait_until(lambda: xdotool("search", "--onlyvisible", "--name", "^Percussomatic$"), "the panel")
-        wait_until(lambda: xdotool("getwindowfocus") == window, "the keyboard")
+        """Starts the program, makes the panel smaller, which is saved in the working folder, and ends it."""
+        launch("start", "/unix", self.shortcut).wait(timeout=60)
+        (window,) = wait_until(find_panels, "the panel")
+        wait_until(lambda: xdotool("getwindowfocus") == window, "the keyboard focus")
         xdotool("key", "ctrl+minus")
         wait_until((self.cards / "LumivardaLayoutScale.txt").exists, "the layout scale")
         xdotool("key", "Escape")
         wait_until(lambda: not xdotool("search", "--name", "^Percussomatic$"), "the end of the program")
 
-    def update_while_it_plays(self):
+    def update_while_it_runs(self):
         player = Player(self.program / "Percussomatic.exe", self.cards)
         self.addCleanup(player.close)
         (self.program / "Manual.html").unlink()
         self.assertEqual(wine(SETUP, "/S").returncode, 2)
-        self.assertFalse((self.program / "Manual.html").exists(), "it has begun to replace files")
+        self.assertFalse(
+            (self.program / "Manual.html").exists(), "the installer has replaced files of the running program"
+        )
         self.assertEqual(player.close(), 0)
 
     def answer(self, key, picture, after=""):
-        """Presses a key in the uninstaller's next window; the window."""
-        def asked():
-            window = xdotool("getwindowfocus")
-            return window if window != after and "Uninstall" in xdotool("getwindowname", window) else None
+        """Presses a key in the uninstaller's next window; returns that window."""
 
-        window = wait_until(asked, picture)
-        time.sleep(0.5)                                         # until it is drawn
-        run("import", "-window", "root", SEEN / picture)
+        def next_window():
+            window = xdotool("getwindowfocus")
+            title = xdotool("getwindowname", window)
+            return window if window != after and "Uninstall" in title else None
+
+        window = wait_until(next_window, picture)
+        time.sleep(0.5)  # until it is painted
+        run("import", "-window", "root", SCREENSHOTS / picture)
         xdotool("key", key)
         return window
 
-    def test_cards_and_settings_outlive_update_and_removal(self):
+    def test_cards_and_settings_survive_update_and_removal(self):
         self.assertEqual(wine(SETUP, "/S").returncode, 0)
         self.assertEqual(registered("DisplayVersion"), VERSION)
-        self.assertEqual(len(self.files_of_the_player()), 7)
+        self.assertEqual(len(self.user_files()), 7)
         self.start_from_the_menu()
         play_and_save(self, self.program / "Percussomatic.exe", self.cards, "installed.png")
-        (self.cards / "PunchCards/card_2.vopcard").unlink()     # a free slot stays free
+        (self.cards / "PunchCards/card_2.vopcard").unlink()  # a free slot must stay free
         (self.program / "Percussomatic.ini").write_text("[GENERAL]\nLastMidiDevice=mine\n")
-        kept = self.files_of_the_player()
+        kept = self.user_files()
         self.assertEqual(len(kept), 8)
 
-        self.update_while_it_plays()
+        self.update_while_it_runs()
         self.assertEqual(wine(SETUP, "/S").returncode, 0)
         self.assertTrue((self.program / "Manual.html").exists())
-        self.assertEqual(self.files_of_the_player(), kept)
+        self.assertEqual(self.user_files(), kept)
 
         launch(self.program / "uninstall.exe", "/S").wait(timeout=60)
         wait_until(lambda: not registered("DisplayName"), "the end of the removal")
-        wait_until(lambda: [path.name for path in self.program.iterdir()] == ["Percussomatic.ini"], "an empty folder")
-        self.assertFalse(self.entry.exists())
-        self.assertEqual(self.files_of_the_player(), kept)
+        names = lambda: [path.name for path in self.program.iterdir()]
+        wait_until(lambda: names() == ["Percussomatic.ini"], "the removal of all other files")
+        self.assertFalse(self.shortcut.exists())
+        self.assertEqual(self.user_files(), kept)
 
         self.assertEqual(wine(SETUP, "/S").returncode, 0)
-        self.assertEqual(self.files_of_the_player(), kept, "an installation after a removal")
+        self.assertEqual(self.user_files(), kept, "a new installation after the removal")
         launch(self.program / "uninstall.exe").wait(timeout=60)
         window = self.answer("Return", "uninstaller.png")
         self.answer("alt+y", "question.png", after=window)
-        wait_until(lambda: not self.cards.exists() and not (self.program / "Percussomatic.ini").exists(), "the removal of the cards")
+        user_paths = self.cards, self.program / "Percussomatic.ini"
+        wait_until(lambda: not any(path.exists() for path in user_paths), "the removal of the cards")
 
 
 if __name__ == "__main__":

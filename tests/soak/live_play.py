@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Plays the program for a long time: every window opened and closed, cards read, the tempo swept, over and over.
+# SPDX-License-Identifier: MIT
+"""Plays the program for a long time while it repeatedly uses every window, cards and the tempo.
 
 usage: live_play.py BUILD_FOLDER MINUTES      inside scripts/wine-env --virtual
 
-Fails when the sound device ran out of buffers, when memory grows, or when the program does not end well. A gap is excused
-when the machine itself stood still then: when processes that only sleep, one on each processor, woke late by half of what
-the queue holds.
+Fails if the sound device runs out of buffers, if memory grows, or if the program ends with an error. Ignores
+gaps during which the machine itself stalled: when processes that only sleep, one on each processor, woke up
+late by half of the queue's length.
 """
 import os
 import pathlib
@@ -19,64 +20,65 @@ import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "e2e"))
-from played import STEPS, Played  # noqa: E402
+from e2e_test_case import ProgramTestCase  # noqa: E402
+from panel_table import EDIT, INSTRUMENTS, LINE_COUNT, START_STOP, STEP_COUNT, TEMPO_DIAL  # noqa: E402
 from player import wait_until, xdotool  # noqa: E402
 from small_windows import ABOUT, EFFECTS, PORTS, TEMPO, TITLE  # noqa: E402
 
 MINUTES = float(sys.argv.pop(1))
-MEMORY = pathlib.Path("/dev/shm")       # a busy disk would hold up whoever records the sound
+RAM_DISK = pathlib.Path("/dev/shm")  # a busy disk would delay the recording
 ENABLE, FIRST_PRESET, FIRST_SEND, TEMPO_OK = 2100, 2120, 2000, 3102
-GROWTH_KB = 4096
+MAX_GROWTH_KB = 4096
 QUEUE_NS = 4 * 512 * 1_000_000_000 // 48000
 
 
-def working_in(name):
+def processes_in(name):
     """The processes whose working directory has that name."""
     for process in filter(str.isdigit, os.listdir("/proc")):
         try:
             if pathlib.Path(os.readlink(f"/proc/{process}/cwd")).name == name:
                 yield process
-        except OSError:                 # ended, or not ours to look at
+        except OSError:  # ended, or owned by another user
             pass
 
 
-class LivePlay(Played):
+class LivePlay(ProgramTestCase):
     def setUp(self):
-        tempfile.tempdir = str(MEMORY) if MEMORY.is_dir() else None
+        tempfile.tempdir = str(RAM_DISK) if RAM_DISK.is_dir() else None
         super().setUp()
-        self.chance = random.Random(1965)
+        self.rng = random.Random(1965)
 
-    def turn_effects(self):
+    def change_effects(self):
         EFFECTS.open_by(self.player, "EFFECTS")
         EFFECTS.push(ENABLE)
-        EFFECTS.push(FIRST_PRESET + self.chance.randrange(4))
-        EFFECTS.push(FIRST_SEND + self.chance.randrange(12), self.chance.uniform(0.2, 0.9))
+        EFFECTS.push(FIRST_PRESET + self.rng.randrange(4))
+        EFFECTS.push(FIRST_SEND + self.rng.randrange(len(INSTRUMENTS)), self.rng.uniform(0.2, 0.9))
         EFFECTS.close(self.player)
 
     def type_tempo(self):
         TEMPO.open_by(self.player, "BPM")
-        xdotool("type", str(self.chance.randint(40, 240)))
+        xdotool("type", str(self.rng.randint(40, 240)))
         TEMPO.push(TEMPO_OK)
-        TEMPO.wait_for_end()
+        TEMPO.wait_until_closed()
 
     def sweep_tempo(self):
-        for way in (-300, 600, -300):
-            self.player.drag("rotary_002", 0, way)
-        self.player.wheel("rotary_002", self.chance.choice((-8, 8)))
+        for distance in (-300, 600, -300):
+            self.player.drag(TEMPO_DIAL, 0, distance)
+        self.player.wheel(TEMPO_DIAL, self.rng.choice((-8, 8)))
 
-    def keep_card(self):
-        self.player.choose("CARDS", *["next"] * self.chance.randrange(10), "SAVE", "TITLE")
+    def save_card(self):
+        self.player.choose("CARDS", *["next"] * self.rng.randrange(10), "SAVE", "TITLE")
         wait_until(TITLE.controls, "the title dialog")
         xdotool("type", f"ROUND {self.rounds}")
         xdotool("key", "Return")
-        TITLE.wait_for_end()
+        TITLE.wait_until_closed()
 
-    def read_card(self):
+    def load_card(self):
         self.player.choose("LOAD")
-        time.sleep(2.0)                                        # on its way
-        self.player.click("sw_008")                            # it leaves the machine in edit mode
+        time.sleep(2.0)  # until the card is inserted
+        self.player.click(EDIT)  # loading a card turns edit mode on
 
-    def look_at_windows(self):
+    def open_windows(self):
         PORTS.open_by(self.player, "MIDI")
         PORTS.close(self.player)
         ABOUT.open_by(self.player, "INFO")
@@ -84,37 +86,40 @@ class LivePlay(Played):
 
     def change_size(self):
         width = self.player.width
-        for key, changed in (("ctrl+minus", lambda: self.player.width < width), ("ctrl+plus", lambda: self.player.width == width)):
-            self.player.press(key)
-            wait_until(lambda: self.player.place() or changed(), "the other size")
+        self.player.press("ctrl+minus")
+        wait_until(lambda: self.player.locate_window() or self.player.width < width, "the smaller panel")
+        self.player.press("ctrl+plus")
+        wait_until(lambda: self.player.locate_window() or self.player.width == width, "the former size")
 
-    def let_sound_go_first(self):
-        """Windows obeys a program that asks for its clock and its sound to go before all others, and helps the one whose
-        window is in front. Wine does not, and its server has to pass on every wake-up."""
+    def prioritize_sound(self):
+        """Raises the priority of sound threads and of the Wine server, which forwards every wake-up.
+
+        Windows does so at the program's request; Wine does not."""
         prefix = os.stat(os.environ["WINEPREFIX"])
         program = str(self.player.process.pid)
-        others = (thread for thread in os.listdir(f"/proc/{program}/task") if thread != program)    # than the GUI's
+        threads = [
+            thread for thread in os.listdir(f"/proc/{program}/task") if thread != program
+        ]  # not the GUI
         try:
-            for thread in (*others, *working_in(f"server-{prefix.st_dev:x}-{prefix.st_ino:x}")):
+            for thread in (*threads, *processes_in(f"server-{prefix.st_dev:x}-{prefix.st_ino:x}")):
                 os.sched_setscheduler(int(thread), os.SCHED_RR, os.sched_param(1))
             os.setpriority(os.PRIO_PROCESS, int(program), -10)
         except PermissionError:
-            print("The sound shares the processors with all other programs: let nothing else run.", file=sys.stderr)
+            print("No permission to raise priorities: run no other programs meanwhile.", file=sys.stderr)
 
-    def start_witnesses(self):
-        self.witnessed = []
+    def start_stall_detectors(self):
+        self.stall_logs = []
         for processor in os.sched_getaffinity(0):
-            file = self.folder / f"witness_{processor}"
-            with open(file, "w") as output:
-                witness = subprocess.Popen([sys.executable, str(HERE / "witness.py"), str(processor)], stdout=output,
-                                           stderr=subprocess.DEVNULL)
-            self.addCleanup(witness.wait)
-            self.addCleanup(witness.kill)
-            self.witnessed.append(file)
+            self.stall_logs.append(self.folder / f"stalls_{processor}")
+            command = [sys.executable, str(HERE / "stall_detector.py"), str(processor)]
+            with open(self.stall_logs[-1], "w") as output:
+                detector = subprocess.Popen(command, stdout=output, stderr=subprocess.DEVNULL)
+            self.addCleanup(detector.wait)
+            self.addCleanup(detector.kill)
 
-    def standstills(self):
-        """When a witness woke and how many ms late."""
-        lines = [line.split() for file in self.witnessed for line in file.read_text().splitlines()]
+    def stalls(self):
+        """When a detector woke up late and by how many ms."""
+        lines = [line.split() for file in self.stall_logs for line in file.read_text().splitlines()]
         return sorted((int(at), float(late)) for at, late in lines)
 
     def resident_kb(self):
@@ -122,55 +127,62 @@ class LivePlay(Played):
         return int(re.search(r"VmRSS:\s+(\d+)", status)[1])
 
     def gaps(self):
-        """Blocks, every gap between two as (when it ended, milliseconds), and the least milliseconds of sound left in the
-        queue when a block was handed in; since the first act."""
-        count, gaps, least, ends = 0, [], 1e9, None
-        for handed, starts, samples in self.blocks():
-            if ends and starts > self.acts[0][0]:
-                least = min(least, ends - handed)
-                if starts > ends:
-                    gaps.append((starts, (starts - ends) / 1e6))
-            ends = starts + len(samples) // 2 * 1_000_000_000 // 48000 if samples else None     # None: the device was opened
+        """Number of blocks, gaps as (end in ns, length in ms), minimum of queued sound in ms at a write.
+
+        Counts from the first action."""
+        count, gaps, min_queued, end = 0, [], 1e9, None
+        for written, start, samples in self.blocks():
+            if end and start > self.actions[0][0]:
+                min_queued = min(min_queued, end - written)
+                if start > end:
+                    gaps.append((start, (start - end) / 1e6))
+            duration_ns = len(samples) // 2 * 1_000_000_000 // 48000
+            end = start + duration_ns if samples else None  # None: the device was opened
             count += 1
-        return count, gaps, least / 1e6
+        return count, gaps, min_queued / 1e6
 
-    def judged(self, gaps):
-        """The gaps in words, and those for which the machine has no excuse."""
-        standstills, words, ours = self.standstills(), [], []
+    def classified(self, gaps):
+        """Descriptions of all gaps, and of those that no stall of the machine explains."""
+        stalls, descriptions, unexplained = self.stalls(), [], []
         for at, missing in gaps:
-            begin = at - missing * 1e6 - 1.5 * QUEUE_NS         # what was late then has eaten up the queue
-            late = sum(late for woken, late in standstills if begin < woken < at + QUEUE_NS / 2)
-            act = max(act for act in self.acts if act[0] < at)[1]
-            words.append(f"  {(at - self.acts[0][0]) / 1e9:.1f} s: {missing:.1f} ms, {act}, witnesses late by {late:.0f} ms")
+            begin = at - missing * 1e6 - 1.5 * QUEUE_NS  # a stall drains the queue before the gap
+            late = sum(late for woken, late in stalls if begin < woken < at + QUEUE_NS / 2)
+            action = max(action for action in self.actions if action[0] < at)[1]
+            seconds = (at - self.actions[0][0]) / 1e9
+            descriptions.append(f"  {seconds:.1f} s: {missing:.1f} ms, {action}, stalled for {late:.0f} ms")
             if late < QUEUE_NS / 2e6:
-                ours.append(words[-1])
-        return words, ours
+                unexplained.append(descriptions[-1])
+        return descriptions, unexplained
 
-    def test_hours_of_play_leave_no_gap_and_no_growth(self):
-        self.player = self.start(stand_in=True)
+    def test_long_play_leaves_no_gap_and_no_memory_growth(self):
+        self.player = self.start(fake_winmm=True)
         self.set_rhythm(self.player)
-        self.player.click("sw_007")
-        self.let_sound_go_first()                              # the clock's thread is there now
-        self.start_witnesses()
-        self.rounds, self.acts, memory, end = 0, [], [], time.monotonic() + 60 * MINUTES
+        self.player.click(START_STOP)
+        self.prioritize_sound()  # the clock's thread exists now
+        self.start_stall_detectors()
+        self.rounds, self.actions, memory, end = 0, [], [], time.monotonic() + 60 * MINUTES
+        actions = [self.change_effects, self.type_tempo, self.sweep_tempo, self.save_card, self.load_card]
+        actions += [self.open_windows, self.change_size]
         while time.monotonic() < end:
-            for act in (self.turn_effects, self.type_tempo, self.sweep_tempo, self.keep_card, self.read_card,
-                        self.look_at_windows, self.change_size):
-                self.acts.append((time.clock_gettime_ns(time.CLOCK_MONOTONIC_RAW), act.__name__))   # the device's clock
-                act()
-            self.player.set_steps(self.chance.randrange(6), self.chance.sample(range(STEPS), 4))
+            for action in actions:
+                now_ns = time.clock_gettime_ns(time.CLOCK_MONOTONIC_RAW)  # the device's clock
+                self.actions.append((now_ns, action.__name__))
+                action()
+            steps = self.rng.sample(range(STEP_COUNT), 4)
+            self.player.set_steps(self.rng.randrange(LINE_COUNT), steps)
             self.rounds += 1
             memory.append(self.resident_kb())
         self.assertEqual(self.player.close(), 0)
-        blocks, gaps, least = self.gaps()
-        words, ours = self.judged(gaps)
-        late = [late for _, late in self.standstills()]
-        print(f"\n{self.rounds} rounds in {MINUTES:g} minutes, {blocks} blocks",
-              f"{len(gaps)} gaps, {len(ours)} without excuse; least sound in the queue {least:.1f} ms", *words,
-              f"witnesses: late {len(late)} times, at most by {max(late, default=0):.0f} ms",
-              f"resident KB: first {memory[0]}, middle {memory[len(memory) // 2]}, last {memory[-1]}", sep="\n", file=sys.stderr)
-        self.assertEqual(ours, [])
-        self.assertLess(memory[-1], memory[0] + GROWTH_KB)
+        blocks, gaps, min_queued = self.gaps()
+        descriptions, unexplained = self.classified(gaps)
+        late = [late for _, late in self.stalls()]
+        report = [f"\n{self.rounds} rounds in {MINUTES:g} minutes, {blocks} blocks"]
+        report += [f"{len(gaps)} gaps, {len(unexplained)} unexplained; minimum queued {min_queued:.1f} ms"]
+        report += [*descriptions, f"{len(late)} stalls, at most {max(late, default=0):.0f} ms"]
+        report += [f"resident KB: first {memory[0]}, middle {memory[len(memory) // 2]}, last {memory[-1]}"]
+        print(*report, sep="\n", file=sys.stderr)
+        self.assertEqual(unexplained, [])
+        self.assertLess(memory[-1], memory[0] + MAX_GROWTH_KB)
 
 
 if __name__ == "__main__":

@@ -1,8 +1,8 @@
-"""Reads what `percussomatic-card midi` writes with an independent reader.
+# SPDX-License-Identifier: MIT
+"""Reads the files that `percussomatic-card midi` writes with an independent library.
 
 usage: midi_file_test.py TOOL CARD...
 """
-
 import pathlib
 import subprocess
 import sys
@@ -10,7 +10,7 @@ import tempfile
 
 import mido
 
-# A and B of lines 1 to 6.
+# General MIDI keys of instruments A and B of lines 1 to 6.
 KEYS = [(40, 49), (51, 38), (66, 42), (81, 75), (77, 65), (76, 36)]
 
 RHYTHM_ONLY = "_PERCUSSOMATIC_CARD_V1\n" + "1000000000000000\n" * 6
@@ -43,12 +43,13 @@ def check(tool, card, bars):
     notes, bpm, length = expected_notes(text, bars)
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder) / "out.mid"
-        subprocess.run([tool, "midi", card, path] + (["--bars", str(bars)] if bars != 4 else []),
-                       check=True)
+        options = ["--bars", str(bars)] if bars != 4 else []
+        subprocess.run([tool, "midi", card, path, *options], check=True)
         file = mido.MidiFile(path, charset="utf-8")
     assert (file.type, file.ticks_per_beat, len(file.tracks)) == (0, 480, 1)
     title = next((line[6:] for line in text.splitlines() if line.startswith("TITLE=")), "")
-    name, tempo = (next(m for m in file.tracks[0] if m.type == kind) for kind in ("track_name", "set_tempo"))
+    first = lambda kind: next(message for message in file.tracks[0] if message.type == kind)
+    name, tempo = first("track_name"), first("set_tempo")
     found, sounding, tick = [], {}, 0
     for message in file.tracks[0]:
         tick += message.time
@@ -70,14 +71,13 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         old = pathlib.Path(folder) / "old.vopcard"
         old.write_text(RHYTHM_ONLY)
-        faint = pathlib.Path(folder) / "faint.vopcard"
-        faint.write_text("_PERCUSSOMATIC_CARD_V3\nTITLE=T\u00cdTULO \U0001f941\nMASTER_VOLUME=1\n"
-                         "TEMPO_NORMALIZED=0\nSEQUENCE_LENGTH=5\nLINE_VOLUMES=0.002,0.5,1,0,1,1\n"
-                         "INSTRUMENTS=1,1,1,1,1,0,1,1,0,1,1,1\n" + "1111111111111111\n" * 6,
-                         encoding="utf-8")
-        for card in [*cards, str(old), str(faint)]:
+        quiet = pathlib.Path(folder) / "quiet.vopcard"
+        text = "_PERCUSSOMATIC_CARD_V3\nTITLE=T\u00cdTULO \U0001f941\nMASTER_VOLUME=1\nTEMPO_NORMALIZED=0\n"
+        text += "SEQUENCE_LENGTH=5\nLINE_VOLUMES=0.002,0.5,1,0,1,1\nINSTRUMENTS=1,1,1,1,1,0,1,1,0,1,1,1\n"
+        quiet.write_text(text + "1111111111111111\n" * 6, encoding="utf-8")
+        for card in [*cards, str(old), str(quiet)]:
             check(tool, card, 4)
-        check(tool, str(faint), 300)
+        check(tool, str(quiet), 300)
 
 
 if __name__ == "__main__":
