@@ -1,9 +1,10 @@
-"""Makes one HTML file of the chapters of the manual, with everything it shows inside.
+# SPDX-License-Identifier: MIT
+"""Converts the chapters of the manual into one self-contained HTML file.
 
 usage: make_manual.py VERSION OUT CHAPTER.md...
 
-Links between chapters become links within the page. A picture that is missing, or a link that leads
-out of the chapters to another file, is a fault.
+Links between chapters become links within the page. Missing pictures and links to files that are not
+chapters are errors.
 """
 import base64
 import html
@@ -12,7 +13,7 @@ import re
 import subprocess
 import sys
 
-KINDS = {".jpg": "image/jpeg", ".png": "image/png"}
+MIME_TYPES = {".jpg": "image/jpeg", ".png": "image/png"}
 HERE = pathlib.Path(__file__).parent
 
 
@@ -21,11 +22,11 @@ def slug(text):
 
 
 def inlined(source, chapter):
-    """A picture's address that holds the picture itself."""
+    """The picture as a data URL."""
     picture = chapter.parent / source
     if not picture.is_file():
         sys.exit(f"{chapter}: the picture {source} is missing")
-    return f"data:{KINDS[picture.suffix]};base64,{base64.b64encode(picture.read_bytes()).decode()}"
+    return f"data:{MIME_TYPES[picture.suffix]};base64,{base64.b64encode(picture.read_bytes()).decode()}"
 
 
 def link_target(target, chapter, chapters):
@@ -34,13 +35,13 @@ def link_target(target, chapter, chapters):
     path, _, section = target.partition("#")
     linked = (chapter.parent / path).resolve()
     if linked not in chapters:
-        sys.exit(f"{chapter}: {target} is no chapter of the manual")
+        sys.exit(f"{chapter}: {target} is not a chapter of the manual")
     return f"#{linked.stem}" + (f"-{section}" if section else "")
 
 
 def rendered(chapter, chapters, contents):
-    body = subprocess.run(["cmark-gfm", "--extension", "table", "--smart", chapter], check=True,
-                          capture_output=True, text=True).stdout
+    command = ["cmark-gfm", "--extension", "table", "--smart", chapter]
+    body = subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
     def heading(match):
         level, text = match.groups()
@@ -51,18 +52,22 @@ def rendered(chapter, chapters, contents):
         return f'<h{level} id="{name}">{text}</h{level}>'
 
     body = re.sub(r"<h(\d)>(.*?)</h\1>", heading, body)
-    body = re.sub(r'(<img src=")(.*?)(")', lambda m: m[1] + inlined(html.unescape(m[2]), chapter) + m[3], body)
-    return re.sub(r'(<a href=")(.*?)(")', lambda m: m[1] + link_target(m[2], chapter, chapters) + m[3], body)
+    embed = lambda match: match[1] + inlined(html.unescape(match[2]), chapter) + match[3]
+    link = lambda match: match[1] + link_target(match[2], chapter, chapters) + match[3]
+    body = re.sub(r'(<img src=")(.*?)(")', embed, body)
+    return re.sub(r'(<a href=")(.*?)(")', link, body)
 
 
 def main(version, out, *names):
     chapters = [pathlib.Path(name).resolve() for name in names]
     contents = []
     bodies = [rendered(chapter, chapters, contents) for chapter in chapters]
-    dead = [target for target in re.findall('href="#(.*?)"', "".join(bodies)) if f'id="{target}"' not in "".join(bodies)]
-    if dead:
-        sys.exit(f"no such section: {', '.join(dead)}")
-    pathlib.Path(out).write_text(f"""<!DOCTYPE html>
+    targets = re.findall('href="#(.*?)"', "".join(bodies))
+    missing = [target for target in targets if f'id="{target}"' not in "".join(bodies)]
+    if missing:
+        sys.exit(f"no such section: {', '.join(missing)}")
+    pathlib.Path(out).write_text(
+        f"""<!DOCTYPE html>
 <html lang="en">
 <head>
 <meta charset="utf-8">
@@ -78,7 +83,9 @@ def main(version, out, *names):
 {"".join(bodies)}<footer>Percussomatic {version}</footer>
 </body>
 </html>
-""", encoding="utf-8")
+""",
+        encoding="utf-8",
+    )
 
 
 if __name__ == "__main__":

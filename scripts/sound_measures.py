@@ -1,6 +1,7 @@
-"""Measures of WAVE files, for the scripts that make documents and previews.
+# SPDX-License-Identifier: MIT
+"""Measurements of WAVE files, for the scripts that create documents and previews.
 
-Needs python3-numpy. Loudness comes from ffmpeg where it is installed.
+Needs python3-numpy. Loudness is measured by ffmpeg if it is installed.
 """
 import pathlib
 import re
@@ -37,30 +38,29 @@ def decibels(power):
 
 
 def spectrum(frames, rate):
-    """Frequencies and the energy at each, all channels together."""
-    energy = (numpy.abs(numpy.fft.rfft(frames, axis=0))**2).sum(axis=1) * 2 / len(frames)
+    """Frequencies and the energy at each, summed over all channels."""
+    energy = (numpy.abs(numpy.fft.rfft(frames, axis=0)) ** 2).sum(axis=1) * 2 / len(frames)
     return numpy.fft.rfftfreq(len(frames), 1 / rate), energy
 
 
 def k_weight(hz):
-    """Power response of the two filters of ITU-R BS.1770, by its coefficients for 48 kHz."""
+    """Power response of the two filters of ITU-R BS.1770, from its coefficients for 48 kHz."""
     turn = numpy.exp(-2j * numpy.pi * hz / PLAYED_RATE)
-    shelf = numpy.polyval((1.19839281085285, -2.69169618940638, 1.53512485958697), turn) / \
-        numpy.polyval((0.73248077421585, -1.69065929318241, 1), turn)
-    high_pass = numpy.polyval((1, -2, 1), turn) / \
-        numpy.polyval((0.99007225036621, -1.99004745483398, 1), turn)
-    return numpy.abs(shelf * high_pass)**2
+    shelf = numpy.polyval((1.19839281085285, -2.69169618940638, 1.53512485958697), turn)
+    shelf /= numpy.polyval((0.73248077421585, -1.69065929318241, 1), turn)
+    high_pass = numpy.polyval((1, -2, 1), turn)
+    high_pass /= numpy.polyval((0.99007225036621, -1.99004745483398, 1), turn)
+    return numpy.abs(shelf * high_pass) ** 2
 
 
 def loudness(frames):
-    """Integrated, in LUFS, of frames at 48 kHz; without ffmpeg the same without its gate."""
+    """Integrated loudness in LUFS of frames at 48 kHz; ungated if ffmpeg is not installed."""
     if not shutil.which("ffmpeg"):
         hz, energy = spectrum(frames, PLAYED_RATE)
         return -0.691 + decibels((energy * k_weight(hz)).sum() / len(frames))
     with tempfile.TemporaryDirectory() as folder:
         file = pathlib.Path(folder) / "heard.wav"
         write_wave(file, frames)
-        report = subprocess.run(
-            ["ffmpeg", "-hide_banner", "-nostats", "-i", file, "-af", "ebur128", "-f", "null", "-"],
-            capture_output=True, text=True, check=True).stderr
+        command = ["ffmpeg", "-hide_banner", "-nostats", "-i", file, "-af", "ebur128", "-f", "null", "-"]
+        report = subprocess.run(command, capture_output=True, text=True, check=True).stderr
     return float(re.findall(r"I:\s+(-?[\d.]+) LUFS", report)[-1])
