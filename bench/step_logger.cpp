@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The instrument with a log of its steps, for step_times.py: when the step clock posted each step
-// and when the panel had finished handling it, in nanoseconds. Writes steps.txt on exit.
+// The instrument with a log of its steps, for step-times: when the clock posted each of them and
+// when the panel had served it, in nanoseconds. Left in steps.txt at the end.
 
 #include "sequencer/system.h"
 #include "win32/app/main_window.h"

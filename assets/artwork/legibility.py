@@ -63,23 +63,9 @@ def contrast(a, b):
 
 def part(png, x, y, w, h):
     """Mean linear colour of a part of a picture, on the colour of a well's floor."""
-    raw = subprocess.run(
-        [
-            "convert",
-            png,
-            "-background",
-            "#161617",
-            "-flatten",
-            "-crop",
-            f"{w}x{h}+{x}+{y}",
-            "+repage",
-            "-depth",
-            "8",
-            "rgb:-",
-        ],
-        check=True,
-        capture_output=True,
-    ).stdout
+    command = ["convert", png, "-background", "#161617", "-flatten"]
+    command += ["-crop", f"{w}x{h}+{x}+{y}", "+repage", "-depth", "8", "rgb:-"]
+    raw = subprocess.run(command, check=True, capture_output=True).stdout
     return [sum(map(linear, raw[c::3])) / (len(raw) // 3) for c in range(3)]
 
 
@@ -93,11 +79,9 @@ def contrasts(folder):
         ("pounch.PNG", (0, 0), PICTURES["pounch.PNG"][0] / CARD_W),
     ):
         w, h = (v // UNIT for v in PICTURES[name])
-        grey = subprocess.run(
-            ["convert", folder / name, "-scale", f"{w}x{h}!", "-colorspace", "Gray", "-depth", "8", "gray:-"],
-            check=True,
-            capture_output=True,
-        ).stdout
+        command = ["convert", folder / name, "-scale", f"{w}x{h}!"]
+        command += ["-colorspace", "Gray", "-depth", "8", "gray:-"]
+        grey = subprocess.run(command, check=True, capture_output=True).stdout
         lettering.PRINTED.clear()
         draw.DRAWINGS[name]()
         for mark in lettering.PRINTED:
