@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The instrument with a log of its steps, for step-times: when the clock posted each of them and
-// when the panel had served it, in nanoseconds. Left in steps.txt at the end.
+// The instrument with a log of its steps, for step-times: when the step clock posted each step and
+// when the panel had finished handling it, in nanoseconds. Writes steps.txt on exit.
 
-#include "sequencer/system.h"
+#include "clock_thread.h"
+#include "system_time.h"
 #include "win32/app/main_window.h"
 #include "win32/app/start_up.h"
 #include "win32/windows/message_loop.h"

@@ -27,7 +27,6 @@ if(outdated)
     execute_process(COMMAND ${print_tables} OUTPUT_FILE ${panel_tables}.new COMMAND_ERROR_IS_FATAL ANY)
     file(RENAME ${panel_tables}.new ${panel_tables})
 endif()
-add_custom_target(panel_table DEPENDS ${panel_tables})
 
 file(READ ${panel_tables} tables)
 set(recording_names "")
