@@ -51,7 +51,7 @@ void reverbAlone(benchmark::State& state, bool silent) {
 
 void registerBenchmarks() {
     using benchmark::RegisterBenchmark;
-    const std::string againstReference = ", against plain"; // read by scripts/plot-performance
+    const std::string againstReference = ", against plain"; // read by scripts/plot_performance.py
     for (const bool effect : {false, true}) {
         for (const std::size_t voices : kVoiceCounts) {
             const std::string name =

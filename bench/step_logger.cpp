@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The instrument with a log of its steps, for step-times: when the step clock posted each step and
+// The instrument with a log of its steps, for step_times.py: when the step clock posted each step and
 // when the panel had finished handling it, in nanoseconds. Writes steps.txt on exit.
 
 #include "clock_thread.h"

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Measures the resources of the whole program: start-up time, memory, processor.
 
-usage: scripts/wine-env --virtual bench/process start PROGRAM.exe [OLDER.exe] [--rounds N] [--cold]
-       scripts/wine-env --virtual bench/process memory PROGRAM.exe [--minutes N]
-       scripts/wine-env --virtual bench/process cpu PROGRAM.exe
+usage: scripts/wine-env --virtual bench/process.py start PROGRAM.exe [OLDER.exe] [--rounds N] [--cold]
+       scripts/wine-env --virtual bench/process.py memory PROGRAM.exe [--minutes N]
+       scripts/wine-env --virtual bench/process.py cpu PROGRAM.exe
 
 start: from the start of the process to the painted panel, and to the first hit in the sound server's output
        when one step is set as fast as possible; alternates with an older program, if given. --cold drops the

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Composes the panel from the pictures in png/ as the program shows it, to review the artwork.
 
-usage: compose OUT.png [--width 1618 --height 1040] [--edit] [--no-card] [--crop X,Y,W,H]
+usage: compose.py OUT.png [--width 1618 --height 1040] [--edit] [--no-card] [--crop X,Y,W,H]
 
 The scene is a running rhythm at its first step; with --edit every set step is lit. --crop composes a
 rectangle, given in layout units, at native size. Pictures are scaled down by averaging.

@@ -2,11 +2,11 @@
 # SPDX-License-Identifier: MIT
 """Draws the pictures of docs/performance.md from the results of the benchmarks.
 
-usage: scripts/plot-performance engine.json others.json
-       scripts/plot-performance --steps FILE.json...
+usage: scripts/plot_performance.py engine.json others.json
+       scripts/plot_performance.py --steps FILE.json...
 
 The first two files are written by engine_bench and other_engines with --benchmark_out, the others by
-bench/step-times. Needs python3-matplotlib.
+bench/step_times.py. Needs python3-matplotlib.
 """
 import json
 import pathlib

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Renders the ten factory rhythms into build/previews and prints measurements of them.
 
-usage: render-previews [--full] [COMPANION_TOOL [RECORDINGS]]
+usage: render_previews.py [--full] [COMPANION_TOOL [RECORDINGS]]
 
 --full sets all line sliders and the master volume to maximum. COMPANION_TOOL defaults to
 build/native/percussomatic-card; RECORDINGS is a folder with replacements for its recordings.

@@ -3,7 +3,7 @@
 """Measures the timing of steps: when the clock posts them and when the panel has processed them, against the
 grid, and the error of the interval between consecutive steps in the recorded sound.
 
-usage: scripts/wine-env --virtual bench/step-times BUILD_FOLDER OUT.json BPM [STEPS]
+usage: scripts/wine-env --virtual bench/step_times.py BUILD_FOLDER OUT.json BPM [STEPS]
 
 BUILD_FOLDER is one for Windows with benchmarks and end-to-end tests. Plays bench/step_logger.exe, the
 instrument with a log, through the fake winmm.dll, while the mouse drags a slider and the panel repaints.

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Fails if an include crosses a layer the wrong way or closes a cycle.
 
-usage: check-layers      from any folder; prints every violation
+usage: check_layers.py      from any folder; prints every violation
 
 A folder may include only itself and the folders named here. Files of one name, NAME.h and NAME.cpp, count as one
 module; no module may depend on itself by way of others. What is not listed is not allowed.

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Draws the twelve recordings into docs/recordings and prints their table for docs/recordings.md.
 
-usage: draw-recordings [RECORDINGS [OUT]]
+usage: draw_recordings.py [RECORDINGS [OUT]]
 
 Needs python3-numpy, python3-matplotlib, and ffmpeg for the loudness. It is used for the documents only,
 not for building or testing.

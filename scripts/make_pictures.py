@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Recreates every picture of README and manual from the running program.
 
-usage: scripts/make-pictures
+usage: scripts/make_pictures.py
 
 Builds the program for Windows, runs the tour test, plays a rhythm, and writes docs/pictures/*.jpg.
 """
@@ -81,7 +81,7 @@ def main():
     tour = BUILD / "tour"
     with tempfile.TemporaryDirectory() as folder:
         shutil.copy(BUILD / "Percussomatic.exe", folder)
-        virtual("scripts/demonstrate", folder, folder)
+        virtual("scripts/demonstrate.py", folder, folder)
         screenshot = pathlib.Path(folder) / "panel.png"
         identify = ["identify", "-format", "%w", screenshot]
         width = int(subprocess.run(identify, check=True, capture_output=True, text=True).stdout)

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 """Renders the pictures and the icon into png/, from where the build embeds them.
 
-usage: render [NAME ...]      renders everything, or only the named files ("hole" or "hole.PNG")
-       render --check         checks the files in png/ without rendering
+usage: render.py [NAME ...]      renders everything, or only the named files ("hole" or "hole.PNG")
+       render.py --check         checks the files in png/ without rendering
 
 The output is reproducible with the same versions of rsvg-convert (Debian: librsvg2-bin) and convert
 (Debian: imagemagick). Builds the panel table first if it is missing.
@@ -98,7 +98,7 @@ def problems(report):
 
 
 def main():
-    parser = argparse.ArgumentParser(usage="render [--check] [NAME ...]")
+    parser = argparse.ArgumentParser(usage="render.py [--check] [NAME ...]")
     parser.add_argument("names", nargs="*", metavar="NAME")
     parser.add_argument("--check", action="store_true")
     arguments = parser.parse_args()

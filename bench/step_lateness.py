@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Measures the lateness of steps under a flood of MIDI messages, compared to the same rhythm undisturbed.
 
-usage: scripts/wine-env --virtual bench/step-lateness BUILD_FOLDER      (the folder of the windows preset)
+usage: scripts/wine-env --virtual bench/step_lateness.py BUILD_FOLDER      (the folder of the windows preset)
 
 Plays the real program with the fake winmm.dll: 60 steps at 120 BPM, then again with 2,000 Control Change
 messages per second. A step's time is when the block with its first frame is written to the device, so the
