@@ -12,7 +12,7 @@
 
 #include "assets/assets.h"
 #include "audio/sound_engine.h"
-#include "sequencer/sequencer.h"
+#include "pattern/instruments.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -70,11 +70,9 @@ std::vector<Trigger> readScenario(const std::string& path, double& master) {
 void prepare(percussomatic::SoundEngine& engine, double master) {
     engine.prepareForDevice();
     engine.setMasterVolume(static_cast<float>(master * master));
-    for (const percussomatic::RhythmLine& line : percussomatic::kRhythmLines) {
-        for (const std::string_view name : {line.sampleA, line.sampleB}) {
-            const percussomatic::AssetBytes asset = percussomatic::findAsset(name);
-            engine.loadSample(asset.bytes, asset.size);
-        }
+    for (const percussomatic::Instrument& instrument : percussomatic::kInstruments) {
+        const percussomatic::AssetBytes asset = percussomatic::findAsset(instrument.recording);
+        engine.loadSample(asset.bytes, asset.size);
     }
 }
 
