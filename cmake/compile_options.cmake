@@ -1,22 +1,9 @@
 # SPDX-License-Identifier: MIT
-# Language, warnings, hardening, sanitizers and clang-tidy of everything that is compiled.
+# Language, warnings, hardening and sanitizers of everything that is compiled.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
-
-if(PERCUSSOMATIC_TIDY)
-    find_program(CLANG_TIDY clang-tidy REQUIRED)
-    set(CMAKE_CXX_CLANG_TIDY ${CLANG_TIDY} --quiet)
-    if(CMAKE_CROSSCOMPILING)
-        # Clang finds the system headers of MinGW by itself, but not this compiler's C++ library.
-        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=include/c++
-            OUTPUT_VARIABLE library_headers OUTPUT_STRIP_TRAILING_WHITESPACE)
-        list(APPEND CMAKE_CXX_CLANG_TIDY --extra-arg=--target=x86_64-w64-mingw32
-            --extra-arg=-isystem${library_headers}
-            --extra-arg=-isystem${library_headers}/x86_64-w64-mingw32)
-    endif()
-endif()
 
 # Sanitizers are for every target, GoogleTest included.
 set(sanitize_address -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all -fno-omit-frame-pointer)
