@@ -3,16 +3,16 @@
 namespace percussomatic {
 
 int& displayDpi() noexcept {
-    static int dpi = kWrittenDpi;
+    static int dpi = kDesignDpi;
     return dpi;
 }
 
-int onScreen(int writtenPixels) noexcept {
-    return (writtenPixels * displayDpi() + kWrittenDpi / 2) / kWrittenDpi;
+int scaledForDpi(int designPixels) noexcept {
+    return (designPixels * displayDpi() + kDesignDpi / 2) / kDesignDpi;
 }
 
-float onScreen(float writtenPixels) noexcept {
-    return writtenPixels * static_cast<float>(displayDpi()) / static_cast<float>(kWrittenDpi);
+float scaledForDpi(float designPixels) noexcept {
+    return designPixels * static_cast<float>(displayDpi()) / static_cast<float>(kDesignDpi);
 }
 
 } // namespace percussomatic

@@ -6,13 +6,13 @@ namespace percussomatic {
 // setting, so that strip, dialogs and windows stay readable on a fine screen. Set once, before
 // anything reads it.
 
-inline constexpr int kWrittenDpi = 96;
+inline constexpr int kDesignDpi = 96;
 
 // The system's setting; 96 until start-up has asked for it.
 int& displayDpi() noexcept;
 
 // So many written pixels on this screen, rounded half up.
-int onScreen(int writtenPixels) noexcept;
-float onScreen(float writtenPixels) noexcept;
+int scaledForDpi(int designPixels) noexcept;
+float scaledForDpi(float designPixels) noexcept;
 
 } // namespace percussomatic

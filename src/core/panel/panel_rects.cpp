@@ -22,12 +22,12 @@ int truncated(double value) noexcept {
 }
 
 void placeStrip(PanelRects& rects, int width) noexcept {
-    const int top = onScreen(12), bottom = onScreen(40);
+    const int top = scaledForDpi(12), bottom = scaledForDpi(40);
     const auto fromRight = [=](int left, int right) {
-        return PixelRect{width - onScreen(left), top, width - onScreen(right), bottom};
+        return PixelRect{width - scaledForDpi(left), top, width - scaledForDpi(right), bottom};
     };
-    rects.info = {onScreen(64), top, onScreen(142), bottom};
-    rects.bpm = {onScreen(442), top, onScreen(542), bottom};
+    rects.info = {scaledForDpi(64), top, scaledForDpi(142), bottom};
+    rects.bpm = {scaledForDpi(442), top, scaledForDpi(542), bottom};
     rects.cards = fromRight(142, 64);
     rects.midi = fromRight(232, 154);
     rects.effects = fromRight(322, 244);
@@ -41,30 +41,30 @@ void placeDialog(PanelRects& rects, int width, int height) noexcept {
     rects.dialog = dialog;
 
     const int middle = dialog.top + dialogHeight / 2;
-    const int near = onScreen(22), far = onScreen(76), half = onScreen(27);
+    const int near = scaledForDpi(22), far = scaledForDpi(76), half = scaledForDpi(27);
     rects.previousCard = {dialog.left + near, middle - half, dialog.left + far, middle + half};
     rects.nextCard = {dialog.right - far, middle - half, dialog.right - near, middle + half};
 
-    const int buttons = dialog.left + (dialogWidth - onScreen(296)) / 2;
+    const int buttons = dialog.left + (dialogWidth - scaledForDpi(296)) / 2;
     const auto button = [=](int left, int right) {
-        return PixelRect{buttons + onScreen(left), dialog.bottom - onScreen(42),
-                         buttons + onScreen(right), dialog.bottom - onScreen(12)};
+        return PixelRect{buttons + scaledForDpi(left), dialog.bottom - scaledForDpi(42),
+                         buttons + scaledForDpi(right), dialog.bottom - scaledForDpi(12)};
     };
     rects.title = button(0, 92);
     rects.save = button(102, 194);
     rects.load = button(204, 296);
-    rects.cancel = {dialog.right - onScreen(104), dialog.top + onScreen(10),
-                    dialog.right - onScreen(16), dialog.top + onScreen(38)};
+    rects.cancel = {dialog.right - scaledForDpi(104), dialog.top + scaledForDpi(10),
+                    dialog.right - scaledForDpi(16), dialog.top + scaledForDpi(38)};
 
-    int cardHeight = dialogHeight - onScreen(112);
-    int cardWidth = dialogWidth - onScreen(216);
+    int cardHeight = dialogHeight - scaledForDpi(112);
+    int cardWidth = dialogWidth - scaledForDpi(216);
     if (truncated(cardHeight * card_layout::kAspect) > cardWidth) {
         cardHeight = truncated(cardWidth / card_layout::kAspect);
     } else {
         cardWidth = truncated(cardHeight * card_layout::kAspect);
     }
-    rects.dialogCard = box(dialog.left + (dialogWidth - cardWidth) / 2, dialog.top + onScreen(48),
-                           cardWidth, cardHeight);
+    rects.dialogCard = box(dialog.left + (dialogWidth - cardWidth) / 2,
+                           dialog.top + scaledForDpi(48), cardWidth, cardHeight);
 }
 
 void placeReader(PanelRects& rects, int width, int height, double readerCardY) noexcept {

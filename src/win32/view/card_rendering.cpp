@@ -26,7 +26,7 @@ constexpr std::uint32_t kButtonText = 0xFFF5F5F5, kButtonTextOff = 0x96828282;
 constexpr std::uint32_t kCancelText = 0xFFEBEBEB, kCardTitle = 0xFFD21212;
 
 PixelRect shadowOf(const PixelRect& dialog) noexcept {
-    const int offset = onScreen(6);
+    const int offset = scaledForDpi(6);
     return {dialog.left + offset, dialog.top + offset, dialog.right + offset,
             dialog.bottom + offset};
 }
@@ -42,7 +42,7 @@ void drawCardTitle(GpGraphics* graphics, const PixelRect& rect, std::wstring_vie
     drawText(graphics, title, {rect.left + margin, top, rect.right - margin, top + height},
              {.family = L"Consolas",
               .style = FontStyleBold,
-              .sizePixels = static_cast<float>(width * 0.075 + 2.0 * displayDpi() / kWrittenDpi),
+              .sizePixels = static_cast<float>(width * 0.075 + 2.0 * displayDpi() / kDesignDpi),
               .argb = kCardTitle,
               .oneLine = true});
 }
@@ -133,14 +133,14 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     canvas.fill(rects.dialog, kDialogFill);
     canvas.outline(rects.dialog, kDialogEdge);
 
-    const int headerHeight = onScreen(40);
+    const int headerHeight = scaledForDpi(40);
     std::wstring header = cardLabel(card, slot);
     if (!card.used) {
         header += L" - EMPTY";
     }
     const auto text = [&](const PixelRect& rect, std::wstring_view words, float size) {
         if (canvas.shows(rect)) {
-            drawCenteredText(canvas, words, rect, onScreen(size), kDialogText);
+            drawCenteredText(canvas, words, rect, scaledForDpi(size), kDialogText);
         }
     };
     text({rects.dialog.left, rects.dialog.top, rects.dialog.right, rects.dialog.top + headerHeight},
@@ -152,7 +152,7 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     const auto button = [&](const PixelRect& rect, std::wstring_view caption, float size,
                             std::uint32_t colour) {
         if (canvas.shows(rect)) {
-            drawBox(canvas, rect, caption, onScreen(size), {kButtonFill, kButtonEdge, colour});
+            drawBox(canvas, rect, caption, scaledForDpi(size), {kButtonFill, kButtonEdge, colour});
         }
     };
     button(rects.title, L"TITLE", 13, kButtonText);

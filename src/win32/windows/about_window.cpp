@@ -264,7 +264,7 @@ POINT cornerOver(HWND owner, int width, int height) {
 }
 
 void make(HWND owner) {
-    RECT outer{0, 0, onScreen(kWidth), onScreen(kHeight)};
+    RECT outer{0, 0, scaledForDpi(kWidth), scaledForDpi(kHeight)};
     AdjustWindowRectEx(&outer, kStyle, FALSE, kExtendedStyle);
     const int width = outer.right - outer.left, height = outer.bottom - outer.top;
     const POINT corner = cornerOver(owner, width, height);

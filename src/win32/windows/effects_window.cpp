@@ -54,7 +54,7 @@ struct EffectsWindow {
     GdiFont titleFont = segoeFont(24, FW_BOLD);
     GdiFont headingFont = segoeFont(16, FW_SEMIBOLD);
     GdiFont enableFont =
-        fitted(segoeFont(16, FW_SEMIBOLD), kEnableText, onScreen(kEnableWidth - kCheckWidth));
+        fitted(segoeFont(16, FW_SEMIBOLD), kEnableText, scaledForDpi(kEnableWidth - kCheckWidth));
     GdiFont labelFont = segoeFont(14, FW_NORMAL);
     GdiBrush fill{CreateSolidBrush(colour(kToolWindowFill))};
     GdiBrush fieldFill{CreateSolidBrush(colour(0x2A2824))}; // for an edit field; there is none yet
@@ -226,11 +226,11 @@ bool createWindow(HWND owner) {
     serveWaitingSteps();
     RECT beside{};
     GetWindowRect(owner, &beside);
-    return CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"PERCUSOMATIC - EFFECTS",
-                           WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX,
-                           beside.left + onScreen(kRightOfOwner),
-                           beside.top + onScreen(kBelowOwner), onScreen(kWidth), onScreen(kHeight),
-                           owner, nullptr, GetModuleHandleW(nullptr), nullptr) != nullptr;
+    return CreateWindowExW(
+               WS_EX_TOOLWINDOW, kClass, L"PERCUSOMATIC - EFFECTS",
+               WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX, beside.left + scaledForDpi(kRightOfOwner),
+               beside.top + scaledForDpi(kBelowOwner), scaledForDpi(kWidth), scaledForDpi(kHeight),
+               owner, nullptr, GetModuleHandleW(nullptr), nullptr) != nullptr;
 }
 
 } // namespace

@@ -210,8 +210,8 @@ void showMidiDeviceWindow(HWND owner) {
     }
     HWND window =
         CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"Percussomatic MIDI", WS_CAPTION | WS_SYSMENU,
-                        CW_USEDEFAULT, CW_USEDEFAULT, onScreen(kWidth), onScreen(kHeight), owner,
-                        nullptr, GetModuleHandleW(nullptr), &context);
+                        CW_USEDEFAULT, CW_USEDEFAULT, scaledForDpi(kWidth), scaledForDpi(kHeight),
+                        owner, nullptr, GetModuleHandleW(nullptr), &context);
     if (window != nullptr) {
         ShowWindow(window, SW_SHOW);
         serveWaitingSteps();

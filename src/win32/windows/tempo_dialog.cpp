@@ -165,7 +165,7 @@ bool runTempoDialog(HWND owner, double bpm, double& result) {
     }
     TempoDialog dialog;
     dialog.initialBpm = bpm;
-    const int width = onScreen(kWidth), height = onScreen(kHeight);
+    const int width = scaledForDpi(kWidth), height = scaledForDpi(kHeight);
     const POINT corner = centredOver(owner, width, height);
     HWND window =
         CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_TOPMOST | WS_EX_TOOLWINDOW, kClass,

@@ -91,7 +91,7 @@ LRESULT CALLBACK dialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 std::optional<std::wstring> askCardTitle(HWND owner, const std::wstring& title) {
     registerToolWindowClass(kClass, dialogProc, GetSysColorBrush(COLOR_WINDOW));
     TitleDialog dialog{.title = title, .edit = nullptr, .done = false, .entered = std::nullopt};
-    const int width = onScreen(kWidth), height = onScreen(kHeight);
+    const int width = scaledForDpi(kWidth), height = scaledForDpi(kHeight);
     const POINT corner = centredOver(owner, width, height);
     HWND window =
         CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_TOOLWINDOW, kClass, L"Punch Card Title",

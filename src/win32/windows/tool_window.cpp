@@ -18,32 +18,32 @@ bool registerToolWindowClass(const wchar_t* name, WNDPROC procedure, HBRUSH back
 }
 
 HWND addControl(HWND window, const ControlPlace& place, HFONT font) {
-    HWND control = CreateWindowExW(place.extendedStyle, place.windowClass, place.text,
-                                   WS_CHILD | WS_VISIBLE | place.style, onScreen(place.x),
-                                   onScreen(place.y), onScreen(place.width), onScreen(place.height),
-                                   window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)),
-                                   GetModuleHandleW(nullptr), nullptr);
+    HWND control = CreateWindowExW(
+        place.extendedStyle, place.windowClass, place.text, WS_CHILD | WS_VISIBLE | place.style,
+        scaledForDpi(place.x), scaledForDpi(place.y), scaledForDpi(place.width),
+        scaledForDpi(place.height), window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)),
+        GetModuleHandleW(nullptr), nullptr);
     SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
     serveWaitingSteps(); // a window of many controls takes its time
     return control;
 }
 
 GdiFont segoeFont(int pixels, int weight) {
-    return GdiFont(CreateFontW(-onScreen(pixels), 0, 0, 0, weight, FALSE, FALSE, FALSE,
+    return GdiFont(CreateFontW(-scaledForDpi(pixels), 0, 0, 0, weight, FALSE, FALSE, FALSE,
                                DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
                                CLEARTYPE_QUALITY, DEFAULT_PITCH | FF_DONTCARE, L"Segoe UI"));
 }
 
 HFONT controlFont() {
     auto* const stock = static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT));
-    if (displayDpi() == kWrittenDpi) {
+    if (displayDpi() == kDesignDpi) {
         return stock;
     }
     static const GdiFont scaled = [stock] {
         constexpr int kWrittenHeight = 11; // pixels of the stock font, which does not grow
         LOGFONTW font{};
         GetObjectW(stock, sizeof font, &font);
-        font.lfHeight = -onScreen(kWrittenHeight);
+        font.lfHeight = -scaledForDpi(kWrittenHeight);
         return GdiFont(CreateFontIndirectW(&font));
     }();
     return scaled.get();

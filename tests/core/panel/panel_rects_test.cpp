@@ -60,7 +60,7 @@ TEST(PanelRects, CardFillsTheDialogByHeightOrByWidth) {
 TEST(PanelRects, FixedPixelsGrowWithTheDisplaysDpi) {
     displayDpi() = 144;
     const PanelRects at = panelRects(2427, 1560, 0.0);
-    displayDpi() = kWrittenDpi;
+    displayDpi() = kDesignDpi;
     EXPECT_EQ(at.bpm, (PixelRect{663, 18, 813, 60}));
     EXPECT_EQ(at.effects, (PixelRect{1944, 18, 2061, 60}));
     EXPECT_EQ(at.previousCard, (PixelRect{373, 738, 454, 820}));

@@ -51,7 +51,7 @@ TEST(AboutWindow, EveryLineIsWholeAndApartFromTheOthers) {
         destroyAboutWindow();
         EXPECT_EQ(ownedObjects, owned);
     }
-    displayDpi() = kWrittenDpi;
+    displayDpi() = kDesignDpi;
 }
 
 } // namespace

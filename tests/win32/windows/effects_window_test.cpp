@@ -24,7 +24,7 @@ protected:
     void TearDown() override {
         DestroyWindow(owner_);
         EXPECT_EQ(ownedObjects, owned_);
-        displayDpi() = kWrittenDpi;
+        displayDpi() = kDesignDpi;
     }
 
     HWND show() const {

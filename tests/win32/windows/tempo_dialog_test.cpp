@@ -62,7 +62,7 @@ TEST(TempoDialog, HasItsControlsInTheSizeOfTheDisplay) {
             click(dialog, kCancel);
         });
     }
-    displayDpi() = kWrittenDpi;
+    displayDpi() = kDesignDpi;
 }
 
 TEST(TempoDialog, TakesATempoOrSaysWhyNotByItsButtonsAndNoKey) {
