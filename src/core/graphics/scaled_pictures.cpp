@@ -26,7 +26,7 @@ ScaledPictures& scaledPictures() noexcept {
 
 } // namespace
 
-const PixelImage& keptScaled(const PixelImage& picture, int width, int height) {
+const PixelImage& cachedScaled(const PixelImage& picture, int width, int height) {
     ScaledPictures& pictures = scaledPictures();
     const PictureInSize wanted{&picture, width, height};
     const auto found = pictures.kept.find(wanted);
@@ -34,7 +34,7 @@ const PixelImage& keptScaled(const PixelImage& picture, int width, int height) {
         return found->second;
     }
     if (pictures.pixels > kMostPixels) {
-        dropScaledPictures();
+        clearScaledPictures();
     }
     PixelImage shown = width > 0 && height > 0 ? scaled(picture, width, height) : PixelImage();
     const PixelImage& image = pictures.kept.emplace(wanted, std::move(shown)).first->second;
@@ -42,7 +42,7 @@ const PixelImage& keptScaled(const PixelImage& picture, int width, int height) {
     return image;
 }
 
-void dropScaledPictures() noexcept {
+void clearScaledPictures() noexcept {
     scaledPictures() = {};
 }
 

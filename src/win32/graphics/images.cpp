@@ -220,7 +220,7 @@ void ensurePanelImages(double scale) {
 }
 
 void releasePanelImages() noexcept {
-    dropScaledPictures(); // which are known by their pictures
+    clearScaledPictures(); // which are known by their pictures
     imageCache() = ImageCache{};
 }
 

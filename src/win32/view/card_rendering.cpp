@@ -57,7 +57,7 @@ void punchHoles(PixelImage& image, const Pattern& pattern) {
     const double unitY = static_cast<double>(image.height) / kHeight;
     const auto rounded = [](double value) { return static_cast<int>(value + 0.5); };
     const PixelImage& hole =
-        keptScaled(*picture, rounded(kHoleSize * unitX), rounded(kHoleSize * unitY));
+        cachedScaled(*picture, rounded(kHoleSize * unitX), rounded(kHoleSize * unitY));
     for (int line = 0; line < kLineCount; ++line) {
         for (int step = 0; step < kStepCount; ++step) {
             if (pattern.isSet(line, step)) {
@@ -96,7 +96,7 @@ const PixelImage& DrawnCard::inSize(int shownSlot, int width, int height) {
     title = shownTitle;
     used = card.used;
     pattern = card.pattern;
-    image = keptScaled(*picture, width, height);
+    image = cachedScaled(*picture, width, height);
     {
         const Bitmap bitmap = bitmapOver(viewOf(image));
         const Graphics graphics = graphicsOn(bitmap.get());
@@ -179,7 +179,7 @@ void paintReader(Canvas& canvas, const PanelRects& rects, double scale) {
     const int row = findControl(control::kReaderPlate);
     if (plate != nullptr && row != kNoControl) {
         const PixelRect rect = controlClientRect(row, scale);
-        canvas.put(keptScaled(*plate, rect.width(), rect.height()), rect.left, rect.top);
+        canvas.put(cachedScaled(*plate, rect.width(), rect.height()), rect.left, rect.top);
     }
 }
 

@@ -106,8 +106,8 @@ void putStaticPictures(const std::vector<StaticPicture>& layers, PixelImage& cac
 // A knob. Turned from twice its size, or the system's filter would leave its edges jagged.
 void paintRotary(Canvas& canvas, const PixelImage& picture, const PixelRect& rect, double value) {
     constexpr double kFullTurnDeg = 300.0;
-    const PixelImage& knob = keptScaled(picture, std::min(picture.width, 2 * rect.width()),
-                                        std::min(picture.height, 2 * rect.height()));
+    const PixelImage& knob = cachedScaled(picture, std::min(picture.width, 2 * rect.width()),
+                                          std::min(picture.height, 2 * rect.height()));
     drawTurned(canvas.graphics(), knob, canvas.place(rect), value * kFullTurnDeg);
 }
 
@@ -133,7 +133,7 @@ void paintControls(Canvas& canvas, double scale, const PixelRect& hidden) {
         if (const RotaryState* rotary = rotaryState(index); rotary != nullptr) {
             paintRotary(canvas, *picture, rect, rotary->value);
         } else {
-            canvas.put(keptScaled(*picture, rect.width(), rect.height()), rect.left, rect.top);
+            canvas.put(cachedScaled(*picture, rect.width(), rect.height()), rect.left, rect.top);
         }
     }
 }
@@ -195,7 +195,7 @@ const PixelImage* imageFor(int index) noexcept {
 void rebuildBackgroundCache(HWND window) {
     // Its memory is kept: that costs more than to fill it.
     PixelImage& cache = backgroundCache();
-    dropScaledPictures();
+    clearScaledPictures();
     const Size client = clientSize(window);
     cache.width = std::max<int>(0, client.width);
     cache.height = std::max<int>(0, client.height);
@@ -221,7 +221,7 @@ bool backgroundFits(Size client) noexcept {
 void releaseBackgroundCache() noexcept {
     backgroundCache() = {};
     screenPixels().release();
-    dropScaledPictures();
+    clearScaledPictures();
 }
 
 void paintPanel(HWND window) {

@@ -126,7 +126,7 @@ TEST_F(PanelRendering, KeptPicturesLookAsIfScaledAnew) {
     for (int control = 0; control < kControlCount; ++control) {
         // Dials are turned by the system, which may round another way in another region.
         if (isInteractive(controlRow(control)) && rotaryState(control) == nullptr) {
-            dropScaledPictures();
+            clearScaledPictures();
             const PixelRect rect = controlClientRect(control, viewScale({kWidth, kHeight}));
             ASSERT_EQ(worstDifference(compose(rect), kept), 0) << control;
         }
