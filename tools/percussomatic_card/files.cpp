@@ -75,7 +75,7 @@ int outcome(SaveResult result, const std::string& file) {
 int writeOutput(const std::string& file, std::string_view bytes) {
     FileReplacement output(pathOf(file));
     output.write(bytes);
-    return outcome(output.take(), file);
+    return outcome(output.commit(), file);
 }
 
 } // namespace percussomatic::tool

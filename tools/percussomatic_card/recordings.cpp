@@ -29,7 +29,7 @@ int recordings(const Arguments& arguments) {
         }
     }
     for (std::size_t at = 0; at < outputs.size(); ++at) {
-        if (outputs[at]->take() != SaveResult::saved) {
+        if (outputs[at]->commit() != SaveResult::saved) {
             return outcome(outputs[at]->result(), fileOf(at));
         }
     }

@@ -244,7 +244,7 @@ int render(const Arguments& arguments) {
     if (interrupted != 0) {
         return kFailed;
     }
-    return outcome(output.take(), arguments.operands[1]);
+    return outcome(output.commit(), arguments.operands[1]);
 }
 
 } // namespace percussomatic::tool

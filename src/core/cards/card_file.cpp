@@ -60,7 +60,7 @@ SaveResult saveCardFile(const std::filesystem::path& path, std::string_view text
     }
     FileReplacement file(path);
     file.write(text);
-    return file.take();
+    return file.commit();
 }
 
 std::wstring saveFaultText(SaveResult result, const std::filesystem::path& path) {

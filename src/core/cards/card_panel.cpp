@@ -156,7 +156,7 @@ void loadCards() {
     std::error_code ignored; // without the folder every slot stays empty; a save reports it
     std::filesystem::create_directories(kCardFolder, ignored);
     for (int slot = 0; slot < kCardSlots; ++slot) {
-        removeUnfinished(cardFilePath(slot));
+        removeStaleTemporaries(cardFilePath(slot));
         loadCardFile(cardFilePath(slot), cardPanel().slot(slot));
     }
 }

@@ -50,7 +50,7 @@ SaveResult obstacleAt(const std::filesystem::path& target) {
 
 } // namespace
 
-void removeUnfinished(const std::filesystem::path& target) {
+void removeStaleTemporaries(const std::filesystem::path& target) {
     // Another instance may be saving right now, and between the last byte and the rename its file
     // is not open. So the age decides: a save takes milliseconds.
     const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1);
@@ -106,7 +106,7 @@ SaveResult FileReplacement::finish() {
     return result_;
 }
 
-SaveResult FileReplacement::take() {
+SaveResult FileReplacement::commit() {
     if (finish() == SaveResult::saved) {
         std::error_code error;
         if (const auto old = std::filesystem::status(target_, error); exists(old)) {

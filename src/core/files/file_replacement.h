@@ -19,7 +19,7 @@ enum class SaveResult {
     notWritten // disk full, folder locked and the like
 };
 
-// A file that is about to replace another or to be the first of its name. Until take() has
+// A file that is about to replace another or to be the first of its name. Until commit() has
 // succeeded the old file is untouched. A replacement that is destroyed before that leaves nothing
 // behind; only a process that dies in between leaves "NAME.1.saving" (or the next free number up
 // to 9). One thread at a time.
@@ -33,12 +33,12 @@ public:
     void write(std::string_view bytes);
     SaveResult result() const noexcept { return result_; } // so far; a failure stays
 
-    // Flushes to the disk and closes. take() does so by itself. Several files that belong together
-    // are finished first, so that most failures come before the first take().
+    // Flushes to the disk and closes. commit() does so by itself. Several files that belong
+    // together are finished first, so that most failures come before the first commit().
     SaveResult finish();
 
     // Renames to the target's name.
-    SaveResult take();
+    SaveResult commit();
 
 private:
     void fail();
@@ -54,6 +54,6 @@ private:
 };
 
 // Removes temporary files that a killed process left for that file more than a minute ago.
-void removeUnfinished(const std::filesystem::path& target);
+void removeStaleTemporaries(const std::filesystem::path& target);
 
 } // namespace percussomatic

@@ -123,7 +123,7 @@ int runPercussomatic(HINSTANCE instance) {
     // Decoding takes longest; until the window needs the pictures it runs beside the rest.
     std::future<void> decoding =
         std::async(std::launch::async, loadPanelImages, viewScale({largest.cx, largest.cy}));
-    removeUnfinished(settingsFile());
+    removeStaleTemporaries(settingsFile());
     resetCardPanel();
     loadCards();
     startSound();

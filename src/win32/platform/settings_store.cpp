@@ -79,7 +79,7 @@ bool makeWide() {
     FileReplacement file(settingsFile());
     file.write(kByteOrderMark);
     file.write({reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)});
-    return file.take() == SaveResult::saved;
+    return file.commit() == SaveResult::saved;
 }
 
 } // namespace

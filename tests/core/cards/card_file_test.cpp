@@ -95,7 +95,7 @@ TEST_F(CardFile, SweepTakesOnlyWhatDeadSaversHaveLeft) {
         }
     }
     put(cards / "card_10.vopcard.2.saving", "half a ca"); // just now
-    removeUnfinished(path);
+    removeStaleTemporaries(path);
     for (const std::string& name : stays) {
         EXPECT_TRUE(fs::exists(cards / name)) << name;
     }
@@ -139,10 +139,10 @@ TEST_F(CardFile, SaverThatIsKilledLeavesTheOldCardOrTheNewOne) {
         ASSERT_EQ(contents(path), replaced ? text : old); // and once replaced it stays so
         if (fs::exists(left)) {
             ++leftBehind;
-            removeUnfinished(path);
+            removeStaleTemporaries(path);
             ASSERT_TRUE(fs::exists(left)) << "somebody may be writing it";
             fs::last_write_time(left, fs::file_time_type::clock::now() - std::chrono::minutes(2));
-            removeUnfinished(path);
+            removeStaleTemporaries(path);
         }
         ASSERT_EQ(filesIn("PunchCards"), 1);
     }
