@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 namespace lumivarda::dsp {
@@ -7,14 +8,14 @@ struct StereoFrame {
     float right = 0.0f;
 };
 
-// An effect fed one frame at a time. Not thread-safe by itself: whoever owns an
-// effect serialises its calls. Only prepare() may allocate.
+// A stereo effect that processes one frame at a time. Not thread-safe: the owner serialises all
+// calls. Only prepare() may allocate.
 class VEffect {
 public:
     virtual ~VEffect() = default;
 
-    virtual void prepare(double sampleRateHz) = 0; // sizes and clears all delay memory
-    virtual void reset() noexcept = 0;             // clears delay memory, keeps settings
+    virtual void prepare(double sampleRateHz) = 0; // sizes and clears all delay lines
+    virtual void reset() noexcept = 0;             // clears all delay lines, keeps the settings
     virtual StereoFrame process(float left, float right) noexcept = 0;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/effect_choice.h"
 
 #include "audio/sound_engine.h"
@@ -8,13 +9,13 @@ namespace percussomatic {
 
 namespace {
 
-struct EffectCharacter {
+struct OfferedPreset {
     std::int32_t enginePreset;
     EffectCaptions captions;
 };
 
-// The engine's presets 2 and 3 are not offered.
-constexpr std::array<EffectCharacter, 4> kCharacters{{
+// By selectedPreset. The engine's presets 2 and 3 are not offered.
+constexpr std::array<OfferedPreset, 4> kOfferedPresets{{
     {0,
      {{L"Return", L"Room Size", L"Damping", L"Stereo Width", L"Pre-Delay"},
       L"A small, controlled ambience for bass drum, snare and percussion."}},
@@ -31,8 +32,8 @@ constexpr std::array<EffectCharacter, 4> kCharacters{{
 
 EffectChoice theChoice;
 
-const EffectCharacter& chosenCharacter() noexcept {
-    return kCharacters[static_cast<std::size_t>(theChoice.selectedPreset)];
+const OfferedPreset& selectedOffer() noexcept {
+    return kOfferedPresets[static_cast<std::size_t>(theChoice.selectedPreset)];
 }
 
 } // namespace
@@ -43,11 +44,11 @@ EffectChoice& effectChoice() noexcept {
 
 void selectPreset(std::int32_t preset) {
     theChoice.selectedPreset = std::clamp(preset, 0, 3);
-    soundEngine().setEffectPreset(chosenCharacter().enginePreset);
+    soundEngine().setEffectPreset(selectedOffer().enginePreset);
 }
 
 const EffectCaptions& effectCaptions() noexcept {
-    return chosenCharacter().captions;
+    return selectedOffer().captions;
 }
 
 } // namespace percussomatic

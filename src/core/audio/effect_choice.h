@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <array>
@@ -6,8 +7,8 @@
 
 namespace percussomatic {
 
-// Which of the four reverb characters the player has chosen. Punch cards store this choice, not the
-// engine's preset number, and it is never read back from the engine.
+// Which of the four reverb presets on offer the player has selected. Punch cards store this number,
+// not the engine's preset number. It is never read back from the engine.
 //
 // Threads: GUI thread only.
 struct EffectChoice {
@@ -16,16 +17,15 @@ struct EffectChoice {
 
 EffectChoice& effectChoice() noexcept;
 
-void selectPreset(std::int32_t preset); // 0..3, clamped; sets the engine's preset too
+void selectPreset(std::int32_t preset); // 0..3, clamped; also sets the engine's preset
 
-// What the effects window says about the chosen character. The captions of the parameters depend on
-// the character; what they do in the engine does not.
+// Texts of the effects window for the selected preset. Only the captions depend on the preset; each
+// parameter does the same in the engine whatever its caption.
 struct EffectCaptions {
-    // Return, room size, damping, width and pre-delay.
-    std::array<const wchar_t*, 5> parameters;
+    std::array<const wchar_t*, 5> parameters; // return, room size, damping, width, pre-delay
     const wchar_t* description;
 };
 
-const EffectCaptions& effectCaptions() noexcept;
+const EffectCaptions& effectCaptions() noexcept; // of the selected preset
 
 } // namespace percussomatic

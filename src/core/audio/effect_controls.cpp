@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/effect_controls.h"
 
 #include <algorithm>
@@ -10,10 +11,10 @@ struct Parameter {
     float (SoundEngine::*get)() const;
     void (SoundEngine::*set)(float);
     float positionsPerUnit;
-    float rounding; // added to a position before it is truncated
+    float rounding; // added to the position before it is truncated
 };
 
-constexpr float kPerUnit = 100.0f; // of all settings of 0..1
+constexpr float kPerUnit = 100.0f; // positions per unit of all settings of 0..1
 constexpr float kHalfUp = 0.5f;
 
 constexpr std::array<Parameter, 5> kParameters{{
@@ -27,7 +28,7 @@ constexpr std::array<Parameter, 5> kParameters{{
 constexpr std::array<float SoundEngine::*, 3> kExtras{
     &SoundEngine::effectExtra1, &SoundEngine::effectExtra2, &SoundEngine::effectExtra3};
 
-// Single precision, so that a setting of 0.005 is half a position and not just below it.
+// Single precision, so that a setting of 0.005 is exactly half a position and rounds up.
 int positionOf(float value, float positionsPerUnit, float rounding) noexcept {
     const float position = value * positionsPerUnit + rounding;
     return position > 0.0f ? static_cast<int>(std::min(position, float{kMaxBarPosition})) : 0;
@@ -72,15 +73,15 @@ int barPosition(const SoundEngine& engine, int id) {
 }
 
 void moveBar(SoundEngine& engine, int id, int position) {
-    const auto moved = static_cast<float>(position);
+    const auto newPosition = static_cast<float>(position);
     if (isSendBar(id)) {
-        engine.setSend(static_cast<std::uint32_t>(id - kSendBarId), moved / kPerUnit);
+        engine.setSend(static_cast<std::uint32_t>(id - kSendBarId), newPosition / kPerUnit);
     } else if (isParameterBar(id)) {
         const auto index = static_cast<std::size_t>(id - kParameterBarId);
         if (index < kParameters.size()) {
-            (engine.*kParameters[index].set)(moved / kParameters[index].positionsPerUnit);
+            (engine.*kParameters[index].set)(newPosition / kParameters[index].positionsPerUnit);
         } else {
-            setExtra(engine, index - kParameters.size(), moved / kPerUnit);
+            setExtra(engine, index - kParameters.size(), newPosition / kPerUnit);
         }
     }
 }

@@ -5,12 +5,12 @@
 
 namespace percussomatic {
 
-// The reverb as the player sets it. Also what a preset and a punch card hold.
+// The reverb parameters that the player sets. Presets and punch cards store the same.
 struct EffectSettings {
     float effectReturn = 0.0f; // 0..1, gain of the wet signal in the mix
-    float roomSize = 0.0f;     // 0..1, length of the tail
-    float damping = 0.0f;      // 0..1, how much sooner the highs die
-    float width = 0.0f;        // 0 mono .. 1 no cross-feed
+    float roomSize = 0.0f;     // 0..1, larger is a longer tail
+    float damping = 0.0f;      // 0..1, larger makes high frequencies decay faster
+    float width = 0.0f;        // 0 (mono) .. 1 (no cross-feed)
     float preDelayMs = 0.0f;   // 0..kMaxPreDelayMs
 
     bool operator==(const EffectSettings&) const = default;
@@ -18,7 +18,7 @@ struct EffectSettings {
 
 inline constexpr float kMaxPreDelayMs = 200.0f;
 
-// Every setting with its upper limit; the lower one is 0.
+// Every setting with its maximum; the minimum is 0.
 struct EffectLimit {
     float EffectSettings::*value;
     float max;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/plate_reverb.h"
 
 #include "audio/lanes.h"
@@ -9,16 +10,17 @@ namespace lumivarda::dsp {
 
 namespace {
 
-// Frames at 44.1 kHz, left channel.
+// Line lengths in frames at 44.1 kHz, left channel.
 constexpr std::int64_t kTuningRateHz = 44100;
 constexpr std::array<std::int64_t, 8> kCombFrames{1116, 1188, 1277, 1356, 1422, 1491, 1557, 1617};
 constexpr std::array<std::int64_t, 4> kAllpassFrames{556, 441, 341, 225};
-constexpr std::int64_t kStereoSpreadFrames = 23; // right lines are longer: decorrelates the sides
+// The right channel's lines are this much longer, which decorrelates the channels.
+constexpr std::int64_t kStereoSpreadFrames = 23;
 
-constexpr double kPreDelayLineSeconds = 0.21; // a little more than the longest setting, 200 ms
+constexpr double kPreDelayLineSeconds = 0.21; // slightly more than kMaxPreDelayMs
 constexpr std::size_t kMinPreDelayFrames = 8;
 
-constexpr float kFlushBelow = 1e-30f; // far below hearing, far above the denormals
+constexpr float kFlushBelow = 1e-30f; // inaudible, but far above the denormals
 constexpr std::size_t kChunkFrames = 512;
 
 float flushed(float value) noexcept {
@@ -29,7 +31,7 @@ std::size_t wrapped(std::size_t index, std::size_t length) noexcept {
     return index == length ? 0 : index;
 }
 
-constexpr std::size_t wholeFours(std::size_t frames) noexcept {
+constexpr std::size_t wholeLanes(std::size_t frames) noexcept { // rounded down
     return frames / kLanes * kLanes;
 }
 
@@ -38,9 +40,9 @@ std::size_t lineFrames(std::int64_t rateHz, std::int64_t tuningFrames) {
         std::max<std::int64_t>(rateHz * tuningFrames / kTuningRateHz, 1));
 }
 
-// Four combs, one lane each.
+// Four combs processed together, one lane each.
 struct FourCombs {
-    float* lines[kLanes]; // each at its index
+    float* lines[kLanes]; // each at its current index
     Lanes filterStore;
 };
 
@@ -70,12 +72,12 @@ void scatter(const FourCombs& four, CombFilter* combs, std::size_t frames) noexc
     }
 }
 
-// Four ticks of each of four combs. A row holds four frames of one line. The low-pass of a comb
-// depends on its previous frame but not on the other combs, so it is computed in columns: one frame
-// of all four combs. Unrolled, because only then do the rows stay in registers.
+// Advances four combs by four frames. A row holds four frames of one comb's line. A comb's low-pass
+// depends on its previous frame but not on the other combs, so it is computed by column: one frame
+// of all four combs. Unrolled, because otherwise the rows do not stay in registers.
 inline Lanes tickFourTimes(FourCombs& combs, std::size_t frame,
                            const CombCoefficients& coefficients, Lanes input, Lanes sum) noexcept {
-    const Lanes limit = allLanes(kFlushBelow);
+    const Lanes limit = broadcast(kFlushBelow);
     Lanes rows[kLanes];
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < kLanes; ++i) {
@@ -86,25 +88,25 @@ inline Lanes tickFourTimes(FourCombs& combs, std::size_t frame,
     transpose(rows);
 #pragma GCC unroll 4
     for (Lanes& column : rows) {
-        column = flushedBelow(limit, column + combs.filterStore * coefficients.damp);
+        column = flushBelow(limit, column + combs.filterStore * coefficients.damp);
         combs.filterStore = column;
     }
     transpose(rows);
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < kLanes; ++i) {
-        store(combs.lines[i] + frame, flushedBelow(limit, input + rows[i] * coefficients.feedback));
+        store(combs.lines[i] + frame, flushBelow(limit, input + rows[i] * coefficients.feedback));
     }
     return sum;
 }
 
-// All combs of a channel over a multiple of four frames in which no line wraps.
+// Runs all combs of a channel over a multiple of four frames within which no line wraps.
 void runEightCombs(CombFilter* combs, const CombCoefficients& coefficients, const float* input,
                    float* sum, std::size_t frames) noexcept {
     FourCombs low = gather(combs);
     FourCombs high = gather(combs + kLanes);
     for (std::size_t frame = 0; frame < frames; frame += kLanes) {
         const Lanes in = load(input + frame);
-        const Lanes half = tickFourTimes(low, frame, coefficients, in, allLanes(0.0f));
+        const Lanes half = tickFourTimes(low, frame, coefficients, in, broadcast(0.0f));
         store(sum + frame, tickFourTimes(high, frame, coefficients, in, half));
     }
     scatter(low, combs, frames);
@@ -135,21 +137,21 @@ float AllpassFilter::tick(float input) noexcept {
 }
 
 void AllpassFilter::run(float* signal, std::size_t frames) noexcept {
-    const Lanes half = allLanes(kAllpassFeedback);
-    const Lanes limit = allLanes(kFlushBelow);
+    const Lanes half = broadcast(kAllpassFeedback);
+    const Lanes limit = broadcast(kFlushBelow);
     std::size_t frame = 0;
     while (frame < frames) {
-        const std::size_t fours = wholeFours(std::min(frames - frame, buffer.size() - index));
+        const std::size_t count = wholeLanes(std::min(frames - frame, buffer.size() - index));
         float* const line = buffer.data() + index;
-        for (std::size_t i = 0; i < fours; i += kLanes) {
+        for (std::size_t i = 0; i < count; i += kLanes) {
             const Lanes input = load(signal + frame + i);
             const Lanes delayed = load(line + i);
-            store(line + i, flushedBelow(limit, delayed * half + input));
+            store(line + i, flushBelow(limit, delayed * half + input));
             store(signal + frame + i, delayed - input);
         }
-        index = wrapped(index + fours, buffer.size());
-        frame += fours;
-        if (frame < frames) { // fewer than four left before the line wraps or the signal ends
+        index = wrapped(index + count, buffer.size());
+        frame += count;
+        if (frame < frames) { // fewer than four frames until the line wraps or the signal ends
             signal[frame] = tick(signal[frame]);
             ++frame;
         }
@@ -222,16 +224,16 @@ void Plate70Reverb::processBlock(const float* inLeft, const float* inRight, floa
 }
 
 void Plate70Reverb::crossFeed(float* left, float* right, std::size_t frames) const noexcept {
-    const std::size_t fours = wholeFours(frames);
-    const Lanes own = allLanes(wet1);
-    const Lanes other = allLanes(wet2);
-    for (std::size_t frame = 0; frame < fours; frame += kLanes) {
+    const std::size_t count = wholeLanes(frames);
+    const Lanes same = broadcast(wet1);
+    const Lanes opposite = broadcast(wet2);
+    for (std::size_t frame = 0; frame < count; frame += kLanes) {
         const Lanes l = load(left + frame);
         const Lanes r = load(right + frame);
-        store(left + frame, own * l + other * r);
-        store(right + frame, other * l + own * r);
+        store(left + frame, same * l + opposite * r);
+        store(right + frame, opposite * l + same * r);
     }
-    for (std::size_t frame = fours; frame < frames; ++frame) {
+    for (std::size_t frame = count; frame < frames; ++frame) {
         const float l = left[frame];
         const float r = right[frame];
         left[frame] = wet1 * l + wet2 * r;
@@ -241,25 +243,26 @@ void Plate70Reverb::crossFeed(float* left, float* right, std::size_t frames) con
 
 void Plate70Reverb::preDelayToMono(const float* left, const float* right, float* mono,
                                    std::size_t frames) noexcept {
-    const float gainOfMono = inputGain;
-    const float gainOfCombs = fixedGain;
+    const float monoGain = inputGain;
+    const float combGain = fixedGain;
     const std::size_t length = preDelayLeft.size();
     if (length == 0) {
         for (std::size_t frame = 0; frame < frames; ++frame) {
-            mono[frame] = (left[frame] + right[frame]) * gainOfMono * gainOfCombs;
+            mono[frame] = (left[frame] + right[frame]) * monoGain * combGain;
         }
         return;
     }
-    const float wanted = static_cast<float>(sampleRate) * settings.preDelayMs * 0.001f;
-    const float delay = wanted > 0.0f ? std::min(wanted, static_cast<float>(length - 1)) : 0.0f;
+    const float delayFrames = static_cast<float>(sampleRate) * settings.preDelayMs * 0.001f;
+    const float delay =
+        delayFrames > 0.0f ? std::min(delayFrames, static_cast<float>(length - 1)) : 0.0f;
     float* const leftLine = preDelayLeft.data();
     float* const rightLine = preDelayRight.data();
     std::size_t write = preDelayWrite;
     std::size_t read = (write + length - static_cast<std::size_t>(delay)) % length;
     for (std::size_t frame = 0; frame < frames; ++frame) {
-        // Reads before it writes on purpose: a delay of 0 yields the frame that was written one
-        // whole line ago, not the current one.
-        mono[frame] = (leftLine[read] + rightLine[read]) * gainOfMono * gainOfCombs;
+        // Reads before it writes on purpose: a delay of 0 returns the frame written one whole line
+        // length ago, not the current one.
+        mono[frame] = (leftLine[read] + rightLine[read]) * monoGain * combGain;
         leftLine[write] = left[frame];
         rightLine[write] = right[frame];
         read = wrapped(read + 1, length);
@@ -268,21 +271,21 @@ void Plate70Reverb::preDelayToMono(const float* left, const float* right, float*
     preDelayWrite = write;
 }
 
-// Reads until the next wrap never see this pass's writes, so they can be done four at a time.
+// Reads until the next wrap never see this pass's writes, which allows four frames at a time.
 void Plate70Reverb::runCombs(std::array<CombFilter, 8>& channel, const float* input, float* sum,
                              std::size_t frames) const noexcept {
-    const CombCoefficients coefficients{allLanes(1.0f - damp1), allLanes(damp1),
-                                        allLanes(feedback)};
+    const CombCoefficients coefficients{broadcast(1.0f - damp1), broadcast(damp1),
+                                        broadcast(feedback)};
     std::size_t frame = 0;
     while (frame < frames) {
-        std::size_t reach = frames - frame;
+        std::size_t count = frames - frame;
         for (const CombFilter& comb : channel) {
-            reach = std::min(reach, comb.buffer.size() - comb.index);
+            count = std::min(count, comb.buffer.size() - comb.index);
         }
-        reach = wholeFours(reach);
-        runEightCombs(channel.data(), coefficients, input + frame, sum + frame, reach);
-        frame += reach;
-        if (frame < frames) { // fewer than four left before a line wraps or the block ends
+        count = wholeLanes(count);
+        runEightCombs(channel.data(), coefficients, input + frame, sum + frame, count);
+        frame += count;
+        if (frame < frames) { // fewer than four frames until a line wraps or the block ends
             float total = 0.0f;
             for (CombFilter& comb : channel) {
                 total += comb.tick(input[frame], damp1, feedback);

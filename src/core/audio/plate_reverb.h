@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "audio/effect.h"
@@ -10,8 +11,8 @@
 
 namespace lumivarda::dsp {
 
-// Feedback comb with a one-pole low-pass in its loop, which makes the highs of a tail die first.
-// Silent while its buffer is empty.
+// Feedback comb filter with a one-pole low-pass in its loop, so that high frequencies decay faster.
+// Returns 0 while its buffer is empty.
 struct CombFilter {
     std::vector<float> buffer;
     std::size_t index = 0;
@@ -20,22 +21,22 @@ struct CombFilter {
     float tick(float input, float damp, float feedback) noexcept;
 };
 
-// Freeverb's approximation of an allpass, with a fixed feedback. Silent while its buffer is empty:
-// it does not pass its input then.
+// Freeverb's approximation of an allpass filter, with a fixed feedback. Returns 0, not its input,
+// while its buffer is empty.
 struct AllpassFilter {
     std::vector<float> buffer;
     std::size_t index = 0;
 
     float tick(float input) noexcept;
-    void run(float* signal, std::size_t frames) noexcept; // in place, the same as a tick per frame
+    void run(float* signal, std::size_t frames) noexcept; // in place, equal to tick() per frame
 };
 
-// From settings of 0..1 to coefficients, as Freeverb scales them (Jezar, 2000, public domain).
+// Scale factors from settings of 0..1 to coefficients, as in Freeverb (Jezar, 2000, public domain).
 inline constexpr float kFixedGain = 0.015f;  // headroom for eight combs at full feedback
 inline constexpr float kDampingScale = 0.4f; // low-pass coefficient of a comb: 0..0.4
 inline constexpr float kRoomOffset = 0.7f;   // feedback of a comb: 0.7..0.98, always decaying
 inline constexpr float kRoomScale = 0.28f;
-inline constexpr float kWetScale = 3.0f; // restores the level that the fixed gain took
+inline constexpr float kWetScale = 3.0f; // makes up for the fixed gain
 inline constexpr float kAllpassFeedback = 0.5f;
 
 // Plate reverb: the Schroeder-Moorer network with the line lengths of Freeverb, chosen by ear at
@@ -49,27 +50,27 @@ inline constexpr float kAllpassFeedback = 0.5f;
 //   allpass:  old = line[i];  line[i] = old x 0.5 + in;             out = old - in
 //   output:   left = wet1 x L + wet2 x R;  right = wet2 x L + wet1 x R   (cross-feed by width)
 //
-// Everything is single precision in the order written, so that a render can be compared bit for
-// bit. Values below 1e-30 are stored as 0, in place of a flush-to-zero mode of the processor.
+// All arithmetic is single precision in the order written, so that renders can be compared bit for
+// bit. Values below 1e-30 are stored as 0; this replaces the processor's flush-to-zero mode.
 //
-// Threads: prepare() on the GUI thread while the device is closed; everything else with the engine
-// mutex held. Only prepare() allocates.
+// Threads: all calls with the engine mutex held; prepare() only while the device is closed, since
+// it allocates.
 class Plate70Reverb final : public VEffect {
 public:
     void prepare(double sampleRateHz) override;
     void reset() noexcept override;
     StereoFrame process(float left, float right) noexcept override;
 
-    // The same as process() for each frame in turn, only faster. Output may replace input.
+    // Equal to process() for each frame, but faster. Outputs may be the same arrays as inputs.
     void processBlock(const float* inLeft, const float* inRight, float* outLeft, float* outRight,
                       std::size_t frames) noexcept;
 
     void setWet(float amount) noexcept; // 0..1, clamped
 
-    // To be called after a change of the settings or of wet.
+    // Must be called after every change of `settings` or `wet`.
     void updateCoefficients() noexcept;
 
-    double sampleRate = 44100.0; // Hz the lines are sized for; they are empty until prepare()
+    double sampleRate = 44100.0; // Hz that the lines are sized for; they are empty before prepare()
 
     std::array<std::array<CombFilter, 8>, 2> combs; // [left, right][stage]
     std::array<std::array<AllpassFilter, 4>, 2> allpasses;
@@ -78,19 +79,20 @@ public:
     std::size_t preDelayWrite = 0;
 
     std::int32_t presetIndex = 0; // last preset applied
-    // The return is the engine's business. A pre-delay of 0 is the whole line, see process().
+    // effectReturn is unused here: the engine applies it. A pre-delay of 0 ms delays by the whole
+    // line, see preDelayToMono().
     percussomatic::EffectSettings settings{.roomSize = 0.5f, .damping = 0.5f, .width = 1.0f};
     float wet = 1.0f; // 0..1
     float inputGain = 1.0f;
 
-    // Set by updateCoefficients(); here for the settings above.
+    // Set by updateCoefficients(). The initial values belong to the initial settings above.
     float fixedGain = kFixedGain;
     float damp1 = 0.2f;
     float feedback = 0.84f;
-    float wet1 = 3.0f; // own channel
-    float wet2 = 0.0f; // other channel
+    float wet1 = 3.0f; // gain of the same channel
+    float wet2 = 0.0f; // gain of the opposite channel
 
-    std::array<float, 3> extra{}; // kept with the settings; drive nothing in the sound
+    std::array<float, 3> extra{}; // stored with the settings; no effect on the sound
 
 private:
     void preDelayToMono(const float* left, const float* right, float* mono,

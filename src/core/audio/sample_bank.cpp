@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/sample_bank.h"
 
 #include <algorithm>
@@ -9,10 +10,10 @@ namespace percussomatic {
 
 namespace {
 
-constexpr std::size_t kSmallestFileBytes = 44; // RIFF header, "fmt " of 16 bytes, "data" header
+constexpr std::size_t kMinFileBytes = 44; // RIFF header, "fmt " chunk, "data" chunk header
 constexpr std::size_t kFirstChunkOffset = 12;
 constexpr std::size_t kChunkHeaderBytes = 8;
-constexpr std::uint32_t kFormatChunkBytes = 16;
+constexpr std::uint32_t kMinFormatBytes = 16; // without extension
 constexpr std::uint16_t kTagPcm = 1;
 constexpr std::uint16_t kTagFloat = 3;
 
@@ -46,26 +47,26 @@ float decodeInt16(const std::byte* bytes) {
 }
 
 float decodeInt24(const std::byte* bytes) {
-    // Placed in the upper three bytes, the shift back extends the sign.
+    // Placed in the upper three bytes, so that the shift back extends the sign.
     const std::uint32_t upper =
         byteAt(bytes, 0) << 8 | byteAt(bytes, 1) << 16 | byteAt(bytes, 2) << 24;
     return static_cast<float>(static_cast<std::int32_t>(upper) >> 8) * 0x1p-23f;
 }
 
-// 31 bits do not fit a float: scaled as a double and rounded once.
+// 31 bits do not fit into a float: scaled as a double, then rounded once.
 float decodeInt32(const std::byte* bytes) {
     return static_cast<float>(static_cast<double>(static_cast<std::int32_t>(readU32(bytes))) *
                               0x1p-31);
 }
 
-// A NaN would stay in the reverb's feedback for ever, so it never enters the bank.
+// A NaN would stay in the reverb's feedback for ever, so it becomes 0.
 float decodeFloat32(const std::byte* bytes) {
     const auto value = std::bit_cast<float>(readU32(bytes));
     return std::isnan(value) ? 0.0f : std::clamp(value, -1.0f, 1.0f);
 }
 
-// Walks all chunks; the last "fmt " and the last "data" count. Nothing when a chunk
-// claims more than the file holds.
+// Walks all chunks and uses the last "fmt " and the last "data" chunk. Returns nullopt if a chunk's
+// size exceeds the file.
 std::optional<WaveLayout> readChunks(std::span<const std::byte> bytes) {
     WaveLayout layout;
     std::uint64_t position = kFirstChunkOffset;
@@ -76,7 +77,7 @@ std::optional<WaveLayout> readChunks(std::span<const std::byte> bytes) {
             return std::nullopt;
         }
         const std::byte* body = chunk + kChunkHeaderBytes;
-        if (hasId(chunk, "fmt ") && size >= kFormatChunkBytes) {
+        if (hasId(chunk, "fmt ") && size >= kMinFormatBytes) {
             layout.tag = readU16(body);
             layout.channels = readU16(body + 2);
             layout.sampleRate = readU32(body + 4);
@@ -99,18 +100,18 @@ template <typename Decode>
 void decodeFrames(const WaveLayout& layout, std::size_t valueBytes, Sample& sample, Decode decode) {
     const std::byte* frame = layout.frames->data();
     const std::size_t frameBytes = layout.channels * valueBytes;
-    const std::size_t otherChannel = layout.channels == 2 ? valueBytes : 0;
+    const std::size_t rightOffset = layout.channels == 2 ? valueBytes : 0;
     for (std::size_t i = 0; i < sample.left.size(); ++i, frame += frameBytes) {
         sample.left[i] = decode(frame);
-        sample.right[i] = decode(frame + otherChannel);
+        sample.right[i] = decode(frame + rightOffset);
     }
 }
 
 } // namespace
 
 std::optional<Sample> parseWave(std::span<const std::byte> bytes) {
-    // The size field of the RIFF header is not consulted: writers get it wrong.
-    if (bytes.size() < kSmallestFileBytes || !hasId(bytes.data(), "RIFF") ||
+    // The size field of the RIFF header is ignored, because some programs write it wrong.
+    if (bytes.size() < kMinFileBytes || !hasId(bytes.data(), "RIFF") ||
         !hasId(bytes.data() + 8, "WAVE")) {
         return std::nullopt;
     }

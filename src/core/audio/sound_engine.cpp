@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/sound_engine.h"
 
 #include "audio/lanes.h"
@@ -9,27 +10,27 @@
 
 namespace percussomatic {
 
-using lumivarda::dsp::allLanes;
+using lumivarda::dsp::broadcast;
 using lumivarda::dsp::kLanes;
 using lumivarda::dsp::Lanes;
 using lumivarda::dsp::load;
 using lumivarda::dsp::store;
 using lumivarda::dsp::storePcm;
 
-// Bit-exactness needs every intermediate result rounded to its own type.
+// For bit-exact results every intermediate result has to be rounded to its own type.
 static_assert(FLT_EVAL_METHOD == 0);
 
 namespace {
 
 constexpr float kPcmScale = 32767.0f;
-// While one voice is mixed, the frames of the voice two places later are prefetched: far enough
-// ahead for memory to answer, near enough for the first-level cache to keep them.
+// While one voice is mixed, the frames of the voice two later are prefetched: early enough to hide
+// the memory latency, late enough for the frames to stay in the first-level cache.
 constexpr std::size_t kPrefetchDistance = 2; // voices
 
 constexpr std::array<EffectSettings, 6> kEffectPresets{{
     {0.20f, 0.42f, 0.58f, 0.92f, 5.0f},  // drum room
     {0.24f, 0.62f, 0.48f, 1.00f, 10.0f}, // warm room
-    {0.16f, 0.28f, 0.66f, 0.78f, 2.0f},  // 2 and 3 have no button
+    {0.16f, 0.28f, 0.66f, 0.78f, 2.0f},  // presets 2 and 3 have no button
     {0.30f, 0.82f, 0.38f, 1.00f, 18.0f},
     {0.34f, 0.92f, 0.42f, 1.00f, 26.0f}, // concert hall
     {0.38f, 0.97f, 0.58f, 0.88f, 32.0f}, // stadium
@@ -158,7 +159,7 @@ void SoundEngine::setEffectSettings(const EffectSettings& settings) {
     }
 }
 
-// The value has been clamped.
+// The caller has clamped the value.
 void SoundEngine::setEffectValue(float EffectSettings::*value, float amount) {
     const std::lock_guard lock(mutex);
     effect.*value = amount;
@@ -184,7 +185,7 @@ std::int32_t SoundEngine::loadSample(const void* bytes, std::size_t size) {
     if (bytes == nullptr) {
         return -1;
     }
-    // Decoding takes long and runs without the lock: the device may be playing already.
+    // Decodes without the lock, because that takes long and the device may already be playing.
     std::optional<Sample> sample = parseWave({static_cast<const std::byte*>(bytes), size});
     if (!sample) {
         return -1;
@@ -231,7 +232,7 @@ void SoundEngine::stopAllVoicesLocked() noexcept {
 }
 
 // Mixes voice by voice into a bus instead of frame by frame. Each frame still adds its voices in
-// slot order, so every sum rounds the same.
+// slot order, so every sum rounds as it does frame by frame.
 void SoundEngine::mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept {
     while (frames > 0) {
         const std::uint32_t chunk = std::min<std::uint32_t>(frames, kBusFrames);
@@ -241,7 +242,7 @@ void SoundEngine::mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexce
             addTailLocked(bus, chunk);
         }
         if (anyVoice || effectEnabled) {
-            const Lanes volume = allLanes(masterVolume);
+            const Lanes volume = broadcast(masterVolume);
             for (std::size_t frame = 0; frame < chunk; frame += kLanes) {
                 storePcm(out + 2 * frame, load(bus.left + frame) * volume,
                          load(bus.right + frame) * volume, kPcmScale,
@@ -255,13 +256,14 @@ void SoundEngine::mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexce
     }
 }
 
-// Clears the bus unless it will not be read, and adds all voices. False if there was none.
+// Clears the bus and adds all active voices. Returns false if there are none; without the effect
+// the bus is then left uninitialised, since it is not read.
 bool SoundEngine::mixVoicesLocked(MixBus& bus, std::size_t frames) noexcept {
-    std::array<Voice*, kVoiceCount> playing{};
+    std::array<Voice*, kVoiceCount> active{};
     std::size_t count = 0;
     for (Voice& voice : voices) {
         if (voice.active && voice.sampleIndex >= 0) {
-            playing[count++] = &voice;
+            active[count++] = &voice;
         }
     }
     if (count > 0 || effectEnabled) {
@@ -277,28 +279,28 @@ bool SoundEngine::mixVoicesLocked(MixBus& bus, std::size_t frames) noexcept {
         return samples[static_cast<std::size_t>(voice.sampleIndex)];
     };
     for (std::size_t i = 0; i < count; ++i) {
-        Voice& voice = *playing[i];
-        const Voice& later = *playing[std::min(i + kPrefetchDistance, count - 1)];
+        Voice& voice = *active[i];
+        const Voice& later = *active[std::min(i + kPrefetchDistance, count - 1)];
         const auto index = static_cast<std::size_t>(voice.sampleIndex);
-        const bool sending = effectEnabled && index < kSendCount;
+        const bool hasSend = effectEnabled && index < kSendCount;
         mixVoice(voice, sampleOf(voice),
-                 sending ? std::optional(sends[index] * voice.gain) : std::nullopt, settings,
+                 hasSend ? std::optional(sends[index] * voice.gain) : std::nullopt, settings,
                  prefetchOf(later, sampleOf(later), sampleRate), bus);
     }
     return count > 0;
 }
 
-// Called without playing voices, too, so that the tail rings out.
+// Adds the reverb's output to the bus. Also called without active voices, so that the tail decays.
 void SoundEngine::addTailLocked(MixBus& bus, std::size_t frames) noexcept {
     reverb.processBlock(bus.sendLeft, bus.sendRight, bus.sendLeft, bus.sendRight, frames);
-    const Lanes level = allLanes(effect.effectReturn);
+    const Lanes level = broadcast(effect.effectReturn);
     for (std::size_t frame = 0; frame < frames; frame += kLanes) {
         addFour(bus.left + frame, level * load(bus.sendLeft + frame));
         addFour(bus.right + frame, level * load(bus.sendRight + frame));
     }
 }
 
-// At least one frame, so that a time of 0 ms still lasts one frame.
+// At least one frame, even for 0 ms.
 std::uint64_t SoundEngine::framesOfMsLocked(std::uint32_t ms) const noexcept {
     return std::max<std::uint64_t>(std::uint64_t{sampleRate} * ms / 1000, 1);
 }

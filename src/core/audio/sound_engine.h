@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "audio/effect_settings.h"
@@ -18,35 +19,34 @@ constexpr std::uint32_t kDeviceBufferFrames = 512; // 10.7 ms
 constexpr std::size_t kVoiceCount = 64;
 constexpr std::uint32_t kSendCount = 32; // the twelve instruments use 0..11
 
-// Auto-stop as the instrument starts with it: -100 dB for 100 ms, not before 50 ms of play.
+// Initial auto-stop: after 100 ms below -100 dB, but not before 50 ms have been played.
 constexpr float kSilenceThreshold = 1.0e-5f; // linear
 constexpr std::uint32_t kSilenceHoldMs = 100;
 constexpr std::uint32_t kMinPlayMs = 50;
 
-// The drum machine's sound: recordings, a pool of 64 voices, sends into one plate
-// reverb, and the mix to 16-bit stereo. Setters clamp (NaN counts as the lowest
-// value) and never fail; indices out of range are ignored.
+// The sound engine: recordings, a pool of 64 voices, sends into one plate reverb, and the mix to
+// 16-bit stereo. Setters clamp (a NaN counts as the minimum) and never fail; indices out of range
+// are ignored.
 //
-// The mix is single precision in a fixed order; only a voice's position is double.
-// Whatever is done for speed must leave every output bit as it is.
+// The mix is single precision in a fixed order; only a voice's position is double. Optimisations
+// must not change any output bit.
 //
-// Threads: any. Every operation takes the one mutex, once, for its whole body; none
-// calls another while it holds it. renderBlock() holds it while it mixes a block, so
-// that is the longest a trigger waits.
+// Threads: any. Every operation locks the one mutex and calls no other operation while it holds it.
+// renderBlock() holds it while it mixes a block, which is the longest that a trigger can wait.
 struct SoundEngine {
-    // Starts a recording in the first idle voice. When all are busy voice 0 is taken,
-    // whatever it plays. Gain is linear with no upper limit; negative or NaN counts as
-    // 0. No-op, without locking, while the output is muted.
+    // Starts a recording in the first idle voice, or in voice 0 if all are active. Gain is linear
+    // without upper limit; negative or NaN counts as 0. No-op, without locking, while the output is
+    // muted.
     void trigger(std::int32_t sampleIndex, float gain);
 
     void setMasterVolume(float gain); // 0..1, linear
 
     void setSend(std::uint32_t sampleIndex, float amount); // 0..1
-    float getSend(std::uint32_t sampleIndex) const;        // 0 beyond the last
+    float getSend(std::uint32_t sampleIndex) const;        // 0 if out of range
 
-    void setEffectEnabled(bool enabled); // off also clears the tail
+    void setEffectEnabled(bool enabled); // disabling also clears the tail
     bool isEffectEnabled() const;
-    void setEffectPreset(std::int32_t preset); // 0..5; a running tail carries over
+    void setEffectPreset(std::int32_t preset); // 0..5; keeps a sounding tail
     void setEffectReturn(float level);         // 0..1
     void setEffectRoomSize(float amount);      // 0..1
     void setEffectDamping(float amount);       // 0..1
@@ -58,20 +58,20 @@ struct SoundEngine {
     float getEffectWidth() const;
     float getEffectPreDelayMs() const;
     EffectSettings getEffectSettings() const;
-    void setEffectSettings(const EffectSettings& settings); // each as its own setter does
+    void setEffectSettings(const EffectSettings& settings); // equal to the five setters
 
-    // A voice that has played for minMs ends once its recording, before the gain, has
-    // stayed at or below the threshold for holdMs.
+    // While enabled, a voice that has played for at least minMs ends when its recording (before
+    // gain) has stayed at or below the threshold (linear) for holdMs.
     void setAutoStop(bool enabled, float threshold, std::uint32_t holdMs, std::uint32_t minMs);
 
-    // Decodes a WAVE file and appends it to the bank. Returns its index; -1, using no index, if the
-    // file is null or rejected. Throws std::bad_alloc.
+    // Decodes a WAVE file and appends it to the bank. Returns its index, or -1 without appending if
+    // the file is null or rejected. Throws std::bad_alloc.
     std::int32_t loadSample(const void* bytes, std::size_t size);
 
-    // Fills `out` with that many interleaved stereo frames. Allocates nothing.
+    // Writes `frames` interleaved stereo frames to `out`. Allocates no memory.
     void renderBlock(std::int16_t* out, std::uint32_t frames) noexcept;
 
-    void prepareForDevice();    // device rate and block, reverb sized and cleared
+    void prepareForDevice(); // before the device opens: sets its rate, sizes and clears the reverb
     void deactivateAllVoices(); // after the device has closed
 
     mutable std::mutex mutex;
@@ -83,8 +83,8 @@ struct SoundEngine {
     std::array<Voice, kVoiceCount> voices;
     float masterVolume = 1.0f;
 
-    // Set by the GUI thread for edit mode and power-off. While muted, a render is silent and the
-    // tail stands still. A stop request is consumed by the next render.
+    // Set by the GUI thread for edit mode and power-off. While muted, renders are silent and
+    // neither voices nor tail advance. The next render carries out a stop request and clears it.
     std::atomic<std::uint8_t> outputMuted = 0;
     std::atomic<std::uint8_t> stopAllVoicesRequest = 0;
 
@@ -101,7 +101,7 @@ struct SoundEngine {
                           .damping = 0.58f,
                           .width = 0.92f,
                           .preDelayMs = 8.0f};
-    float effectExtra1 = 0.28f; // handed to the reverb with a preset, unheard
+    float effectExtra1 = 0.28f; // copied to the reverb by setEffectPreset(); no effect on the sound
     float effectExtra2 = 0.24f;
     float effectExtra3 = 0.72f;
 
@@ -115,7 +115,7 @@ private:
     float getEffectValue(float EffectSettings::*value) const;
 };
 
-// The instrument's one engine, built before main. Tests make their own.
+// The program's engine, constructed before main(). Tests construct their own.
 SoundEngine& soundEngine() noexcept;
 
 } // namespace percussomatic

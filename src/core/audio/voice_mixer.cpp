@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/voice_mixer.h"
 
 #include "audio/lanes.h"
@@ -10,90 +11,91 @@ namespace percussomatic {
 
 namespace {
 
-using lumivarda::dsp::allLanes;
-using lumivarda::dsp::bothWithin;
-using lumivarda::dsp::evenOf;
-using lumivarda::dsp::firstLanes;
+using lumivarda::dsp::broadcast;
+using lumivarda::dsp::evenElements;
+using lumivarda::dsp::keepFirst;
 using lumivarda::dsp::kLanes;
 using lumivarda::dsp::Lanes;
 using lumivarda::dsp::load;
-using lumivarda::dsp::oddOf;
+using lumivarda::dsp::oddElements;
 using lumivarda::dsp::store;
+using lumivarda::dsp::withinMask;
 
-// How the frames of a part lie in memory. "Unknown": a value may be infinite or NaN.
+// How the frames of a run lie in memory, and whether their values may be infinite or NaN.
 enum class Layout {
-    Contiguous,
-    Stride2, // every second frame: a recording at twice the engine's rate, as shipped
-    UnknownContiguous,
-    UnknownStride2,
+    contiguous,
+    stride2, // every second frame: a recording at twice the device rate, like those shipped
+    nonFiniteContiguous,
+    nonFiniteStride2,
 };
 
-// Frames of one voice in a row. All of them can be read in fours.
-struct Part {
-    Layout layout = Layout::Contiguous;
+// Consecutive frames of one voice. Memory up to the next multiple of four frames is readable.
+struct Run {
+    Layout layout = Layout::contiguous;
     const float* left = nullptr;
     const float* right = nullptr;
     std::size_t frames = 0;
     double positionAfter = 0.0;
-    bool recordingEnds = false; // before the frame after the last
+    bool recordingEnds = false; // after the last frame of the run
 };
 
-// Four frames of one channel. On whole frames the fraction is 0, which leaves a finite
-// frame as it is, but makes a NaN of an infinite one and of the frame before that.
+// Loads four frames of one channel. The position is a whole number, so the interpolation fraction
+// is 0: finite frames stay as they are, but an infinite frame turns itself and the frame before it
+// into NaN. That is why the non-finite layouts have to interpolate.
 template <Layout kLayout>
-Lanes fourFrames(const float* plane, std::size_t frame) noexcept {
+Lanes loadFrames(const float* plane, std::size_t frame) noexcept {
     const auto interpolated = [](Lanes here, Lanes next) {
-        return here + (next - here) * allLanes(0.0f);
+        return here + (next - here) * broadcast(0.0f);
     };
-    if constexpr (kLayout == Layout::Contiguous) {
+    if constexpr (kLayout == Layout::contiguous) {
         return load(plane + frame);
-    } else if constexpr (kLayout == Layout::UnknownContiguous) {
+    } else if constexpr (kLayout == Layout::nonFiniteContiguous) {
         return interpolated(load(plane + frame), load(plane + frame + 1));
     } else {
         const Lanes low = load(plane + 2 * frame);
         const Lanes high = load(plane + 2 * frame + kLanes);
-        if constexpr (kLayout == Layout::Stride2) {
-            return evenOf(low, high);
+        if constexpr (kLayout == Layout::stride2) {
+            return evenElements(low, high);
         }
-        return interpolated(evenOf(low, high), oddOf(low, high));
+        return interpolated(evenElements(low, high), oddElements(low, high));
     }
 }
 
-// Consecutive silent frames at the end of the part.
+// Number of consecutive silent frames at the end of the run.
 template <Layout kLayout>
-std::size_t trailingSilence(const Part& part, Lanes threshold) noexcept {
-    std::size_t frame = part.frames;
+std::size_t trailingSilence(const Run& run, Lanes threshold) noexcept {
+    std::size_t frame = run.frames;
     while (frame > 0) {
         const std::size_t first = (frame - 1) / kLanes * kLanes;
-        const unsigned silent = bothWithin(threshold, fourFrames<kLayout>(part.left, first),
-                                           fourFrames<kLayout>(part.right, first));
+        const unsigned silent = withinMask(threshold, loadFrames<kLayout>(run.left, first),
+                                           loadFrames<kLayout>(run.right, first));
         const unsigned loud = ~silent & ((1U << (frame - first)) - 1);
         if (loud != 0) {
-            return part.frames - first - static_cast<std::size_t>(std::bit_width(loud));
+            return run.frames - first - static_cast<std::size_t>(std::bit_width(loud));
         }
         frame = first;
     }
-    return part.frames;
+    return run.frames;
 }
 
-// Counts silence over the part. Returns how many of its frames sound; the voice is
-// inactive afterwards if the last of them ended it.
+// Counts the silent frames of the run. Returns the number of frames to mix: all of them, or those
+// up to and including the frame at which auto-stop ends the voice, which is then inactive.
 template <Layout kLayout>
-std::size_t countSilence(Voice& voice, const Part& part, const MixSettings& settings) noexcept {
-    const Lanes threshold = allLanes(settings.silenceThreshold);
-    if (voice.silentFrames + std::uint64_t{part.frames} < settings.holdFrames ||
-        voice.playedFrames + std::uint64_t{part.frames} < settings.minFrames) {
-        // Nothing here can end the voice, and only the last sounding frame matters.
-        const auto silent = static_cast<std::uint32_t>(trailingSilence<kLayout>(part, threshold));
-        voice.silentFrames = silent == part.frames ? voice.silentFrames + silent : silent;
-        voice.playedFrames += static_cast<std::uint32_t>(part.frames);
-        return part.frames;
+std::size_t countSilence(Voice& voice, const Run& run, const MixSettings& settings) noexcept {
+    const Lanes threshold = broadcast(settings.silenceThreshold);
+    if (voice.silentFrames + std::uint64_t{run.frames} < settings.holdFrames ||
+        voice.playedFrames + std::uint64_t{run.frames} < settings.minFrames) {
+        // The voice cannot end within this run, so only the silence at its end matters.
+        const auto silent = static_cast<std::uint32_t>(trailingSilence<kLayout>(run, threshold));
+        voice.silentFrames = silent == run.frames ? voice.silentFrames + silent : silent;
+        voice.playedFrames += static_cast<std::uint32_t>(run.frames);
+        return run.frames;
     }
     unsigned silent = 0;
-    for (std::size_t frame = 0; frame < part.frames; ++frame, silent >>= 1) {
+    for (std::size_t frame = 0; frame < run.frames; ++frame, silent >>= 1) {
         if (frame % kLanes == 0) {
-            silent = bothWithin(threshold, fourFrames<kLayout>(part.left, frame),
-                                fourFrames<kLayout>(part.right, frame));
+            silent = withinMask(threshold, loadFrames<kLayout>(run.left, frame),
+                                loadFrames<kLayout>(run.right, frame));
         }
         voice.silentFrames = (silent & 1) != 0 ? voice.silentFrames + 1 : 0;
         ++voice.playedFrames;
@@ -102,27 +104,27 @@ std::size_t countSilence(Voice& voice, const Part& part, const MixSettings& sett
             return frame + 1;
         }
     }
-    return part.frames;
+    return run.frames;
 }
 
-// The bus is never -0, so adding the 0 of the lanes left out changes nothing.
+// Lanes from `count` on add 0, which changes no bit because the bus never holds -0.
 void addScaled(float* bus, Lanes gain, Lanes frames, std::size_t count) noexcept {
-    store(bus, load(bus) + firstLanes(count, gain * frames));
+    store(bus, load(bus) + keepFirst(count, gain * frames));
 }
 
-template <Layout kLayout, bool kSending>
-void addToBus(const Part& part, std::size_t frames, float gain, float sendGain, std::size_t at,
+template <Layout kLayout, bool kHasSend>
+void addToBus(const Run& run, std::size_t frames, float gain, float sendGain, std::size_t busFrame,
               Prefetch prefetch, MixBus& bus) noexcept {
-    const Lanes dryGain = allLanes(gain);
-    const Lanes wetGain = allLanes(sendGain);
+    const Lanes dryGain = broadcast(gain);
+    const Lanes wetGain = broadcast(sendGain);
     const auto addFour = [&](std::size_t frame, std::size_t count) {
-        const Lanes left = fourFrames<kLayout>(part.left, frame);
-        const Lanes right = fourFrames<kLayout>(part.right, frame);
-        addScaled(bus.left + at + frame, dryGain, left, count);
-        addScaled(bus.right + at + frame, dryGain, right, count);
-        if constexpr (kSending) {
-            addScaled(bus.sendLeft + at + frame, wetGain, left, count);
-            addScaled(bus.sendRight + at + frame, wetGain, right, count);
+        const Lanes left = loadFrames<kLayout>(run.left, frame);
+        const Lanes right = loadFrames<kLayout>(run.right, frame);
+        addScaled(bus.left + busFrame + frame, dryGain, left, count);
+        addScaled(bus.right + busFrame + frame, dryGain, right, count);
+        if constexpr (kHasSend) {
+            addScaled(bus.sendLeft + busFrame + frame, wetGain, left, count);
+            addScaled(bus.sendRight + busFrame + frame, wetGain, right, count);
         }
     };
     std::size_t frame = 0;
@@ -139,62 +141,64 @@ void addToBus(const Part& part, std::size_t frames, float gain, float sendGain, 
     }
 }
 
-// Room for the frames of a part that have to be worked out one by one.
+// Memory for frames that have to be interpolated one by one.
 struct Scratch {
     alignas(16) float left[kBusFrames];
     alignas(16) float right[kBusFrames];
 };
 
-// The next frames that lie in the recording as they are wanted; none when the voice is
-// between frames, the rates have another ratio or the recording's end is near.
-Part readablePart(double position, const Sample& sample, double increment,
-                  std::size_t frames) noexcept {
-    Part part;
+// The next frames if they can be read from the recording without interpolation, a multiple of four.
+// None if the position lies between two frames, the recording's rate is not one or two times the
+// device rate, or the end of the recording is near.
+Run directRun(double position, const Sample& sample, double increment,
+              std::size_t frames) noexcept {
+    Run run;
     const auto length = static_cast<std::int64_t>(sample.left.size());
     const auto first = static_cast<std::int64_t>(position);
     if ((increment != 1.0 && increment != 2.0) || static_cast<double>(first) != position ||
         first >= length) {
-        return part;
+        return run;
     }
     const std::size_t step = increment == 2.0 ? 2 : 1;
-    // Each frame is interpolated with the one after it, so the last cannot be among them.
-    const std::size_t inReach = static_cast<std::size_t>(length - 1 - first) / step;
+    // Interpolation reads the frame after each, so the last frame is left to interpolatedRun().
+    const std::size_t available = static_cast<std::size_t>(length - 1 - first) / step;
     if (step == 2) {
-        part.layout = sample.finite ? Layout::Stride2 : Layout::UnknownStride2;
+        run.layout = sample.finite ? Layout::stride2 : Layout::nonFiniteStride2;
     } else {
-        part.layout = sample.finite ? Layout::Contiguous : Layout::UnknownContiguous;
+        run.layout = sample.finite ? Layout::contiguous : Layout::nonFiniteContiguous;
     }
-    part.left = sample.left.data() + first;
-    part.right = sample.right.data() + first;
-    part.frames = std::min(frames, inReach) / kLanes * kLanes;
-    part.positionAfter = position + increment * static_cast<double>(part.frames);
-    return part;
+    run.left = sample.left.data() + first;
+    run.right = sample.right.data() + first;
+    run.frames = std::min(frames, available) / kLanes * kLanes;
+    run.positionAfter = position + increment * static_cast<double>(run.frames);
+    return run;
 }
 
-// Whatever the position and the ratio, up to the recording's end.
-Part interpolatedPart(double position, const Sample& sample, double increment, std::size_t frames,
-                      Scratch& scratch) noexcept {
+// The next frames at any position and rate ratio, up to the end of the recording.
+Run interpolatedRun(double position, const Sample& sample, double increment, std::size_t frames,
+                    Scratch& scratch) noexcept {
     const float* const left = sample.left.data();
     const float* const right = sample.right.data();
-    // Signed, because processors convert doubles to and from signed integers faster.
+    // Signed, because processors convert between double and signed integers faster.
     const auto length = static_cast<std::int64_t>(sample.left.size());
-    Part part{.left = scratch.left, .right = scratch.right};
-    for (; part.frames < frames; ++part.frames) {
+    Run run{.left = scratch.left, .right = scratch.right};
+    for (; run.frames < frames; ++run.frames) {
         const auto here = static_cast<std::int64_t>(position);
         if (here >= length) {
-            part.recordingEnds = true;
+            run.recordingEnds = true;
             break;
         }
         const auto fraction = static_cast<float>(position - static_cast<double>(here));
         const std::int64_t next = std::min(length - 1, here + 1);
-        scratch.left[part.frames] = left[here] + (left[next] - left[here]) * fraction;
-        scratch.right[part.frames] = right[here] + (right[next] - right[here]) * fraction;
+        scratch.left[run.frames] = left[here] + (left[next] - left[here]) * fraction;
+        scratch.right[run.frames] = right[here] + (right[next] - right[here]) * fraction;
         position += increment;
     }
-    part.positionAfter = position;
-    return part;
+    run.positionAfter = position;
+    return run;
 }
 
+// What is the same for all runs of one voice.
 struct Mix {
     const MixSettings& settings;
     std::optional<float> sendGain;
@@ -204,36 +208,37 @@ struct Mix {
 };
 
 template <Layout kLayout>
-void mixPart(Voice& voice, const Part& part, std::size_t at, const Mix& mix) noexcept {
-    const std::size_t sounding =
-        mix.settings.autoStop ? countSilence<kLayout>(voice, part, mix.settings) : part.frames;
+void mixRun(Voice& voice, const Run& run, std::size_t busFrame, const Mix& mix) noexcept {
+    const std::size_t frames =
+        mix.settings.autoStop ? countSilence<kLayout>(voice, run, mix.settings) : run.frames;
     if (mix.sendGain) {
-        addToBus<kLayout, true>(part, sounding, voice.gain, *mix.sendGain, at, mix.prefetch,
+        addToBus<kLayout, true>(run, frames, voice.gain, *mix.sendGain, busFrame, mix.prefetch,
                                 mix.bus);
     } else {
-        addToBus<kLayout, false>(part, sounding, voice.gain, 0.0f, at, mix.prefetch, mix.bus);
+        addToBus<kLayout, false>(run, frames, voice.gain, 0.0f, busFrame, mix.prefetch, mix.bus);
     }
     if (voice.active) {
-        voice.position = part.positionAfter;
-        voice.active = !part.recordingEnds;
+        voice.position = run.positionAfter;
+        voice.active = !run.recordingEnds;
         return;
     }
-    // Ended by silence: it stays on its last frame. Added up as always, for the rounding.
-    for (std::size_t frame = 1; frame < sounding; ++frame) {
+    // Auto-stop leaves the voice on its last frame. Repeated additions, because a product would
+    // round differently.
+    for (std::size_t frame = 1; frame < frames; ++frame) {
         voice.position += mix.increment;
     }
 }
 
-void mixReadable(Voice& voice, const Part& part, const Mix& mix) noexcept {
-    switch (part.layout) {
-    case Layout::Contiguous:
-        return mixPart<Layout::Contiguous>(voice, part, 0, mix);
-    case Layout::Stride2:
-        return mixPart<Layout::Stride2>(voice, part, 0, mix);
-    case Layout::UnknownContiguous:
-        return mixPart<Layout::UnknownContiguous>(voice, part, 0, mix);
-    case Layout::UnknownStride2:
-        return mixPart<Layout::UnknownStride2>(voice, part, 0, mix);
+void mixDirectRun(Voice& voice, const Run& run, const Mix& mix) noexcept {
+    switch (run.layout) {
+    case Layout::contiguous:
+        return mixRun<Layout::contiguous>(voice, run, 0, mix);
+    case Layout::stride2:
+        return mixRun<Layout::stride2>(voice, run, 0, mix);
+    case Layout::nonFiniteContiguous:
+        return mixRun<Layout::nonFiniteContiguous>(voice, run, 0, mix);
+    case Layout::nonFiniteStride2:
+        return mixRun<Layout::nonFiniteStride2>(voice, run, 0, mix);
     }
 }
 
@@ -253,15 +258,15 @@ Prefetch prefetchOf(const Voice& voice, const Sample& sample, std::uint32_t samp
 void mixVoice(Voice& voice, const Sample& sample, std::optional<float> sendGain,
               const MixSettings& settings, const Prefetch& prefetch, MixBus& bus) noexcept {
     const Mix mix{settings, sendGain, prefetch, bus, incrementOf(sample, settings.sampleRate)};
-    const Part part = readablePart(voice.position, sample, mix.increment, settings.frames);
-    if (part.frames > 0) {
-        mixReadable(voice, part, mix);
+    const Run run = directRun(voice.position, sample, mix.increment, settings.frames);
+    if (run.frames > 0) {
+        mixDirectRun(voice, run, mix);
     }
-    if (voice.active && part.frames < settings.frames) {
+    if (voice.active && run.frames < settings.frames) {
         Scratch scratch;
-        const Part rest = interpolatedPart(voice.position, sample, mix.increment,
-                                           settings.frames - part.frames, scratch);
-        mixPart<Layout::Contiguous>(voice, rest, part.frames, mix);
+        const Run rest = interpolatedRun(voice.position, sample, mix.increment,
+                                         settings.frames - run.frames, scratch);
+        mixRun<Layout::contiguous>(voice, rest, run.frames, mix);
     }
 }
 
