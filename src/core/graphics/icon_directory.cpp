@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "graphics/icon_directory.h"
 
 #include <cstdint>
@@ -35,7 +36,7 @@ std::span<const std::byte> bestIconImage(std::span<const std::byte> file, int wi
     int bestScore = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t entry = kHeaderBytes + kEntryBytes * i;
-        const auto side = [&](std::size_t at) { // 0 stands for 256
+        const auto side = [&](std::size_t at) { // 0 means 256
             const int value = std::to_integer<int>(file[at]);
             return value == 0 ? 256 : value;
         };

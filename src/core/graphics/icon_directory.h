@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -5,8 +6,9 @@
 
 namespace percussomatic {
 
-// The image of an ICO file whose size differs least from width x height (sum of both differences,
-// the first one on ties). Empty when the file is no icon or holds no usable image.
+// Returns the bytes of the ICO file's image whose size differs least from width x height (sum of
+// both differences; the first image on ties). Empty if the file is not an icon or has no usable
+// image. Any thread.
 std::span<const std::byte> bestIconImage(std::span<const std::byte> file, int width,
                                          int height) noexcept;
 

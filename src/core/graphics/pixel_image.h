@@ -9,15 +9,14 @@
 
 namespace percussomatic {
 
-// A picture in memory: rows of 32-bit pixels, 8 bits each of blue, green, red and alpha from the
-// lowest byte up, colours premultiplied by alpha.
+// A picture in memory: rows of 32-bit pixels, from the lowest byte up blue, green, red and alpha, 8
+// bits each, premultiplied by alpha.
 struct PixelImage {
     int width = 0, height = 0;
     std::vector<std::uint32_t> pixels;
 };
 
-// A rectangle of somebody else's pixels of the same kind; the first of a row lies `stride` pixels
-// behind the first of the row above.
+// A non-owning view of a rectangle of such pixels. Rows begin `stride` pixels apart.
 struct PixelView {
     std::uint32_t* pixels;
     int width, height;
@@ -29,36 +28,37 @@ struct PixelView {
     }
 };
 
-PixelImage blankImage(int width, int height); // transparent; empty unless both are positive
+PixelImage blankImage(int width, int height); // transparent; 0 x 0 unless both are positive
 PixelView viewOf(PixelImage& image) noexcept;
 
-// Puts the picture with its upper left corner at (left, top) of the target, which cuts off what
-// lies outside: in place of what is there, or over it.
+// Draws the picture with its upper left corner at (left, top) of the target, clipped to the target.
+// copyPixels() replaces the target's pixels, blendPixels() draws over them.
 void copyPixels(const PixelImage& picture, int left, int top, const PixelView& target) noexcept;
 void blendPixels(const PixelImage& picture, int left, int top, const PixelView& target) noexcept;
 
-// A colour (0xAARRGGBB, straight) over the part of the rectangle that lies on the target.
+// Draws a colour (0xAARRGGBB, not premultiplied) over the rectangle, clipped to the target.
 void fillPixels(const PixelRect& rect, std::uint32_t argb, const PixelView& target) noexcept;
 
-// Multiplies the colours of straight pixels by their alpha, rounded.
+// Multiplies the colours by alpha, rounded. The image must not be premultiplied yet.
 void premultiply(PixelImage& image) noexcept;
 
-// Half the size, rounded up: every pixel is the rounded average of 2 x 2. An odd last row or column
-// is averaged with itself. Averaging before drawing is what keeps a panel shown at a fifth of its
-// size free of jagged edges; the system's own filters look at 2 x 2 pixels only.
+// Returns the image at half its size, rounded up. Every pixel is the rounded average of 2 x 2
+// pixels; an odd last row or column is averaged with itself. Halving first avoids jagged edges on a
+// panel shown at a fifth of its size, because the system's own filters read only 2 x 2 pixels.
 PixelImage halved(const PixelImage& image);
 
-// Any other size: halved while it is still at least as large as wanted, then every pixel is
-// weighted from the 2 x 2 that lie about its middle, in steps of 1/256. Pictures end with their
-// last pixels: nothing is looked for beyond.
+// Returns the image at width x height: halved as long as the result is at least that large, then
+// interpolated bilinearly with weights in steps of 1/256. Positions beyond the outermost pixel
+// centres are clamped to them.
 PixelImage scaled(const PixelImage& image, int width, int height);
 
-// The same, straight to its place on the target, which cuts off what lies outside: a picture as
-// large as the panel takes less time than the memory for it.
+// Writes scaled(image, shown.width(), shown.height()) at `shown` on the target, clipped to the
+// target. Saves the memory for the scaled image, which for one as large as the panel takes longer
+// to allocate than to compute.
 void copyScaled(const PixelImage& image, const PixelRect& shown, const PixelView& target);
 
-// How often a picture of `width` x `height` can be halved and still be at least as large as when it
-// is shown at `largestScale` (client pixels per pixel).
-int halvings(int width, int height, double largestScale) noexcept;
+// Number of times that a picture of `width` x `height` can be halved and still be at least as large
+// as when it is shown at `maxScale` (client pixels per pixel).
+int halvings(int width, int height, double maxScale) noexcept;
 
 } // namespace percussomatic

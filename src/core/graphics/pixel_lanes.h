@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstdint>
@@ -5,8 +6,8 @@
 
 namespace percussomatic {
 
-// Four pixels computed at once with what every x64 processor has (SSE2), two channels of each in
-// its 16-bit lanes at a time: the same integers as one channel after the other.
+// Four pixels in a SIMD register (SSE2, which every x64 processor has). Two channels of each pixel
+// are computed at a time, in 16-bit lanes, with the same results as one channel at a time.
 using FourPixels = __m128i;
 
 inline FourPixels loadFour(const std::uint32_t* from) noexcept {
@@ -25,28 +26,31 @@ inline FourPixels oddChannels(FourPixels pixels) noexcept {
     return _mm_srli_epi16(pixels, 8);
 }
 
-// Premultiplied source over destination, rounded: source + (destination * through + 127) / 255. The
-// division of a sum below 65535 by 255 is exactly (sum + 1 + sum / 256) / 256.
-inline FourPixels overFour(FourPixels source, FourPixels destination) noexcept {
+// Premultiplied source over destination, rounded, with transparency = 255 - alpha:
+// source + (destination * transparency + 127) / 255. For a sum below 65535, sum / 255 is exactly
+// (sum + 1 + sum / 256) / 256.
+inline FourPixels blendFour(FourPixels source, FourPixels destination) noexcept {
     const __m128i alpha = _mm_srli_epi32(source, 24);
-    const __m128i through =
+    const __m128i transparency =
         _mm_sub_epi16(_mm_set1_epi16(255), _mm_or_si128(alpha, _mm_slli_epi32(alpha, 16)));
-    const auto weakened = [&](__m128i channels) {
-        const __m128i sum = _mm_add_epi16(_mm_mullo_epi16(channels, through), _mm_set1_epi16(127));
+    const auto attenuated = [&](__m128i channels) {
+        const __m128i sum =
+            _mm_add_epi16(_mm_mullo_epi16(channels, transparency), _mm_set1_epi16(127));
         return _mm_srli_epi16(
             _mm_add_epi16(_mm_add_epi16(sum, _mm_set1_epi16(1)), _mm_srli_epi16(sum, 8)), 8);
     };
-    const __m128i even = weakened(evenChannels(destination));
-    const __m128i odd = weakened(oddChannels(destination));
+    const __m128i even = attenuated(evenChannels(destination));
+    const __m128i odd = attenuated(oddChannels(destination));
     return _mm_add_epi32(source, _mm_or_si128(even, _mm_slli_epi16(odd, 8)));
 }
 
-// (a * (256 - weight) + b * weight + 128) / 256; weights 0..256, one for each 16-bit lane.
-inline FourPixels mixedFour(FourPixels a, FourPixels b, __m128i weight) noexcept {
-    const __m128i rest = _mm_sub_epi16(_mm_set1_epi16(256), weight);
+// Linear interpolation: (a * (256 - weight) + b * weight + 128) / 256. One weight of 0..256 in each
+// 16-bit lane.
+inline FourPixels interpolateFour(FourPixels a, FourPixels b, __m128i weight) noexcept {
+    const __m128i remainder = _mm_sub_epi16(_mm_set1_epi16(256), weight);
     const auto sum = [&](__m128i x, __m128i y) {
         const __m128i products =
-            _mm_add_epi16(_mm_mullo_epi16(x, rest), _mm_mullo_epi16(y, weight));
+            _mm_add_epi16(_mm_mullo_epi16(x, remainder), _mm_mullo_epi16(y, weight));
         return _mm_add_epi16(products, _mm_set1_epi16(128));
     };
     const __m128i even = sum(evenChannels(a), evenChannels(b));
@@ -54,12 +58,12 @@ inline FourPixels mixedFour(FourPixels a, FourPixels b, __m128i weight) noexcept
     return _mm_or_si128(_mm_srli_epi16(even, 8), _mm_andnot_si128(_mm_set1_epi16(0xFF), odd));
 }
 
-// Of the pixels in a row from each address on, the first ones and those after them.
-struct Neighbours {
+// The pixels at four addresses, and the pixel after each.
+struct PixelPairs {
     FourPixels first, second;
 };
 
-inline Neighbours neighboursAt(const std::uint32_t* const (&pairs)[4]) noexcept {
+inline PixelPairs gatherPairs(const std::uint32_t* const (&pairs)[4]) noexcept {
     const auto pair = [](const std::uint32_t* from) {
         return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
     };
@@ -68,8 +72,8 @@ inline Neighbours neighboursAt(const std::uint32_t* const (&pairs)[4]) noexcept 
     return {_mm_unpacklo_epi64(low, high), _mm_unpackhi_epi64(low, high)};
 }
 
-// Rounded averages of the 2 x 2 pixels in two rows of eight.
-inline FourPixels averagedFour(const std::uint32_t* upper, const std::uint32_t* lower) noexcept {
+// Rounded averages of four blocks of 2 x 2 pixels, from two rows of eight pixels.
+inline FourPixels averageFour(const std::uint32_t* upper, const std::uint32_t* lower) noexcept {
     const auto average = [&](auto channels) {
         const auto column = [&](int x) {
             return _mm_add_epi16(channels(loadFour(upper + x)), channels(loadFour(lower + x)));

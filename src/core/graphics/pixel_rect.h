@@ -5,7 +5,7 @@
 
 namespace percussomatic {
 
-// Rectangles, points and sizes in whole pixels. Where a function says so, in layout units.
+// Rectangles, points and sizes in whole pixels, or in layout units where a function says so.
 
 // Right and bottom are exclusive.
 struct PixelRect {
@@ -32,14 +32,14 @@ constexpr PixelRect inflated(const PixelRect& rect, int margin) noexcept {
     return {rect.left - margin, rect.top - margin, rect.right + margin, rect.bottom + margin};
 }
 
-// 0 x 0 at the origin when they have no pixel in common.
+// 0 x 0 at the origin if they have no pixel in common.
 constexpr PixelRect intersected(const PixelRect& a, const PixelRect& b) noexcept {
     const PixelRect both{std::max(a.left, b.left), std::max(a.top, b.top),
                          std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
     return both.width() > 0 && both.height() > 0 ? both : PixelRect{};
 }
 
-// The smallest rectangle around both.
+// The smallest rectangle that contains both.
 constexpr PixelRect united(const PixelRect& a, const PixelRect& b) noexcept {
     return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
             std::max(a.bottom, b.bottom)};

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "graphics/scaled_pictures.h"
 
 #include <cstddef>
@@ -9,41 +10,41 @@ namespace percussomatic {
 
 namespace {
 
-using PictureInSize = std::tuple<const PixelImage*, int, int>;
+using CacheKey = std::tuple<const PixelImage*, int, int>; // picture, width, height
 
-struct ScaledPictures {
-    std::map<PictureInSize, PixelImage> kept;
-    std::size_t pixels = 0;
+struct Cache {
+    std::map<CacheKey, PixelImage> images;
+    std::size_t pixels = 0; // of all images
 };
 
-// All controls of a panel on a screen of 3840 x 2160 need less than a quarter of it.
-constexpr std::size_t kMostPixels = 4U << 20;
+// The controls of a panel on a screen of 3840 x 2160 need less than a quarter of this.
+constexpr std::size_t kMaxPixels = 4U << 20;
 
-ScaledPictures& scaledPictures() noexcept {
-    static ScaledPictures pictures;
-    return pictures;
+Cache& cache() noexcept {
+    static Cache instance;
+    return instance;
 }
 
 } // namespace
 
 const PixelImage& cachedScaled(const PixelImage& picture, int width, int height) {
-    ScaledPictures& pictures = scaledPictures();
-    const PictureInSize wanted{&picture, width, height};
-    const auto found = pictures.kept.find(wanted);
-    if (found != pictures.kept.end()) {
+    Cache& pictures = cache();
+    const CacheKey key{&picture, width, height};
+    const auto found = pictures.images.find(key);
+    if (found != pictures.images.end()) {
         return found->second;
     }
-    if (pictures.pixels > kMostPixels) {
+    if (pictures.pixels > kMaxPixels) {
         clearScaledPictures();
     }
-    PixelImage shown = width > 0 && height > 0 ? scaled(picture, width, height) : PixelImage();
-    const PixelImage& image = pictures.kept.emplace(wanted, std::move(shown)).first->second;
+    PixelImage result = width > 0 && height > 0 ? scaled(picture, width, height) : PixelImage();
+    const PixelImage& image = pictures.images.emplace(key, std::move(result)).first->second;
     pictures.pixels += image.pixels.size();
     return image;
 }
 
 void clearScaledPictures() noexcept {
-    scaledPictures() = {};
+    cache() = {};
 }
 
 } // namespace percussomatic
