@@ -7,9 +7,9 @@
 namespace percussomatic {
 
 std::FILE* createNewFile(const std::filesystem::path& path) noexcept {
-    constexpr mode_t kAsTheUserWants = 0666; // less the mask
+    constexpr mode_t kPermissions = 0666; // reduced by the user's umask
     const int descriptor =
-        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kAsTheUserWants);
+        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPermissions);
     return descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
 }
 

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "assets/assets.h"
 
-// embedded_files.S holds the bytes, embedded_files.inc one EMBEDDED_FILE(name, symbol) line per
-// file and one REDUCED_PICTURE(name, halvings, symbol) line per smaller copy of a picture.
+// The build generates both files: embedded_files.S contains the bytes, embedded_files.inc has one
+// EMBEDDED_FILE(name, symbol) line per file and one REDUCED_PICTURE(name, halvings, symbol) line
+// per smaller copy of a picture.
 extern "C" {
 #define EMBEDDED_FILE(name, symbol) extern const std::byte symbol[], symbol##_end[];
 #define REDUCED_PICTURE(name, halvings, symbol) EMBEDDED_FILE(name, symbol)
@@ -55,10 +57,10 @@ AssetBytes findAsset(std::string_view name) noexcept {
     return {};
 }
 
-PictureFile findPicture(std::string_view name, int mostHalvings) noexcept {
+PictureFile findPicture(std::string_view name, int maxHalvings) noexcept {
     PictureFile best{findAsset(name), 0};
     for (const ReducedRow& reduced : kReduced) {
-        if (name == reduced.row.name && reduced.halvings <= mostHalvings &&
+        if (name == reduced.row.name && reduced.halvings <= maxHalvings &&
             reduced.halvings > best.halvings) {
             best = {bytesOf(reduced.row), reduced.halvings};
         }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -7,15 +8,15 @@
 
 namespace percussomatic {
 
-// The files compiled into the program: pictures, recordings and the icon, byte for byte as they
-// would lie on disk. Read-only; any thread.
+// The files embedded in the program: pictures, recordings and the icon, byte for byte as on disk.
+// Read-only; any thread.
 struct AssetRow {
     const char* name;
     const std::byte* begin;
     const std::byte* end;
 };
 
-// A file's bytes; {nullptr, 0} when there is no such file.
+// The content of a file; {nullptr, 0} if there is no such file.
 struct AssetBytes {
     const std::byte* bytes = nullptr;
     std::uint32_t size = 0;
@@ -26,17 +27,17 @@ struct AssetBytes {
 // All 29 files, sorted by upper-cased name.
 std::span<const AssetRow> assetTable() noexcept;
 
-// Exact, case-sensitive; the first match wins.
+// Finds a file by its exact, case-sensitive name.
 AssetBytes findAsset(std::string_view name) noexcept;
 
-// A picture as it is, or a copy that the build has made by halving it so many times.
+// A picture in full size, or a smaller copy that the build has made by halving it.
 struct PictureFile {
     AssetBytes file;
-    int halvings = 0;
+    int halvings = 0; // number of times the copy has been halved
 };
 
-// The smallest copy of a picture that has been halved at most so often. Empty when there is no such
-// picture.
-PictureFile findPicture(std::string_view name, int mostHalvings) noexcept;
+// Returns the smallest copy of a picture that has been halved at most maxHalvings times. The file
+// is {nullptr, 0} if there is no such picture.
+PictureFile findPicture(std::string_view name, int maxHalvings) noexcept;
 
 } // namespace percussomatic

@@ -19,7 +19,7 @@ constexpr std::uint32_t kDeviceBufferFrames = 512; // 10.7 ms
 constexpr std::size_t kVoiceCount = 64;
 constexpr std::uint32_t kSendCount = 32; // the twelve instruments use 0..11
 
-// Initial auto-stop: after 100 ms below -100 dB, but not before 50 ms have been played.
+// Initial auto-stop: after 100 ms at or below -100 dB, but not before 50 ms of play.
 constexpr float kSilenceThreshold = 1.0e-5f; // linear
 constexpr std::uint32_t kSilenceHoldMs = 100;
 constexpr std::uint32_t kMinPlayMs = 50;
@@ -58,7 +58,7 @@ struct SoundEngine {
     float getEffectWidth() const;
     float getEffectPreDelayMs() const;
     EffectSettings getEffectSettings() const;
-    void setEffectSettings(const EffectSettings& settings); // equal to the five setters
+    void setEffectSettings(const EffectSettings& settings); // the same as the five setters
 
     // While enabled, a voice that has played for at least minMs ends when its recording (before
     // gain) has stayed at or below the threshold (linear) for holdMs.

@@ -52,7 +52,8 @@ Prefetch prefetchOf(const Voice& voice, const Sample& sample, std::uint32_t samp
 // Adds the next frames of a voice to the bus and advances the voice. The voice becomes inactive
 // when its recording ends or auto-stop ends it. Without a send gain, the sends are left unchanged.
 //
-// `prefetch` is that of another voice, mixed shortly afterwards. Called with the engine mutex held.
+// `prefetch` is that of a voice that will be mixed shortly afterwards. Called with the engine mutex
+// held.
 void mixVoice(Voice& voice, const Sample& sample, std::optional<float> sendGain,
               const MixSettings& settings, const Prefetch& prefetch, MixBus& bus) noexcept;
 

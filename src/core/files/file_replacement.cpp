@@ -11,14 +11,14 @@ namespace percussomatic {
 
 namespace {
 
-constexpr int kTemporaryNames = 9; // the first may be in use by other processes, dead or alive
+constexpr int kTemporaryNames = 9; // other processes, running or killed, may have taken some
 
 std::filesystem::path temporaryName(std::filesystem::path target, int number) {
     target += "." + std::to_string(number) + ".saving";
     return target;
 }
 
-// A symbolic link stays; the file that it points to is replaced.
+// A symbolic link is kept; the file it points to is replaced.
 std::filesystem::path resolvedLink(const std::filesystem::path& target) {
     std::error_code error;
     if (!std::filesystem::is_symlink(target, error)) {
@@ -28,15 +28,16 @@ std::filesystem::path resolvedLink(const std::filesystem::path& target) {
     return error ? target : real;
 }
 
-// Nobody may write it: how every system shows the read-only attribute. It has to be checked
-// beforehand, since replacing a file needs no permission on the file itself.
+// No write permission for anybody, which is how std::filesystem reports the read-only attribute.
+// Has to be checked, because renaming over a file needs no permission on the file itself.
 bool isReadOnly(std::filesystem::perms permissions) {
     using std::filesystem::perms;
     return (permissions & (perms::owner_write | perms::group_write | perms::others_write)) ==
            perms::none;
 }
 
-SaveResult obstacleAt(const std::filesystem::path& target) {
+// `saved` if the target can be replaced or does not exist.
+SaveResult checkTarget(const std::filesystem::path& target) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(target, error);
     if (!std::filesystem::exists(status)) {
@@ -51,22 +52,22 @@ SaveResult obstacleAt(const std::filesystem::path& target) {
 } // namespace
 
 void removeStaleTemporaries(const std::filesystem::path& target) {
-    // Another instance may be saving right now, and between the last byte and the rename its file
-    // is not open. So the age decides: a save takes milliseconds.
-    const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1);
+    // Another instance may be saving at this moment, and its temporary file is closed before it is
+    // renamed. The age tells them apart, because saving takes milliseconds.
+    const auto minuteAgo = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1);
     const std::filesystem::path real = resolvedLink(target);
     for (int number = 1; number <= kTemporaryNames; ++number) {
         const std::filesystem::path leftover = temporaryName(real, number);
         std::error_code error;
         if (is_regular_file(std::filesystem::symlink_status(leftover, error)) &&
-            last_write_time(leftover, error) < longAgo && !error) {
+            last_write_time(leftover, error) < minuteAgo && !error) {
             std::filesystem::remove(leftover, error);
         }
     }
 }
 
 FileReplacement::FileReplacement(const std::filesystem::path& target)
-    : target_(resolvedLink(target)), result_(obstacleAt(target_)) {
+    : target_(resolvedLink(target)), result_(checkTarget(target_)) {
     for (int number = 1; number <= kTemporaryNames && !file_ && result_ == SaveResult::saved;
          ++number) {
         temporary_ = temporaryName(target_, number);
@@ -112,7 +113,7 @@ SaveResult FileReplacement::commit() {
         if (const auto old = std::filesystem::status(target_, error); exists(old)) {
             std::filesystem::permissions(temporary_, old.permissions(), error);
         }
-        std::filesystem::rename(temporary_, target_, error); // replaces on every system
+        std::filesystem::rename(temporary_, target_, error); // also over an existing file
         if (error) {
             fail();
         } else {

@@ -8,21 +8,22 @@
 
 namespace percussomatic {
 
-// Safe replacement of a file: it is replaced as a whole or stays as it was. The new content is
-// written and flushed under another name beside it, which then becomes the file's name.
+// Atomic replacement of a file: after a failure or a power cut it has either its old or its new
+// content. The new content is written to a temporary file in the same folder and flushed; then the
+// temporary file is renamed.
 
 enum class SaveResult {
     saved,
-    noFolder,  // its folder is absent and cannot be created
+    noFolder,  // the folder does not exist and cannot be created
     readOnly,  // the file has the read-only attribute
-    notAFile,  // something other than a file has its name
-    notWritten // disk full, folder locked and the like
+    notAFile,  // the name belongs to a folder or a device
+    notWritten // any other failure: disk full, no permission
 };
 
-// A file that is about to replace another or to be the first of its name. Until commit() has
-// succeeded the old file is untouched. A replacement that is destroyed before that leaves nothing
-// behind; only a process that dies in between leaves "NAME.1.saving" (or the next free number up
-// to 9). One thread at a time.
+// The new content of a file that may or may not exist yet. Until commit() succeeds, an existing
+// file is untouched; the destructor then removes the temporary file. A process that is killed
+// leaves its temporary file behind: "NAME.1.saving", or the next free number up to 9. Not
+// thread-safe.
 class FileReplacement {
 public:
     explicit FileReplacement(const std::filesystem::path& target);
@@ -31,13 +32,14 @@ public:
     ~FileReplacement();
 
     void write(std::string_view bytes);
-    SaveResult result() const noexcept { return result_; } // so far; a failure stays
+    SaveResult result() const noexcept { return result_; } // `saved` unless something failed
 
-    // Flushes to the disk and closes. commit() does so by itself. Several files that belong
-    // together are finished first, so that most failures come before the first commit().
+    // Flushes the temporary file to the disk and closes it. commit() calls this itself. To replace
+    // several files that belong together, finish all of them before the first commit(), so that
+    // most failures occur while all old files are still there.
     SaveResult finish();
 
-    // Renames to the target's name.
+    // Renames the temporary file to the target's name, with the permissions of the old file.
     SaveResult commit();
 
 private:
@@ -48,12 +50,12 @@ private:
     };
 
     std::filesystem::path target_;
-    std::filesystem::path temporary_; // empty if there is none
+    std::filesystem::path temporary_; // empty if no temporary file exists
     std::unique_ptr<std::FILE, CloseFile> file_;
     SaveResult result_ = SaveResult::saved;
 };
 
-// Removes temporary files that a killed process left for that file more than a minute ago.
+// Removes temporary files for `target` that a killed process left more than a minute ago.
 void removeStaleTemporaries(const std::filesystem::path& target);
 
 } // namespace percussomatic

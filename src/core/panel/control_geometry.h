@@ -8,33 +8,35 @@
 
 namespace percussomatic {
 
-// Where controls lie in the client area. Points and rectangles are client pixels, a scale is client
-// pixels per layout unit. GUI thread.
+// Positions of controls in the client area, and hit tests. Points and rectangles are in client
+// pixels; a scale is client pixels per layout unit. GUI thread.
 
-// Right and lower edge of all visible rows in layout units; 1000 or 600 where that is below 1.
+// Right and bottom edge of all visible rows in layout units. A width below 1 becomes 1000, a height
+// below 1 becomes 600.
 Size layoutSize(std::span<const ControlRow> rows = controlRows()) noexcept;
 
-// 1.0 for an empty client area.
+// The scale at which the whole panel fits the client area; 1.0 if that is empty.
 double viewScale(Size client) noexcept;
 
-// The rectangle that shows a control, moved by its slider offset or by the given one.
+// The rectangle in which a control is drawn, shifted by its current slider offset or the given one.
 PixelRect controlClientRect(int index, double scale) noexcept;
 PixelRect controlClientRect(int index, double scale, std::uint32_t sliderOffset) noexcept;
 
-// A control's redraws reach this much further on every side: scaled pictures bleed over the edge.
+// A control's redraw area is larger by this on every side, because scaled pictures bleed over their
+// edge.
 inline constexpr int kRedrawMargin = 2;
 
-// Client point in whole layout units, truncated.
+// Converts a client point to whole layout units, truncated.
 PixelPoint layoutPoint(PixelPoint client, double scale) noexcept;
 
-// Layout form of the hit test: the client point truncated to layout units lies in the control's
-// rectangle, moved by its slider offset. Nothing is hit at a scale of 0 or less.
+// Hit test in layout units: whether the client point, truncated to layout units, lies in the
+// control's rectangle, shifted by its slider offset. False if the scale is not positive.
 bool hitsControl(int index, PixelPoint client, double scale) noexcept;
 
-// Pixel form of the hit test: the point lies in the pixels that show the control.
+// Hit test in pixels: whether the point lies in the rectangle in which the control is drawn.
 bool showsControlAt(int index, PixelPoint client, double scale) noexcept;
 
-// Topmost visible control that the layout form hits and `accept(index)` takes, or kNoControl.
+// Topmost visible control for which hitsControl() and accept(index) are true, or kNoControl.
 template <typename Accept>
 int topControlAt(PixelPoint client, double scale, Accept accept) {
     for (int index = kControlCount - 1; index >= 0; --index) {

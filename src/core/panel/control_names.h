@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the controls of the panel are called, by what they do.
+// Names of the panel's controls, by function.
 #pragma once
 
 #include "pattern/instruments.h"
@@ -11,7 +11,7 @@
 
 namespace percussomatic::control {
 
-// The names stand in settings files of players, so they never change.
+// Settings files contain these names, so they must never change.
 inline constexpr std::string_view kPower = "pw_001";
 inline constexpr std::string_view kMasterRotary = "rotary_001";
 inline constexpr std::string_view kTempoRotary = "rotary_002";
@@ -22,11 +22,11 @@ inline constexpr std::string_view kBeatLamp = "bin_001";
 inline constexpr std::string_view kReaderPlate = "c_scheda_001";
 inline constexpr std::string_view kStepPrefix = "bottone_"; // then 001 to 096, line by line
 
-// One for each of kSequenceLengths.
+// One switch for each of kSequenceLengths, in that order.
 inline constexpr std::array<std::string_view, kSequenceLengths.size()> kLengthSwitches{
     "sw_009", "sw_010", "sw_011", "sw_012", "sw_013", "sw_015", "sw_016"};
 
-// Of lines 1 to 6. The last B switch is sw_017: sw_018 clears the pattern.
+// The controls of one rhythm line. Line 6's B switch is sw_017, because sw_018 clears the pattern.
 struct Line {
     std::string_view slider;
     std::array<std::string_view, kInstrumentsPerLine> switches; // A, B
@@ -46,7 +46,8 @@ constexpr const Line& line(int index) noexcept {
     return kLines[static_cast<std::size_t>(index)];
 }
 
-// In the switch order of cards: A of lines 1 to 6, then B of lines 1 to 6.
+// The switch of an instrument; position 0..11 in switch order: A of lines 1 to 6, then B of lines 1
+// to 6.
 constexpr std::string_view instrumentSwitch(std::size_t position) noexcept {
     return kLines[position % kLineCount].switches[position / kLineCount];
 }

@@ -9,11 +9,11 @@
 
 namespace percussomatic {
 
-inline constexpr int kSliderTravel = 650; // layout units from one end of a slider to the other
+inline constexpr int kSliderTravel = 650; // layout units from end to end
 
-// What the player has set, beside the control table and indexed like it. GUI thread.
+// What the player has set. Indexed like the control table. GUI thread.
 struct ControlState {
-    std::array<std::uint8_t, kControlCount> toggleBits{};
+    std::array<std::uint8_t, kControlCount> toggleBits{};    // 1 = on
     std::array<std::uint32_t, kControlCount> sliderOffset{}; // layout units, 0..kSliderTravel
 
     std::uint8_t& toggleBit(int index) noexcept {
@@ -26,7 +26,7 @@ struct ControlState {
 
 ControlState& controlState() noexcept;
 
-// All toggles off but the power switch, all sliders at 0.
+// Turns all toggles off except the power switch, and moves all sliders to 0.
 void resetControlState() noexcept;
 
 } // namespace percussomatic

@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::string_view kImage = "Image", kToggle = "ImageToggleButton", kSlider = "Slider";
 
-// The 139 rows in drawing order. The step rows start at slightly different x, as the artwork does.
-// sw_014 lies under sw_015 and has no function; both stay.
+// The 139 rows in drawing order. The lines of step buttons begin at slightly different x, as in the
+// artwork. sw_014 lies under sw_015 and has no function, but belongs to the table.
 // clang-format off
 #define PICTURE(layer, name, id, image, x, y, w, h) {layer, name, "", id, image, "", kImage, x, y, w, h, 1},
 #define STEP(n, id, x, y) {"bottone_off_" n, "bottone_" n, "", id, "bottone_off.PNG", "bottone_on.PNG", kToggle, x, y, 178, 184, 1},
@@ -252,7 +252,7 @@ int findControl(std::string_view name) noexcept {
 }
 
 int stepButtonIndex(int line, int step) noexcept {
-    // Looked up once: repaints of whole columns ask for it at every step.
+    // Cached, because repaints of whole columns look it up at every step.
     static const auto indices = [] {
         std::array<int, kLineCount * kStepCount> found{};
         found.fill(kNoControl);

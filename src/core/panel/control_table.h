@@ -7,20 +7,20 @@
 
 namespace percussomatic {
 
-// The front panel as a fixed composition of named pictures in layout space, where one unit is one
-// pixel of the artwork. A control's index is its row; later rows lie on top. The table never
-// changes: any thread.
+// The front panel: a fixed composition of named pictures. Positions are in layout units; one unit
+// is one pixel of the artwork. A control's index is its row number; later rows are drawn on top.
+// The table is constant, so any thread may read it.
 
 inline constexpr int kControlCount = 139;
 inline constexpr int kNoControl = -1;
 
 struct ControlRow {
-    std::string_view layerName; // carried along, not read
-    std::string_view name;      // the key used everywhere, compared without regard to case
-    std::string_view note;      // carried along, not read
-    std::string_view stableId;  // carried along, not read
+    std::string_view layerName; // not used by the program
+    std::string_view name;      // key for all look-ups, compared case-insensitively
+    std::string_view note;      // not used by the program
+    std::string_view stableId;  // not used by the program
     std::string_view image;
-    std::string_view imageOn; // empty: one picture only
+    std::string_view imageOn; // empty if the control has only one picture
     std::string_view type;    // "Image", "ImageToggleButton" or "Slider"
     std::int32_t x, y, width, height;
     std::uint8_t visible;
@@ -28,7 +28,7 @@ struct ControlRow {
 
 // What a control does, derived from its name, picture and type.
 enum class ControlKind : std::uint8_t {
-    picture, // background: drawn once, does nothing
+    picture, // background: drawn once, no function
     beatLamp,
     rotary,
     slider,
@@ -39,14 +39,14 @@ enum class ControlKind : std::uint8_t {
     clearAll,
     clearLine,
     power,
-    toggle // any other switch: an instrument's, or sw_014, which lies under sw_015 without function
+    toggle // an instrument's switch, or sw_014, which lies under sw_015 and has no function
 };
 
 struct ControlRole {
     ControlKind kind = ControlKind::picture;
     int line = -1;            // 0..5 of a step button or a line's clear switch
     int step = -1;            // 0..15 of a step button
-    std::uint32_t length = 0; // steps that a length switch selects
+    std::uint32_t length = 0; // 5..16, steps that a length switch selects
 };
 
 std::span<const ControlRow, kControlCount> controlRows() noexcept;
@@ -56,21 +56,22 @@ inline ControlKind controlKind(int index) noexcept {
     return controlRole(index).kind;
 }
 
-// ASCII letters of either case are equal.
+// Case-insensitive for ASCII letters.
 bool sameName(std::string_view a, std::string_view b) noexcept;
 
-// Index of the first visible row of that name, or kNoControl.
+// Index of the first visible row with that name, or kNoControl.
 int findControl(std::string_view name) noexcept;
 
-// Index of the button of line 0..5 and step 0..15.
+// Index of a step button; line 0..5, step 0..15.
 int stepButtonIndex(int line, int step) noexcept;
 
-bool isToggle(const ControlRow& row) noexcept; // type compared exactly
+bool isToggle(const ControlRow& row) noexcept; // compares the type case-sensitively
 bool isSlider(const ControlRow& row) noexcept;
 bool isRotary(const ControlRow& row) noexcept; // rotary_001 or rotary_002
 bool isBeatLamp(const ControlRow& row) noexcept;
 
-// Drawn in its current state at every paint; all other visible rows are background.
+// True for a visible control that is drawn in its current state at every paint. All other visible
+// rows belong to the background.
 bool isInteractive(const ControlRow& row) noexcept;
 
 // 1..96 for a visible step button, line by line; 0 for any other row.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/display_scale.h"
 
 namespace percussomatic {

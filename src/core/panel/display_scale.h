@@ -1,17 +1,17 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 namespace percussomatic {
 
-// Places and sizes that are given in pixels hold on a screen of 96 DPI and grow with the system's
-// setting, so that strip, dialogs and windows stay readable on a fine screen. Set once, before
-// anything reads it.
+// Positions and sizes of strip, dialogs and windows are given in design pixels, for a screen of 96
+// DPI. They are scaled to the system's DPI, so that they stay readable on a high-resolution screen.
 
 inline constexpr int kDesignDpi = 96;
 
-// The system's setting; 96 until start-up has asked for it.
+// The system's DPI. Start-up sets it before anything else reads it; 96 until then.
 int& displayDpi() noexcept;
 
-// So many written pixels on this screen, rounded half up.
+// Converts design pixels to pixels of this screen. The integer version rounds half up.
 int scaledForDpi(int designPixels) noexcept;
 float scaledForDpi(float designPixels) noexcept;
 

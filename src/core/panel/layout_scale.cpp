@@ -16,7 +16,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-// Written so that a scale that is not a number becomes 1.0.
+// A NaN becomes 1.0, because std::min returns its first argument then.
 double clampedScale(double scale) noexcept {
     return scale < 0.25 ? 0.25 : std::min(1.0, scale);
 }
@@ -49,7 +49,8 @@ double steppedLayoutScale(double scale, double delta) noexcept {
 }
 
 Size initialWindowSize(int screenWidth, int screenHeight, double layoutScale) noexcept {
-    // Room for the edges of the screen, and a floor for screens that report nonsense.
+    // The margin keeps the window off the screen's edges. The minimum guards against screens that
+    // report implausible sizes.
     constexpr int kScreenMargin = 40, kMinWidth = 320, kMinHeight = 240;
     const Size layout = layoutSize();
     const int availableWidth = std::max(screenWidth - kScreenMargin, kMinWidth);

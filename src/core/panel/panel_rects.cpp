@@ -8,10 +8,10 @@ namespace percussomatic {
 
 namespace {
 
-// Part of the client area that the dialog and the reader take.
+// Fractions of the client area's width and height.
 constexpr double kDialogWidth = 0.72, kDialogHeight = 0.86;
 constexpr double kReaderLeft = 0.785, kReaderRight = 0.945, kReaderBottom = 0.91;
-constexpr double kReaderCardWidth = 0.58; // of the reader
+constexpr double kReaderCardWidth = 0.58; // fraction of the reader's width
 
 PixelRect box(int left, int top, int width, int height) noexcept {
     return {left, top, left + width, top + height};

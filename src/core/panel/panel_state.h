@@ -7,18 +7,19 @@
 
 namespace percussomatic {
 
-// What the mouse has hold of: the two rotaries, the drag in progress, the power switch. GUI thread.
+// State of the panel's mouse interaction: the two rotaries, the current drag, a pending power-off.
+// GUI thread.
 
 struct RotaryState {
     double value = 0.0;          // 0..1
-    double dragStartValue = 0.0; // value when the drag began
+    double dragStartValue = 0.0; // 0..1
     int dragStartY = 0;          // client pixels
     bool dragging = false;
 };
 
 struct PanelState {
-    RotaryState master{.value = 1.0}; // the gain is its square
-    RotaryState tempo{.value = 0.4};  // 40..240 BPM
+    RotaryState master{.value = 1.0}; // the volume's gain is the square of this
+    RotaryState tempo{.value = 0.4};  // 0..1 is 40..240 BPM
     int rotaryDragIndex = kNoControl;
     std::uint32_t rotaryPaintedMs = 0; // tick count of the drag's last repaint
 
@@ -26,7 +27,7 @@ struct PanelState {
     int sliderDragStartX = 0;      // layout units
     int sliderDragStartOffset = 0; // layout units
 
-    // A drag of any bare part of the panel moves the window, which has no caption.
+    // The window has no title bar; dragging the panel's background moves it.
     bool windowDragging = false;
     int windowDragAnchorX = 0, windowDragAnchorY = 0; // client pixels
 
@@ -36,7 +37,7 @@ struct PanelState {
 PanelState& panelState() noexcept;
 void resetPanelState() noexcept;
 
-// The rotary of that row, or null for any other row and for kNoControl.
+// The state of the rotary with that index, or null if the index is not a rotary's.
 RotaryState* rotaryState(int index) noexcept;
 
 } // namespace percussomatic

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The twelve instruments: the only table of their names, recordings and MIDI keys.
+// The twelve instruments: names, recordings and MIDI keys.
 #pragma once
 
 #include "pattern/pattern.h"
@@ -12,15 +12,15 @@
 namespace percussomatic {
 
 struct Instrument {
-    std::string_view name;      // as the player reads it
+    std::string_view name;      // as shown to the player
     std::string_view recording; // name of its WAVE file
-    std::uint8_t midiKey;       // of General MIDI's percussion channel
+    std::uint8_t midiKey;       // key on the General MIDI percussion channel
 };
 
 inline constexpr int kInstrumentsPerLine = 2; // A and B
 inline constexpr std::size_t kInstrumentCount = std::size_t{kInstrumentsPerLine} * kLineCount;
 
-// By sample index: A and B of line 1, A and B of line 2 and so on.
+// Indexed by sample index: A and B of line 1, A and B of line 2, and so on.
 inline constexpr std::array<Instrument, kInstrumentCount> kInstruments{{
     {"Rolling Snare", "rolling_snare.wav", 40}, // electric snare: General MIDI has no roll
     {"Cymbal 1", "cymbal_1.wav", 49},           // crash cymbal 1
@@ -36,13 +36,13 @@ inline constexpr std::array<Instrument, kInstrumentCount> kInstruments{{
     {"Bass Drum", "bass_drum.wav", 36},         // bass drum 1
 }};
 
-// Sample index of instrument A (0) or B (1) of a line.
+// Sample index of an instrument; line 0..5, place 0 (A) or 1 (B).
 constexpr std::size_t sampleIndexOf(int line, int place) noexcept {
     return static_cast<std::size_t>(kInstrumentsPerLine * line + place);
 }
 
-// Cards list instruments in switch order: A of lines 1 to 6, then B of lines 1 to 6. The sample
-// index of a position 0..11 in that order.
+// Sample index of position 0..11 in switch order, in which cards list the instruments: A of lines 1
+// to 6, then B of lines 1 to 6.
 constexpr std::uint32_t sampleIndexOfSwitch(std::size_t position) noexcept {
     return static_cast<std::uint32_t>(position < kLineCount ? 2 * position
                                                             : 2 * (position - kLineCount) + 1);
