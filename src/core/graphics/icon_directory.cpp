@@ -40,14 +40,14 @@ std::span<const std::byte> bestIconImage(std::span<const std::byte> file, int wi
             const int value = std::to_integer<int>(file[at]);
             return value == 0 ? 256 : value;
         };
-        const std::uint64_t bytes = littleEndian(file, entry + 8, 4);
-        const std::uint64_t offset = littleEndian(file, entry + 12, 4);
+        const std::size_t bytes = littleEndian(file, entry + 8, 4);
+        const std::size_t offset = littleEndian(file, entry + 12, 4);
         if (offset >= file.size() || bytes == 0 || offset + bytes > file.size()) {
             continue;
         }
         const int score = std::abs(width - side(entry)) + std::abs(height - side(entry + 1));
         if (best.empty() || score < bestScore) {
-            best = file.subspan(static_cast<std::size_t>(offset), static_cast<std::size_t>(bytes));
+            best = file.subspan(offset, bytes);
             bestScore = score;
         }
     }

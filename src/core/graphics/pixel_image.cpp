@@ -159,14 +159,14 @@ void interpolate(DownsampledRows& picture, const PixelRect& shown, const PixelVi
         const __m128i weight = _mm_set1_epi32(static_cast<int>(rows.weight[shownRow]));
         int x = firstX;
         for (; x + 4 <= picture.width && x <= lastX; x += 4) {
-            storeFour(&line[static_cast<std::size_t>(x)],
+            storeFour(line.data() + x,
                       interpolateFour(loadFour(upper + x), loadFour(lower + x), weight));
         }
         if (const int remaining = picture.width - x; remaining > 0 && remaining < 4) {
             std::uint32_t ends[2][4] = {};
             std::copy_n(upper + x, remaining, ends[0]);
             std::copy_n(lower + x, remaining, ends[1]);
-            storeFour(&line[static_cast<std::size_t>(x)],
+            storeFour(line.data() + x,
                       interpolateFour(loadFour(ends[0]), loadFour(ends[1]), weight));
         }
         for (std::size_t i = begin; i < end; i += 4) {

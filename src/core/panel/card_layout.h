@@ -9,7 +9,7 @@ inline constexpr int kWidth = 1149, kHeight = 3304;
 // Width divided by height, as a literal so that every build computes the same rectangles.
 inline constexpr double kAspect = 0.3477602905569007;
 
-// Rhythm lines run from left to right, steps from bottom to top: the bottom enters the reader
+// Lines are columns from left to right. Steps run from bottom to top; the bottom enters the reader
 // first.
 inline constexpr int kHoleSize = 56;
 // First: centre of a hole of line 1 or step 1. Pitch: distance to the next line or step.

@@ -22,8 +22,7 @@ double viewScale(Size client) noexcept;
 PixelRect controlClientRect(int index, double scale) noexcept;
 PixelRect controlClientRect(int index, double scale, std::uint32_t sliderOffset) noexcept;
 
-// A control's redraw area is larger by this on every side, because scaled pictures bleed over their
-// edge.
+// Redraw areas of controls are larger by this on every side: scaled pictures bleed over their edge.
 inline constexpr int kRedrawMargin = 2;
 
 // Converts a client point to whole layout units, truncated.
