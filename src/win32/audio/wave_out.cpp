@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "win32/audio/wave_out.h"
 
 #include <algorithm>
@@ -12,16 +13,16 @@ constexpr WORD kChannels = 2;
 constexpr WORD kBitsPerSample = 16;
 constexpr WORD kFrameBytes = kChannels * kBitsPerSample / 8;
 
-constexpr DWORD kGivenUpMs = 2000; // a device that returns nothing for so long is gone
-constexpr DWORD kFirstPauseMs = 500, kLongestPauseMs = 10000;
+constexpr DWORD kCompletionTimeoutMs = 2000; // then the device counts as lost
+constexpr DWORD kMinRetryDelayMs = 500, kMaxRetryDelayMs = 10000;
 
 } // namespace
 
-void ReturnedBuffers::push(OutputBuffer& buffer) noexcept {
+void CompletedQueue::push(OutputBuffer& buffer) noexcept {
     slots_[pushed_.fetch_add(1) % slots_.size()] = &buffer;
 }
 
-OutputBuffer* ReturnedBuffers::pop() noexcept {
+OutputBuffer* CompletedQueue::pop() noexcept {
     OutputBuffer* buffer = slots_[popped_ % slots_.size()].exchange(nullptr);
     if (buffer != nullptr) {
         ++popped_;
@@ -29,7 +30,7 @@ OutputBuffer* ReturnedBuffers::pop() noexcept {
     return buffer;
 }
 
-void ReturnedBuffers::clear() noexcept {
+void CompletedQueue::clear() noexcept {
     for (auto& slot : slots_) {
         slot = nullptr;
     }
@@ -38,27 +39,27 @@ void ReturnedBuffers::clear() noexcept {
 }
 
 WaveOut::WaveOut(SoundEngine& soundEngine)
-    : engine(soundEngine), wake_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
-    made_.push_back(std::make_unique<OutputBuffers>());
-    buffers = made_.back().get();
+    : engine(soundEngine), wakeEvent_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
+    allocated_.push_back(std::make_unique<OutputBuffers>());
+    buffers = allocated_.back().get();
 }
 
 WaveOut::~WaveOut() {
     stop();
-    if (wake_ != nullptr) {
-        CloseHandle(wake_);
+    if (wakeEvent_ != nullptr) {
+        CloseHandle(wakeEvent_);
     }
 }
 
 bool WaveOut::start() {
     stop();
-    ResetEvent(wake_); // what woke the refill of the run before
-    ending_ = false;
-    pauseMs_ = kFirstPauseMs;
+    ResetEvent(wakeEvent_); // may still be signalled from the previous run
+    stopRequested_ = false;
+    retryDelayMs_ = kMinRetryDelayMs;
     const bool opened = open();
-    // The refill begins after the last of the first blocks: the order of rendering is the order of
-    // writing only while one thread at a time does both.
-    if (wake_ == nullptr || !startRefill()) {
+    // Only after open() has written the first blocks: two threads that render and write could write
+    // blocks in the wrong order.
+    if (wakeEvent_ == nullptr || !startRefillThread()) {
         closeDevice();
         return false;
     }
@@ -66,18 +67,18 @@ bool WaveOut::start() {
 }
 
 void WaveOut::stop() {
-    if (refill_.joinable()) {
-        ending_ = true;
-        SetEvent(wake_);
-        refill_.join();
+    if (refillThread_.joinable()) {
+        stopRequested_ = true;
+        SetEvent(wakeEvent_);
+        refillThread_.join();
     }
-    // From the join on no buffer is written, so the completions of the reset find nobody.
+    // No buffer is written from here on, so the completions of the reset are not refilled.
     closeDevice();
 }
 
 bool WaveOut::open() {
     engine.prepareForDevice();
-    returned_.clear();
+    completed_.clear();
     closing = false;
     if (!openDevice()) {
         return false;
@@ -107,12 +108,13 @@ bool WaveOut::openDevice() {
     return true;
 }
 
-// Renders while it queues, so that a voice triggered before the start sounds from the first frame.
+// Renders the first blocks instead of queueing silence, so that a voice triggered before the start
+// sounds from the first frame.
 bool WaveOut::queueBuffers() {
     OutputBuffers& all = *buffers;
     for (OutputBuffer& buffer : all) {
         buffer.samples.fill(0);
-        buffer.withDevice = false;
+        buffer.queued = false;
         buffer.header = {};
         buffer.header.lpData = reinterpret_cast<LPSTR>(buffer.samples.data());
         buffer.header.dwBufferLength = sizeof(buffer.samples);
@@ -127,67 +129,67 @@ bool WaveOut::queueBuffers() {
     });
 }
 
-bool WaveOut::startRefill() noexcept {
+bool WaveOut::startRefillThread() noexcept {
     try {
-        refill_ = std::thread([this] { keepPlaying(); });
+        refillThread_ = std::thread([this] { runRefillThread(); });
         return true;
     } catch (const std::system_error&) {
         return false;
     }
 }
 
-void WaveOut::keepPlaying() noexcept {
-    // A late refill is heard at once, and one takes a few hundredths of its 10.7 ms.
+void WaveOut::runRefillThread() noexcept {
+    // A late refill is audible, and each takes only a few hundredths of its 10.7 ms.
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
-    while (!ending_) {
+    while (!stopRequested_) {
         if (device != nullptr) {
-            refillReturned();
+            refillUntilTimeout();
         } else {
-            lookForDevice();
+            retryDevice();
         }
     }
 }
 
-// Until the device stops answering.
-void WaveOut::refillReturned() noexcept {
-    while (!ending_) {
-        if (OutputBuffer* buffer = returned_.pop(); buffer != nullptr) {
+// Returns when the device is lost and closed, or on stop.
+void WaveOut::refillUntilTimeout() noexcept {
+    while (!stopRequested_) {
+        if (OutputBuffer* buffer = completed_.pop(); buffer != nullptr) {
             engine.renderBlock(buffer->samples.data(), kDeviceBufferFrames);
-            countIfLate();
+            countUnderrun();
             write(*buffer);
-            pauseMs_ = kFirstPauseMs; // not when it opens: one that never answers opens, too
-        } else if (WaitForSingleObject(wake_, kGivenUpMs) == WAIT_TIMEOUT) {
+            retryDelayMs_ = kMinRetryDelayMs; // not on open: a dead device may open as well
+        } else if (WaitForSingleObject(wakeEvent_, kCompletionTimeoutMs) == WAIT_TIMEOUT) {
             closeDevice();
             return;
         }
     }
 }
 
-void WaveOut::lookForDevice() noexcept {
-    WaitForSingleObject(wake_, pauseMs_);
-    if (!ending_) {
-        pauseMs_ = std::min(2 * pauseMs_, kLongestPauseMs);
-        engine.deactivateAllVoices(); // or all that was struck meanwhile would sound at once
+void WaveOut::retryDevice() noexcept {
+    WaitForSingleObject(wakeEvent_, retryDelayMs_);
+    if (!stopRequested_) {
+        retryDelayMs_ = std::min(2 * retryDelayMs_, kMaxRetryDelayMs);
+        engine.deactivateAllVoices(); // or everything triggered meanwhile would sound together
         open();
     }
 }
 
-// The result is not looked at: a device that takes no buffer is found by its silence.
+// Ignores the result: a device that rejects buffers completes none and so runs into the timeout.
 void WaveOut::write(OutputBuffer& buffer) const noexcept {
-    buffer.withDevice = true;
+    buffer.queued = true;
     waveOutWrite(device, &buffer.header, sizeof(WAVEHDR));
 }
 
-// Before a write: with no buffer left at the device there is a gap in the sound.
-void WaveOut::countIfLate() noexcept {
+// Call before a write: if the device has no queued buffer left, there is a gap in the sound.
+void WaveOut::countUnderrun() noexcept {
     const OutputBuffers& all = *buffers;
     if (std::none_of(all.begin(), all.end(),
-                     [](const OutputBuffer& buffer) { return buffer.withDevice.load(); })) {
+                     [](const OutputBuffer& buffer) { return buffer.queued.load(); })) {
         ++lateBuffers;
     }
 }
 
-// Nothing without a device.
+// No-op without a device.
 void WaveOut::closeDevice() noexcept {
     if (device == nullptr) {
         return;
@@ -195,15 +197,15 @@ void WaveOut::closeDevice() noexcept {
     closing = true;
     waveOutReset(device);
     for (OutputBuffer& buffer : *buffers) {
-        buffer.withDevice = false; // also one that a dead device has swallowed
+        buffer.queued = false; // a dead device may never have completed it
         if ((buffer.header.dwFlags & WHDR_PREPARED) != 0) {
             waveOutUnprepareHeader(device, &buffer.header, sizeof(WAVEHDR));
         }
     }
     if (waveOutClose(device) != MMSYSERR_NOERROR) {
-        // The driver may still have the buffers. They are left to it, until the program ends.
-        made_.push_back(std::make_unique<OutputBuffers>());
-        buffers = made_.back().get();
+        // The driver may still use the buffers, so they stay allocated until the program ends.
+        allocated_.push_back(std::make_unique<OutputBuffers>());
+        buffers = allocated_.back().get();
     }
     device = nullptr;
     engine.deactivateAllVoices();
@@ -217,9 +219,9 @@ void CALLBACK WaveOut::onDeviceCallback(HWAVEOUT /*device*/, UINT message, DWORD
         return;
     }
     for (OutputBuffer& buffer : *out->buffers) {
-        if (&buffer.header == header && buffer.withDevice.exchange(false)) {
-            out->returned_.push(buffer);
-            SetEvent(out->wake_); // one of the few calls allowed here
+        if (&buffer.header == header && buffer.queued.exchange(false)) {
+            out->completed_.push(buffer);
+            SetEvent(out->wakeEvent_); // one of the few calls that winmm allows here
         }
     }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "audio/sound_engine.h"
@@ -18,22 +19,21 @@ namespace percussomatic {
 
 constexpr std::size_t kOutputBufferCount = 4; // 2048 frames in flight, 42.7 ms
 
-// One buffer on its way round: rendered, with the device, returned.
 struct OutputBuffer {
     WAVEHDR header{};
     std::array<std::int16_t, std::size_t{kDeviceBufferFrames} * 2> samples{}; // left, right
-    std::atomic<bool> withDevice = false; // set before the write, cleared by the completion
+    std::atomic<bool> queued = false; // set before the write, cleared by the completion
 };
 
 using OutputBuffers = std::array<OutputBuffer, kOutputBufferCount>;
 
-// The buffers that came back and wait for their refill, first in, first out. A buffer is in it once
-// at most, so there is always room.
-class ReturnedBuffers {
+// Lock-free queue of completed buffers that wait for their refill. Each buffer is in it at most
+// once, so it never overflows.
+class CompletedQueue {
 public:
     void push(OutputBuffer& buffer) noexcept; // any thread
-    OutputBuffer* pop() noexcept;             // one thread at a time; null when there is none
-    void clear() noexcept;                    // while nobody pushes or pops
+    OutputBuffer* pop() noexcept;             // one thread at a time; null if empty
+    void clear() noexcept;                    // not concurrently with push or pop
 
 private:
     std::array<std::atomic<OutputBuffer*>, kOutputBufferCount> slots_{};
@@ -41,21 +41,21 @@ private:
     std::size_t popped_ = 0;
 };
 
-// The default wave-out device, 16-bit stereo at 48 kHz, and its four buffers. Without a device the
-// instrument runs silently and looks for one.
+// The default wave-out device, 16-bit stereo at 48 kHz, and its four buffers. While there is no
+// device, the program runs silently and retries.
 //
-// winmm forbids most calls inside the completion callback. So the callback only notes which buffer
-// came back and wakes the refill, a thread of its own, which renders and writes it again. No lock
-// is held across a call of winmm: waveOutReset delivers completions at once, on the thread that
-// calls it.
+// winmm forbids most calls inside the completion callback, so the callback only queues the
+// completed buffer and wakes the refill thread, which renders into it and writes it again. No lock
+// is held across a call of winmm: waveOutReset delivers completions before it returns, on the
+// calling thread.
 //
-// A device of which no buffer comes back for two seconds (an unplugged headset, a sound service
-// that was restarted) is closed by the refill thread, which then tries the default device again, at
-// first after half a second, later every ten. Whatever was struck in between is not heard
-// afterwards.
+// If the device completes no buffer for two seconds (an unplugged headset, a restarted sound
+// service), the refill thread closes it and tries to open the default device: first after half a
+// second, then at doubling intervals of up to ten seconds. Voices triggered in between are
+// discarded.
 //
 // The buffers outlive the device and the wake event lives as long as the record, so a completion
-// that a driver delivers too late finds memory that is still good.
+// that a driver delivers too late does no harm.
 //
 // Threads: start and stop on the GUI thread; the callback on any thread of the system.
 struct WaveOut {
@@ -64,44 +64,45 @@ struct WaveOut {
     WaveOut(const WaveOut&) = delete;
     WaveOut& operator=(const WaveOut&) = delete;
 
-    // False when there is no device yet; reopens one that is open.
+    // Opens the device, after closing it if it is open, and starts the refill thread. False if
+    // there is no device yet.
     bool start();
 
-    // Ends the refill, and all voices if a device was open. Waits for a call of winmm that the
-    // refill is in.
+    // Joins the refill thread, which waits for a pending call of winmm, and closes the device. Ends
+    // all voices if a device was open.
     void stop();
 
-    // The instance is the WaveOut, the first parameter the header that is done.
+    // `instance` is the WaveOut, `firstParameter` the completed WAVEHDR.
     static void CALLBACK onDeviceCallback(HWAVEOUT device, UINT message, DWORD_PTR instance,
                                           DWORD_PTR firstParameter, DWORD_PTR secondParameter);
 
     SoundEngine& engine;
-    std::atomic<HWAVEOUT> device = nullptr;        // null also while one is looked for
-    std::atomic<OutputBuffers*> buffers = nullptr; // changed only while completions are dropped
-    std::atomic<std::uint32_t> lateBuffers = 0;    // since the start: the device had none left
-    std::atomic<bool> closing = false; // completions are dropped; stays set until the next opening
+    std::atomic<HWAVEOUT> device = nullptr;        // null while no device is open
+    std::atomic<OutputBuffers*> buffers = nullptr; // changes only while `closing` is set
+    std::atomic<std::uint32_t> lateBuffers = 0;    // underruns since the start of the program
+    std::atomic<bool> closing = false;             // ignores completions, until the next open
 
 private:
     bool open();
     bool openDevice();
     bool queueBuffers();
-    bool startRefill() noexcept;
-    void keepPlaying() noexcept;
-    void refillReturned() noexcept;
-    void lookForDevice() noexcept;
+    bool startRefillThread() noexcept;
+    void runRefillThread() noexcept;
+    void refillUntilTimeout() noexcept;
+    void retryDevice() noexcept;
     void write(OutputBuffer& buffer) const noexcept;
-    void countIfLate() noexcept;
+    void countUnderrun() noexcept;
     void closeDevice() noexcept;
 
-    std::vector<std::unique_ptr<OutputBuffers>> made_; // the last is in use
-    ReturnedBuffers returned_;
-    HANDLE wake_;                      // auto-reset event: a buffer came back, or ending_ was set
-    std::atomic<bool> ending_ = false; // tells the refill thread to end
-    DWORD pauseMs_ = 0;                // before the device is tried again; the refill thread's
-    std::thread refill_;               // GUI thread only; runs from start to stop
+    std::vector<std::unique_ptr<OutputBuffers>> allocated_; // the last set is in use
+    CompletedQueue completed_;
+    HANDLE wakeEvent_; // auto-reset: a buffer was completed, or stopRequested_ was set
+    std::atomic<bool> stopRequested_ = false;
+    DWORD retryDelayMs_ = 0;   // refill thread only, once that runs
+    std::thread refillThread_; // GUI thread only; runs from start to stop
 };
 
-// The instrument's one device, playing the one engine.
+// The program's only device; it plays soundEngine().
 WaveOut& waveOut() noexcept;
 
 } // namespace percussomatic

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <windows.h>
@@ -6,22 +7,16 @@ using MMRESULT = UINT;
 using HWAVEOUT = struct WaveOutDevice*;
 
 struct WAVEFORMATEX {
-    WORD wFormatTag;
-    WORD nChannels;
-    DWORD nSamplesPerSec;
-    DWORD nAvgBytesPerSec;
-    WORD nBlockAlign;
-    WORD wBitsPerSample;
-    WORD cbSize;
+    WORD wFormatTag, nChannels;
+    DWORD nSamplesPerSec, nAvgBytesPerSec;
+    WORD nBlockAlign, wBitsPerSample, cbSize;
 };
 
 struct WAVEHDR {
-    LPSTR lpData;
-    DWORD dwBufferLength;
-    DWORD dwBytesRecorded;
+    char* lpData;
+    DWORD dwBufferLength, dwBytesRecorded;
     DWORD_PTR dwUser;
-    DWORD dwFlags;
-    DWORD dwLoops;
+    DWORD dwFlags, dwLoops;
     WAVEHDR* lpNext;
     DWORD_PTR reserved;
 };

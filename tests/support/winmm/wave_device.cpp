@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "wave_device.h"
 
 #include <bit>
@@ -12,41 +13,37 @@
 
 namespace {
 
+using wave_device::Behaviour;
 using wave_device::Block;
-using wave_device::Script;
-
 using Callback = void(CALLBACK*)(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
 
-struct Event {
-    bool signalled = false; // guarded by eventMutex
-};
+constexpr std::chrono::seconds kTestTimeout{10};
 
+// The only event.
 std::mutex eventMutex;
 std::condition_variable eventChanged;
-// Of the one thread that waits; all guarded by eventMutex.
-DWORD waitMs = 0; // 0 while none does
-bool timeIsUp = false;
+bool signalled = false; // guarded by eventMutex
+DWORD timeoutMs = 0;    // guarded by eventMutex; of the only waiting thread, 0 if none waits
+bool expired = false;   // guarded by eventMutex
 
 } // namespace
 
 struct WaveOutDevice {
-    explicit WaveOutDevice(const Script& wanted) : script(wanted) {}
-
-    void checkLocked(bool fine, const char* fault) {
-        state.faults += fine ? "" : std::string(fault) + '\n';
+    void checkLocked(bool valid, const char* violation) {
+        state.violations += valid ? "" : std::string(violation) + '\n';
     }
 
     std::mutex mutex;
     std::condition_variable changed;
     // All guarded by mutex.
-    Script script;
+    Behaviour behaviour;
     wave_device::State state;
     bool resetting = false;
-    int prepares = 0, prepared = 0;
+    int prepareCalls = 0, prepared = 0;
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
     std::deque<Block> queue;
-    std::thread returning; // the opening thread's
+    std::jthread completing; // used by the thread that opens and closes the device
 };
 
 namespace {
@@ -54,8 +51,7 @@ namespace {
 std::unique_ptr<WaveOutDevice> theDevice;
 thread_local bool insideCallback = false;
 
-// For a call of the program.
-std::unique_lock<std::mutex> lockCalled(WaveOutDevice& device) {
+std::unique_lock<std::mutex> lockForCall(WaveOutDevice& device) {
     std::unique_lock lock(device.mutex);
     device.checkLocked(device.state.open, "called while closed");
     device.checkLocked(!insideCallback, "called inside the callback");
@@ -68,11 +64,11 @@ std::vector<std::int16_t> samplesOf(const WAVEHDR& header) {
     return samples;
 }
 
-// Takes the oldest buffer out of the queue and hands it to the callback, with the mutex free.
-void returnOldest(WaveOutDevice& device, std::unique_lock<std::mutex>& lock) {
+// Calls the callback with the mutex released.
+void completeOldest(WaveOutDevice& device, std::unique_lock<std::mutex>& lock) {
     const Block block = std::move(device.queue.front());
     device.queue.pop_front();
-    device.checkLocked(samplesOf(*block.header) == block.samples, "touched while queued");
+    device.checkLocked(samplesOf(*block.header) == block.samples, "modified while queued");
     block.header->dwFlags = (block.header->dwFlags & ~WHDR_INQUEUE) | WHDR_DONE;
     lock.unlock();
     insideCallback = true;
@@ -82,14 +78,11 @@ void returnOldest(WaveOutDevice& device, std::unique_lock<std::mutex>& lock) {
     lock.lock();
 }
 
-void returnAll(WaveOutDevice& device) {
+void completeUntilClosed(WaveOutDevice& device) {
     std::unique_lock lock(device.mutex);
-    while (device.state.open) {
-        if (device.queue.empty()) {
-            device.changed.wait(lock);
-        } else {
-            returnOldest(device, lock);
-        }
+    const auto due = [&device] { return !device.state.open || !device.queue.empty(); };
+    for (device.changed.wait(lock, due); device.state.open; device.changed.wait(lock, due)) {
+        completeOldest(device, lock);
     }
 }
 
@@ -97,14 +90,15 @@ void returnAll(WaveOutDevice& device) {
 
 namespace wave_device {
 
-void begin(const Script& script) {
-    theDevice = std::make_unique<WaveOutDevice>(script);
+void create(const Behaviour& behaviour) {
+    theDevice = std::make_unique<WaveOutDevice>();
+    theDevice->behaviour = behaviour;
 }
 
-void follow(const Script& script) {
+void setBehaviour(const Behaviour& behaviour) {
     const std::lock_guard lock(theDevice->mutex);
-    theDevice->script = script;
-    theDevice->prepares = 0;
+    theDevice->behaviour = behaviour;
+    theDevice->prepareCalls = 0;
 }
 
 State state() {
@@ -114,55 +108,54 @@ State state() {
 
 bool waitForWrites(int count) {
     std::unique_lock lock(theDevice->mutex);
-    return theDevice->changed.wait_for(lock, std::chrono::seconds(10),
+    return theDevice->changed.wait_for(lock, kTestTimeout,
                                        [count] { return theDevice->state.writes >= count; });
 }
 
-void returnBuffer() {
+void completeOldest() {
     std::unique_lock lock(theDevice->mutex);
-    returnOldest(*theDevice, lock);
+    ::completeOldest(*theDevice, lock);
 }
 
-DWORD awaitedMs() {
+DWORD pendingTimeoutMs() {
     std::unique_lock lock(eventMutex);
-    eventChanged.wait_for(lock, std::chrono::seconds(10), [] { return waitMs != 0; });
-    return waitMs;
+    eventChanged.wait_for(lock, kTestTimeout, [] { return timeoutMs != 0; });
+    return timeoutMs;
 }
 
-void passTime() {
+void expireTimeout() {
     const std::lock_guard lock(eventMutex);
-    waitMs = 0;
-    timeIsUp = true;
+    timeoutMs = 0;
+    expired = true;
     eventChanged.notify_all();
 }
 
 } // namespace wave_device
 
-MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* /*format*/, DWORD_PTR callback,
+MMRESULT waveOutOpen(HWAVEOUT* opened, UINT id, const WAVEFORMATEX* /*format*/, DWORD_PTR callback,
                      DWORD_PTR instance, DWORD flags) {
-    const std::lock_guard lock(theDevice->mutex);
-    theDevice->checkLocked(!theDevice->state.open, "opened twice");
-    theDevice->checkLocked(id == WAVE_MAPPER && flags == CALLBACK_FUNCTION,
-                           "opened in another way");
-    if (theDevice->script.openResult != MMSYSERR_NOERROR) {
-        return theDevice->script.openResult;
+    WaveOutDevice& device = *theDevice;
+    const std::lock_guard lock(device.mutex);
+    device.checkLocked(!device.state.open, "opened twice");
+    device.checkLocked(id == WAVE_MAPPER && flags == CALLBACK_FUNCTION, "wrong device or flags");
+    if (device.behaviour.openResult == MMSYSERR_NOERROR) {
+        device.state.open = true;
+        device.resetting = false;
+        ++device.state.opens;
+        device.callback = std::bit_cast<Callback>(callback);
+        device.instance = instance;
+        if (device.behaviour.autoComplete) {
+            device.completing = std::jthread([&device] { completeUntilClosed(device); });
+        }
+        *opened = &device;
     }
-    theDevice->state.open = true;
-    theDevice->resetting = false;
-    ++theDevice->state.opens;
-    theDevice->callback = std::bit_cast<Callback>(callback);
-    theDevice->instance = instance;
-    if (theDevice->script.returnsByItself) {
-        theDevice->returning = std::thread([] { returnAll(*theDevice); });
-    }
-    *device = theDevice.get();
-    return MMSYSERR_NOERROR;
+    return device.behaviour.openResult;
 }
 
 MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {
-    const auto lock = lockCalled(*device);
+    const auto lock = lockForCall(*device);
     device->checkLocked(size == sizeof(WAVEHDR) && header->dwFlags == 0, "prepared a used header");
-    if (++device->prepares == device->script.failingPrepare) {
+    if (++device->prepareCalls == device->behaviour.failingPrepare) {
         return MMSYSERR_ERROR;
     }
     ++device->prepared;
@@ -171,8 +164,8 @@ MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {
 }
 
 MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
-    const auto lock = lockCalled(*device);
-    if (device->script.clings) {
+    const auto lock = lockForCall(*device);
+    if (device->behaviour.keepsBuffers) {
         return MMSYSERR_ERROR;
     }
     device->checkLocked((header->dwFlags & WHDR_INQUEUE) == 0, "unprepared while queued");
@@ -182,13 +175,13 @@ MMRESULT waveOutUnprepareHeader(HWAVEOUT device, WAVEHDR* header, UINT /*size*/)
 }
 
 MMRESULT waveOutWrite(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
-    const auto lock = lockCalled(*device);
+    const auto lock = lockForCall(*device);
     device->checkLocked(!device->resetting, "written after the reset");
     device->checkLocked((header->dwFlags & WHDR_PREPARED) != 0, "written unprepared");
     device->checkLocked((header->dwFlags & WHDR_INQUEUE) == 0, "written while queued");
     header->dwFlags = (header->dwFlags & ~WHDR_DONE) | WHDR_INQUEUE;
     device->queue.push_back({header, samplesOf(*header)});
-    if (!device->script.returnsByItself) {
+    if (!device->behaviour.autoComplete) {
         device->state.written.push_back(device->queue.back());
     }
     ++device->state.writes;
@@ -197,73 +190,56 @@ MMRESULT waveOutWrite(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
 }
 
 MMRESULT waveOutReset(HWAVEOUT device) {
-    auto lock = lockCalled(*device);
+    auto lock = lockForCall(*device);
     device->resetting = true;
-    while (!device->queue.empty() && !device->script.clings) {
-        returnOldest(*device, lock);
+    while (!device->queue.empty() && !device->behaviour.keepsBuffers) {
+        completeOldest(*device, lock);
     }
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT waveOutClose(HWAVEOUT device) {
-    {
-        const auto lock = lockCalled(*device);
-        device->state.open = false; // the next opening is of another device
-        if (device->script.clings) {
-            device->prepared = 0;
-            return MMSYSERR_ERROR;
-        }
-        device->checkLocked(device->prepared == 0, "closed with prepared headers");
-        device->checkLocked(device->queue.empty(), "closed with queued buffers");
+    auto lock = lockForCall(*device);
+    device->state.open = false; // even if close fails: the next open is of another device
+    if (device->behaviour.keepsBuffers) {
+        device->prepared = 0;
+        return MMSYSERR_ERROR;
     }
+    device->checkLocked(device->prepared == 0, "closed with prepared headers");
+    device->checkLocked(device->queue.empty(), "closed with queued buffers");
+    lock.unlock();
     device->changed.notify_all();
-    if (device->returning.joinable()) {
-        device->returning.join();
-    }
+    device->completing = {}; // joins
     return MMSYSERR_NOERROR;
 }
 
 HANDLE CreateEventW(void* /*security*/, BOOL /*manualReset*/, BOOL /*signalled*/,
                     const wchar_t* /*name*/) {
-    return std::make_unique<Event>().release();
+    return &signalled;
 }
 
-BOOL SetEvent(HANDLE event) {
+BOOL SetEvent(HANDLE /*event*/) {
     const std::lock_guard lock(eventMutex);
-    static_cast<Event*>(event)->signalled = true;
-    waitMs = 0;
+    signalled = true;
+    timeoutMs = 0;
     eventChanged.notify_all();
     return TRUE;
 }
 
-BOOL ResetEvent(HANDLE event) {
+BOOL ResetEvent(HANDLE /*event*/) {
     const std::lock_guard lock(eventMutex);
-    static_cast<Event*>(event)->signalled = false;
+    signalled = false;
     return TRUE;
 }
 
-DWORD WaitForSingleObject(HANDLE event, DWORD milliseconds) {
-    auto* awaited = static_cast<Event*>(event);
+DWORD WaitForSingleObject(HANDLE /*event*/, DWORD milliseconds) {
     std::unique_lock lock(eventMutex);
-    if (!awaited->signalled) {
-        waitMs = milliseconds;
-        timeIsUp = false;
+    if (!signalled) {
+        timeoutMs = milliseconds;
+        expired = false;
         eventChanged.notify_all();
-        eventChanged.wait(lock, [awaited] { return awaited->signalled || timeIsUp; });
-        waitMs = 0;
+        eventChanged.wait(lock, [] { return signalled || expired; });
+        timeoutMs = 0;
     }
-    return std::exchange(awaited->signalled, false) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
-}
-
-BOOL CloseHandle(HANDLE event) {
-    const std::unique_ptr<Event> closed(static_cast<Event*>(event));
-    return TRUE;
-}
-
-HANDLE GetCurrentThread() {
-    return nullptr;
-}
-
-BOOL SetThreadPriority(HANDLE /*thread*/, int /*priority*/) {
-    return TRUE;
+    return std::exchange(signalled, false) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
 }

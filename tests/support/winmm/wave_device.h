@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: MIT
+// A fake wave-out device: completes buffers when told to and records violations of winmm's rules.
+// Any thread.
 #pragma once
 
 #include <mmsystem.h>
@@ -6,50 +9,40 @@
 #include <string>
 #include <vector>
 
-// The one wave-out device of a test: takes buffers, returns them when it is told to and watches
-// what is done to it. Functions may be called on any thread.
 namespace wave_device {
 
-struct Script {
+struct Behaviour {
     MMRESULT openResult = MMSYSERR_NOERROR;
-    int failingPrepare = 0;       // counted from 1; 0 for none
-    bool returnsByItself = false; // on a thread of its own, as soon as it can
-    bool clings = false;          // reset returns nothing, close fails, and the buffers are kept
+    int failingPrepare = 0;    // which call fails, counted from 1; 0 for none
+    bool autoComplete = false; // completes buffers at once, on a thread of its own
+    bool keepsBuffers = false; // reset completes nothing, unprepare and close fail
 };
 
 struct Block {
     WAVEHDR* header = nullptr;
-    std::vector<std::int16_t> samples; // as they were when written
+    std::vector<std::int16_t> samples; // copied when written
 };
-
-// A new device, all counts at zero.
-void begin(const Script& script);
-
-// What it does from now on.
-void follow(const Script& script);
 
 struct State {
     bool open = false;
     int opens = 0, writes = 0;
-    std::vector<Block> written; // not kept while it returns buffers by itself
-
-    // What no program may do to a device: empty when all was well. Written while closed, unprepared
-    // or queued, touched while queued, written between reset and close, unprepared while queued,
-    // closed with prepared headers, called inside its own callback.
-    std::string faults;
+    std::vector<Block> written; // empty with autoComplete
+    std::string violations;     // one per line; empty if there are none
 };
 
+void create(const Behaviour& behaviour); // a new device; its State starts from scratch
+void setBehaviour(const Behaviour& behaviour);
 State state();
 
-// Until so many blocks in all are written; false after ten seconds.
+// Waits until `count` blocks have been written in all; false after ten seconds.
 bool waitForWrites(int count);
 
-// Returns the oldest queued buffer, on the calling thread. There must be one.
-void returnBuffer();
+// Completes the oldest queued buffer on the calling thread. There must be one.
+void completeOldest();
 
-// Time stands still for whoever waits for an event. awaitedMs() waits until a thread does and says
-// how long it means to, 0 if none does within ten seconds; passTime() lets that time pass.
-DWORD awaitedMs();
-void passTime();
+// Time stands still for threads that wait for an event. pendingTimeoutMs() blocks until a thread
+// waits and returns its timeout, or 0 after ten seconds. expireTimeout() lets that wait time out.
+DWORD pendingTimeoutMs();
+void expireTimeout();
 
 } // namespace wave_device
