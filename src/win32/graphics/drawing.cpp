@@ -17,40 +17,40 @@ using namespace Gdiplus::DllExports;
 namespace {
 
 FontFamily familyNamed(const wchar_t* name) {
-    return created<FontFamily>(GdipCreateFontFamilyFromName, name,
-                               static_cast<GpFontCollection*>(nullptr));
+    return makeOwned<FontFamily>(GdipCreateFontFamilyFromName, name,
+                                 static_cast<GpFontCollection*>(nullptr));
 }
 
-// What GDI writes with where a font is missing; GDI+ under Wine has no stand-ins of its own.
-const std::wstring& standInFor(const wchar_t* name) {
-    static std::map<std::wstring, std::wstring> standIns;
-    const auto [entry, isNew] = standIns.try_emplace(name);
+// The font that GDI substitutes for a missing one: under Wine, GDI+ substitutes none itself.
+const std::wstring& substituteFor(const wchar_t* name) {
+    static std::map<std::wstring, std::wstring> substitutes;
+    const auto [entry, isNew] = substitutes.try_emplace(name);
     if (isNew) {
         const Owned<HFONT, DeleteObject> font(CreateFontW(
             0, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
             CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, name));
         HDC screen = GetDC(nullptr);
-        HGDIOBJ before = SelectObject(screen, font.get());
+        HGDIOBJ oldFont = SelectObject(screen, font.get());
         std::array<wchar_t, LF_FACESIZE> face{};
         GetTextFaceW(screen, static_cast<int>(face.size()), face.data());
-        SelectObject(screen, before);
+        SelectObject(screen, oldFont);
         ReleaseDC(nullptr, screen);
         entry->second = face.data();
     }
     return entry->second;
 }
 
-// A string where it was drawn last, and the ground beneath it: the system takes longer for one than
-// we do for all else of a box.
-struct DrawnText {
+// A drawn string and the background under it. Cached because GDI+ takes longer for a string than
+// the rest of its box takes.
+struct CachedText {
     PixelRect area;
     std::wstring text;
     float sizePixels;
     std::uint32_t argb;
-    PixelImage ground, drawn;
+    PixelImage background, drawn;
 };
 
-PixelImage copied(const PixelView& view) {
+PixelImage copyOf(const PixelView& view) {
     PixelImage image = blankImage(view.width, view.height);
     for (int y = 0; y < view.height; ++y) {
         std::copy_n(view.row(y), view.width, viewOf(image).row(y));
@@ -58,7 +58,7 @@ PixelImage copied(const PixelView& view) {
     return image;
 }
 
-bool shows(const PixelView& view, PixelImage& image) {
+bool samePixels(const PixelView& view, PixelImage& image) {
     bool same = image.width == view.width && image.height == view.height;
     for (int y = 0; same && y < view.height; ++y) {
         same = std::equal(view.row(y), view.row(y) + view.width, viewOf(image).row(y));
@@ -76,21 +76,21 @@ GpGraphics* Canvas::graphics() {
     return graphics_.get();
 }
 
-bool Canvas::shows(const PixelRect& rect) const noexcept {
+bool Canvas::intersects(const PixelRect& rect) const noexcept {
     return overlap(inflated(rect, kRedrawMargin), region_);
 }
 
-PixelRect Canvas::place(const PixelRect& rect) const noexcept {
+PixelRect Canvas::toLocal(const PixelRect& rect) const noexcept {
     return {rect.left - region_.left, rect.top - region_.top, rect.right - region_.left,
             rect.bottom - region_.top};
 }
 
-void Canvas::put(const PixelImage& picture, int left, int top) const noexcept {
+void Canvas::draw(const PixelImage& picture, int left, int top) const noexcept {
     blendPixels(picture, left - region_.left, top - region_.top, pixels_);
 }
 
 void Canvas::fill(const PixelRect& rect, std::uint32_t argb) const noexcept {
-    fillPixels(place(rect), argb, pixels_);
+    fillPixels(toLocal(rect), argb, pixels_);
 }
 
 void Canvas::outline(const PixelRect& rect, std::uint32_t argb) const noexcept {
@@ -104,26 +104,26 @@ Bitmap bitmapOver(const PixelView& pixels) {
     if (pixels.width <= 0 || pixels.height <= 0) {
         return {};
     }
-    return created<Bitmap>(GdipCreateBitmapFromScan0, pixels.width, pixels.height,
-                           static_cast<INT>(pixels.stride) * 4, PixelFormat32bppPARGB,
-                           reinterpret_cast<BYTE*>(pixels.pixels));
+    return makeOwned<Bitmap>(GdipCreateBitmapFromScan0, pixels.width, pixels.height,
+                             static_cast<INT>(pixels.stride) * 4, PixelFormat32bppPARGB,
+                             reinterpret_cast<BYTE*>(pixels.pixels));
 }
 
 Graphics graphicsOn(GpBitmap* bitmap) {
-    return created<Graphics>(GdipGetImageGraphicsContext, static_cast<GpImage*>(bitmap));
+    return makeOwned<Graphics>(GdipGetImageGraphicsContext, static_cast<GpImage*>(bitmap));
 }
 
-void drawTurned(GpGraphics* graphics, const PixelImage& picture, const PixelRect& rect,
-                double degrees) {
-    // The system only reads the pixels, though its parameter is not const.
+void drawRotated(GpGraphics* graphics, const PixelImage& picture, const PixelRect& rect,
+                 double degrees) {
+    // GDI+ only reads the pixels, although its parameter is not const.
     const PixelView pixels{const_cast<std::uint32_t*>(picture.pixels.data()), picture.width,
                            picture.height, picture.width};
     const Bitmap bitmap = bitmapOver(pixels);
     if (bitmap == nullptr) {
         return;
     }
-    // Left to itself the filter looks past the picture's edge and finds nothing there.
-    const auto edges = created<ImageAttributes>(GdipCreateImageAttributes);
+    // By default the filter blends the picture's edge with transparent pixels outside it.
+    const auto edges = makeOwned<ImageAttributes>(GdipCreateImageAttributes);
     GdipSetImageAttributesWrapMode(edges.get(), WrapModeTileFlipXY, 0, FALSE);
 
     const float centreX = static_cast<float>(rect.left + rect.right) * 0.5f;
@@ -145,18 +145,18 @@ void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rec
               const TextStyle& style) {
     FontFamily family = familyNamed(style.family);
     if (family == nullptr) {
-        family = familyNamed(L"DejaVu Sans"); // what Linux usually has; it knows the arrows
+        family = familyNamed(L"DejaVu Sans"); // usual on Linux; has the arrows
     }
     if (family == nullptr) {
-        family = familyNamed(standInFor(style.family).c_str());
+        family = familyNamed(substituteFor(style.family).c_str());
     }
     if (family == nullptr) {
         return;
     }
-    const auto font = created<Font>(GdipCreateFont, family.get(), style.sizePixels,
-                                    static_cast<INT>(style.style), UnitPixel);
-    const auto format = created<StringFormat>(
-        GdipCreateStringFormat, style.oneLine ? static_cast<INT>(StringFormatFlagsNoWrap) : 0,
+    const auto font = makeOwned<Font>(GdipCreateFont, family.get(), style.sizePixels,
+                                      static_cast<INT>(style.style), UnitPixel);
+    const auto format = makeOwned<StringFormat>(
+        GdipCreateStringFormat, style.singleLine ? static_cast<INT>(StringFormatFlagsNoWrap) : 0,
         static_cast<LANGID>(LANG_NEUTRAL));
     GpSolidFill* fill = nullptr;
     GdipCreateSolidFill(style.argb, &fill);
@@ -166,7 +166,7 @@ void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rec
     }
     GdipSetStringFormatAlign(format.get(), StringAlignmentCenter);
     GdipSetStringFormatLineAlign(format.get(), StringAlignmentCenter);
-    if (style.oneLine) {
+    if (style.singleLine) {
         GdipSetStringFormatTrimming(format.get(), StringTrimmingEllipsisCharacter);
     }
     const GpRectF layout(static_cast<float>(rect.left), static_cast<float>(rect.top),
@@ -177,10 +177,10 @@ void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rec
 
 void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& rect,
                       float sizePixels, std::uint32_t argb) {
-    constexpr std::size_t kMostTexts = 32; // of two sizes of the window
-    static std::vector<DrawnText> texts;   // one for each place
+    constexpr std::size_t kMaxTexts = 32; // enough for two sizes of the window
+    static std::vector<CachedText> texts; // at most one per place
     const auto draw = [&] {
-        drawText(canvas.graphics(), text, canvas.place(rect),
+        drawText(canvas.graphics(), text, canvas.toLocal(rect),
                  {.sizePixels = sizePixels, .argb = argb});
         GdipFlush(canvas.graphics(), FlushIntentionSync);
     };
@@ -189,22 +189,22 @@ void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& r
         draw();
         return;
     }
-    const PixelView view = canvas.pixels().part(canvas.place(area));
-    auto kept = std::ranges::find(texts, area, &DrawnText::area);
-    if (kept != texts.end() && kept->text == text && kept->sizePixels == sizePixels &&
-        kept->argb == argb && shows(view, kept->ground)) {
-        copyPixels(kept->drawn, 0, 0, view);
+    const PixelView view = canvas.pixels().part(canvas.toLocal(area));
+    auto cached = std::ranges::find(texts, area, &CachedText::area);
+    if (cached != texts.end() && cached->text == text && cached->sizePixels == sizePixels &&
+        cached->argb == argb && samePixels(view, cached->background)) {
+        copyPixels(cached->drawn, 0, 0, view);
         return;
     }
-    if (kept == texts.end()) {
-        if (texts.size() == kMostTexts) {
+    if (cached == texts.end()) {
+        if (texts.size() == kMaxTexts) {
             texts.clear();
         }
-        kept = texts.emplace(texts.end());
+        cached = texts.emplace(texts.end());
     }
-    PixelImage ground = copied(view);
+    PixelImage background = copyOf(view);
     draw();
-    *kept = {area, std::wstring(text), sizePixels, argb, std::move(ground), copied(view)};
+    *cached = {area, std::wstring(text), sizePixels, argb, std::move(background), copyOf(view)};
 }
 
 void drawBox(Canvas& canvas, const PixelRect& rect, std::wstring_view text, float sizePixels,

@@ -9,26 +9,27 @@
 
 namespace percussomatic {
 
-// The few strokes that the panel is drawn with. Client pixels; colours are 0xAARRGGBB. GUI thread.
+// Drawing functions of the panel. Coordinates are client pixels, colours straight 0xAARRGGBB. GUI
+// thread.
 
-// Part of the client area being painted: pixels whose first is the region's corner. Pictures and
-// boxes are put there by our own code, a fill by the system takes longer than everything else; what
-// GDI+ draws goes through graphics over the same pixels, made when first asked for.
+// Render target for one dirty rectangle: `pixels` holds `region` of the client area. Pictures and
+// boxes are drawn by our own code, because GDI+ fills are slow. Text and dials are drawn by GDI+
+// over the same pixels.
 class Canvas {
 public:
     Canvas(const PixelView& pixels, const PixelRect& region) : pixels_(pixels), region_(region) {}
 
     const PixelView& pixels() const noexcept { return pixels_; }
     const PixelRect& region() const noexcept { return region_; }
-    Gdiplus::GpGraphics* graphics();
+    Gdiplus::GpGraphics* graphics(); // created on first use; its coordinates are local
 
-    // Whether anything of the rectangle, with its outline, is in the region.
-    bool shows(const PixelRect& rect) const noexcept;
-    PixelRect place(const PixelRect& rect) const noexcept;
+    // Whether the rectangle, including kRedrawMargin, overlaps the region.
+    bool intersects(const PixelRect& rect) const noexcept;
+    PixelRect toLocal(const PixelRect& rect) const noexcept; // relative to the region's corner
 
-    // Over what is there, in client pixels. An outline lies about the pixels from left to right and
-    // from top to bottom inclusive.
-    void put(const PixelImage& picture, int left, int top) const noexcept;
+    // All blend with the present pixels and clip to the region. The outline is one pixel wide; its
+    // right and bottom edges lie on `right` and `bottom`, just outside the filled rectangle.
+    void draw(const PixelImage& picture, int left, int top) const noexcept;
     void fill(const PixelRect& rect, std::uint32_t argb) const noexcept;
     void outline(const PixelRect& rect, std::uint32_t argb) const noexcept;
 
@@ -39,27 +40,28 @@ private:
     Graphics graphics_;
 };
 
-// A bitmap whose pixels are those of the view, which must live longer; null for an empty one.
+// A bitmap that shares the pixels of the view, which must outlive it; null if the view is empty.
 Bitmap bitmapOver(const PixelView& pixels);
 Graphics graphicsOn(Gdiplus::GpBitmap* bitmap);
 
-// The picture turned clockwise about the middle of the rectangle that it fills.
-void drawTurned(Gdiplus::GpGraphics* graphics, const PixelImage& picture, const PixelRect& rect,
-                double degrees);
+// Stretches the picture to the rectangle and rotates it clockwise about the rectangle's centre.
+void drawRotated(Gdiplus::GpGraphics* graphics, const PixelImage& picture, const PixelRect& rect,
+                 double degrees);
 
 struct TextStyle {
     const wchar_t* family = L"Segoe UI";
     Gdiplus::FontStyle style = Gdiplus::FontStyleRegular;
     float sizePixels = 0;
     std::uint32_t argb = 0;
-    bool oneLine = false; // cut with an ellipsis instead of wrapped
+    bool singleLine = false; // trimmed with an ellipsis instead of wrapped
 };
 
-// Centred both ways. A missing font has a stand-in; nothing where that is missing, too.
+// Centred horizontally and vertically. Uses a fallback font if the family is missing; no-op if the
+// fallback is missing, too.
 void drawText(Gdiplus::GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
               const TextStyle& style);
 
-// In client pixels. What has been drawn there before is copied while text and ground stay the same.
+// Client pixels. Copies the cached result while text, style and background are unchanged.
 void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& rect,
                       float sizePixels, std::uint32_t argb);
 
@@ -67,7 +69,7 @@ struct BoxColours {
     std::uint32_t fill, edge, text;
 };
 
-// A box with its caption, in client pixels.
+// A filled and outlined box with its caption, in client pixels.
 void drawBox(Canvas& canvas, const PixelRect& rect, std::wstring_view text, float sizePixels,
              const BoxColours& colours);
 

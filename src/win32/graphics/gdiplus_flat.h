@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
-// GDI+ through its flat functions, which are in Gdiplus::DllExports. The headers must come in this
-// order: gdiplus.h needs objidl.h when windows.h is lean.
+// The flat API of GDI+ (Gdiplus::DllExports) with owning handles. The order of the headers matters:
+// gdiplus.h needs objidl.h, which a lean windows.h leaves out.
 #include <windows.h>
 
 #include <objidl.h>
@@ -12,7 +13,6 @@
 
 namespace percussomatic {
 
-// Owners of what the flat functions create.
 using Graphics = Owned<Gdiplus::GpGraphics*, Gdiplus::DllExports::GdipDeleteGraphics>;
 using Bitmap = Owned<Gdiplus::GpBitmap*, Gdiplus::DllExports::GdipDisposeImage>;
 using Brush = Owned<Gdiplus::GpBrush*, Gdiplus::DllExports::GdipDeleteBrush>;
@@ -23,9 +23,9 @@ using StringFormat = Owned<Gdiplus::GpStringFormat*, Gdiplus::DllExports::GdipDe
 using ImageAttributes =
     Owned<Gdiplus::GpImageAttributes*, Gdiplus::DllExports::GdipDisposeImageAttributes>;
 
-// What `create(arguments..., &object)` makes, or null.
+// Owns the object that `create(arguments..., &object)` returns; null on failure.
 template <typename Owner, typename Create, typename... Arguments>
-Owner created(Create create, Arguments... arguments) {
+Owner makeOwned(Create create, Arguments... arguments) {
     typename Owner::pointer object = nullptr;
     const Gdiplus::Status status = create(arguments..., &object);
     Owner owner(object);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "win32/graphics/images.h"
 
 #include "assets/assets.h"
@@ -47,10 +48,10 @@ Stream streamOf(std::span<const std::byte> bytes) {
     return Stream(stream);
 }
 
-// The rows of a locked bitmap, halved so many times. As many rows as make one are taken at a time:
-// a second copy of a large picture would not fit beside the first.
-PixelImage reduced(const BitmapData& source, int count) {
-    const int stripRows = 1 << count;
+// A locked bitmap, halved `halvingCount` times. Works in strips of the rows that make one output
+// row, because a second copy of a large picture might not fit into memory.
+PixelImage reduced(const BitmapData& source, int halvingCount) {
+    const int stripRows = 1 << halvingCount;
     PixelImage result;
     for (int top = 0; top < static_cast<int>(source.Height); top += stripRows) {
         PixelImage strip = blankImage(static_cast<int>(source.Width),
@@ -61,7 +62,7 @@ PixelImage reduced(const BitmapData& source, int count) {
             std::memcpy(viewOf(strip).row(y), row, source.Width * sizeof(std::uint32_t));
         }
         premultiply(strip);
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < halvingCount; ++i) {
             strip = halved(strip);
         }
         result.width = strip.width;
@@ -71,7 +72,7 @@ PixelImage reduced(const BitmapData& source, int count) {
     return result;
 }
 
-// Width and height as the file's header tells them; 0 x 0 for what is too short for one.
+// Width and height from the file's header; 0 x 0 if the file is too short for one.
 Size pngSize(std::span<const std::byte> file) noexcept {
     constexpr std::size_t kWidthAt = 16, kHeightAt = 20, kHeader = 24;
     const auto number = [file](std::size_t at) {
@@ -84,55 +85,54 @@ Size pngSize(std::span<const std::byte> file) noexcept {
     return file.size() < kHeader ? Size{} : Size{number(kWidthAt), number(kHeightAt)};
 }
 
-// The decoded pixels, premultiplied and halved so many times; empty when the picture cannot be
-// decoded.
-PixelImage decode(std::span<const std::byte> bytes, int count) {
+// Premultiplied pixels, halved `halvingCount` times; empty if the picture cannot be decoded.
+PixelImage decode(std::span<const std::byte> bytes, int halvingCount) {
     const Stream stream = streamOf(bytes);
     if (stream == nullptr) {
         return {};
     }
-    const auto source = created<Bitmap>(GdipCreateBitmapFromStream, stream.get());
+    const auto source = makeOwned<Bitmap>(GdipCreateBitmapFromStream, stream.get());
     UINT width = 0, height = 0;
     if (source == nullptr || GdipGetImageWidth(source.get(), &width) != Ok ||
         GdipGetImageHeight(source.get(), &height) != Ok || width == 0 || height == 0) {
         return {};
     }
     const GpRect whole(0, 0, static_cast<INT>(width), static_cast<INT>(height));
-    BitmapData lines{};
-    if (GdipBitmapLockBits(source.get(), &whole, ImageLockModeRead, PixelFormat32bppARGB, &lines) !=
-        Ok) {
+    BitmapData locked{};
+    if (GdipBitmapLockBits(source.get(), &whole, ImageLockModeRead, PixelFormat32bppARGB,
+                           &locked) != Ok) {
         return {};
     }
-    PixelImage image = reduced(lines, count);
-    GdipBitmapUnlockBits(source.get(), &lines);
+    PixelImage image = reduced(locked, halvingCount);
+    GdipBitmapUnlockBits(source.get(), &locked);
     return image;
 }
 
-// What a scale asks for: every file once.
-using WantedPictures = std::map<std::string, double, std::less<>>;
+// The scale to load each picture file for, by asset name.
+using PictureScales = std::map<std::string, double, std::less<>>;
 
-void want(WantedPictures& wanted, std::string_view name, double scale) {
+void addPicture(PictureScales& scales, std::string_view name, double scale) {
     if (!name.empty()) {
-        wanted.try_emplace(std::string(name), scale);
+        scales.try_emplace(std::string(name), scale);
     }
 }
 
-// Decodes the largest pictures one after the other, since each takes a few hundred megabytes while
-// it does, and all others beside them.
-void decodeAll(const WantedPictures& wanted, ImageCache& cache) {
+// Decodes the largest pictures one after another, because each takes a few hundred megabytes
+// meanwhile, and all others in parallel with them.
+void decodeAll(const PictureScales& scales, ImageCache& cache) {
     constexpr std::int32_t kLargeFile = 500'000; // bytes
-    for (const auto& [name, scale] : wanted) {
+    for (const auto& [name, scale] : scales) {
         cache.pictures[name] = nullptr;
     }
-    const auto decodeThose = [&](bool large) {
-        for (const auto& [name, scale] : wanted) {
+    const auto decodeAllOf = [&](bool large) {
+        for (const auto& [name, scale] : scales) {
             if ((findAsset(name).size > kLargeFile) == large) {
                 cache.pictures.find(name)->second = loadImageAsset(name, scale);
             }
         }
     };
-    std::jthread others([&] { decodeThose(false); });
-    decodeThose(true);
+    std::jthread others([&] { decodeAllOf(false); });
+    decodeAllOf(true);
 }
 
 const PixelImage* pictureOf(const ImageCache& cache, std::string_view name) {
@@ -140,28 +140,28 @@ const PixelImage* pictureOf(const ImageCache& cache, std::string_view name) {
     return found == cache.pictures.end() ? nullptr : found->second.get();
 }
 
-// The beat lamp is no toggle in the table; its lit picture is known only here.
+// The beat lamp is not a toggle, so the control table does not name its lit picture.
 std::string_view alternateName(const ControlRow& row) noexcept {
     if (isToggle(row) && !row.imageOn.empty()) {
         return row.imageOn;
     }
-    if (row.name == "bin_001" || row.image == "BIN_off.PNG") {
+    if (isBeatLamp(row)) {
         return "BIN_onPNG.PNG";
     }
     return {};
 }
 
-// A card in the dialog fills most of the window's height, far more than its share of the layout.
-void wantCardImages(WantedPictures& wanted, double largestScale) {
+// The card dialog shows a card larger than its size in the layout: it fills most of the window.
+void addCardImages(PictureScales& scales, double largestScale) {
     constexpr double kCardPixels = 2540.0; // height of the card's picture
     const Size layout = layoutSize();
     const PanelRects rects = panelRects(static_cast<int>(layout.width * largestScale),
                                         static_cast<int>(layout.height * largestScale), 0.0);
     const int height = std::max(rects.dialogCard.height(), rects.readerCard.height());
     const double scale = height / kCardPixels;
-    want(wanted, kCard, scale);
-    want(wanted, kHole, scale);
-    want(wanted, kPlate, largestScale);
+    addPicture(scales, kCard, scale);
+    addPicture(scales, kHole, scale);
+    addPicture(scales, kPlate, largestScale);
 }
 
 } // namespace
@@ -174,7 +174,7 @@ ImageCache& imageCache() noexcept {
 std::unique_ptr<PixelImage> loadImageAsset(std::string_view name, double largestScale) {
     const Size native = pngSize(findAsset(name).span());
     const int count = halvings(native.width, native.height, largestScale);
-    const PictureFile smallest = findPicture(name, count);
+    const PictureFile smallest = findPicture(name, count); // may be halved already by the build
     if (smallest.file.size < 1) {
         return nullptr;
     }
@@ -183,7 +183,7 @@ std::unique_ptr<PixelImage> loadImageAsset(std::string_view name, double largest
             std::make_unique<PixelImage>(decode(smallest.file.span(), count - smallest.halvings));
         return picture->width > 0 ? std::move(picture) : nullptr;
     } catch (const std::bad_alloc&) {
-        return nullptr; // drawn without, as every picture that cannot be decoded
+        return nullptr; // the panel is drawn without it
     }
 }
 
@@ -191,15 +191,15 @@ void loadPanelImages(double largestScale) {
     ImageCache& cache = imageCache();
     releasePanelImages();
     cache.largestScale = largestScale;
-    WantedPictures wanted;
+    PictureScales scales;
     for (const ControlRow& row : controlRows()) {
         if (row.visible != 0) {
-            want(wanted, row.image, largestScale);
-            want(wanted, alternateName(row), largestScale);
+            addPicture(scales, row.image, largestScale);
+            addPicture(scales, alternateName(row), largestScale);
         }
     }
-    wantCardImages(wanted, largestScale);
-    decodeAll(wanted, cache);
+    addCardImages(scales, largestScale);
+    decodeAll(scales, cache);
 
     const auto rows = controlRows();
     for (std::size_t index = 0; index < rows.size(); ++index) {
@@ -220,7 +220,7 @@ void ensurePanelImages(double scale) {
 }
 
 void releasePanelImages() noexcept {
-    clearScaledPictures(); // which are known by their pictures
+    clearScaledPictures(); // they refer to the pictures
     imageCache() = ImageCache{};
 }
 
@@ -229,7 +229,7 @@ HICON createAppIcon(int width, int height) {
     if (image.empty()) {
         return nullptr;
     }
-    // The system only reads the bytes, though its parameter is not const.
+    // The function only reads the bytes, although its parameter is not const.
     auto* bytes = const_cast<BYTE*>(reinterpret_cast<const BYTE*>(image.data()));
     constexpr DWORD kIconVersion = 0x00030000;
     return CreateIconFromResourceEx(bytes, static_cast<DWORD>(image.size()), TRUE, kIconVersion,

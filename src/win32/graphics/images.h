@@ -14,42 +14,47 @@
 
 namespace percussomatic {
 
-// The panel's pictures, decoded from the embedded files. Each file is decoded once, whoever shows
-// it, and kept only as large as this screen can ever show it: at native size the panel would take
-// half a gigabyte. GUI thread.
+// The panel's pictures, decoded from the embedded files. Each file is decoded once and kept only as
+// large as this screen can show it: at native size the panel would take half a gigabyte. GUI
+// thread.
 
-// The two pictures of a control; null where there is none.
+// The pictures of a control; null if there is none.
 struct ImagePair {
     const PixelImage* normal = nullptr;
-    const PixelImage* alternate = nullptr; // the lit one
+    const PixelImage* alternate = nullptr; // lit
 };
 
 struct ImageCache {
     std::map<std::string, std::unique_ptr<PixelImage>, std::less<>> pictures; // by asset name
-    std::array<ImagePair, kControlCount> pairs{};
-    // Of punch cards: the card, one hole, and the reader's plate that covers a card behind it.
+    std::array<ImagePair, kControlCount> pairs{}; // by row of the control table
+    // Punch cards: the card, one hole, and the reader's plate, which covers a card behind it.
     const PixelImage* cardImage = nullptr;
     const PixelImage* holeImage = nullptr;
     const PixelImage* readerFrontImage = nullptr;
-    double largestScale = 0.0; // client pixels per layout unit that the pictures are good for
+    double largestScale = 0.0; // client pixels per layout unit up to which the pictures are sharp
+
+    const ImagePair& pair(int index) const noexcept {
+        return pairs[static_cast<std::size_t>(index)];
+    }
 };
 
 ImageCache& imageCache() noexcept;
 
-// Decodes the picture and reduces it for `largestScale`. Null when there is no such file or it
-// cannot be decoded.
+// Decodes the picture and halves it as often as `largestScale` (client pixels per layout unit)
+// allows. Null if there is no such file or it cannot be decoded. Any thread.
 std::unique_ptr<PixelImage> loadImageAsset(std::string_view name, double largestScale);
 
-// Fills the cache for all visible controls and the cards; what was in it is released. May run on
-// any one thread while no other looks into the cache.
+// Replaces the content of the cache by the pictures of all visible controls and of the cards. May
+// run on any thread while no other uses the cache.
 void loadPanelImages(double largestScale);
 
-// Decodes again what is too small for this scale.
+// Reloads the cache if its pictures are too small for the scale.
 void ensurePanelImages(double scale);
 
 void releasePanelImages() noexcept;
 
-// The program's icon in the size of the embedded file that comes closest; null if there is none.
+// The program's icon, made from the embedded image of the closest size; null on failure. The caller
+// destroys it.
 HICON createAppIcon(int width, int height);
 
 } // namespace percussomatic

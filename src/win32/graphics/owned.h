@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -10,7 +11,7 @@
 namespace percussomatic {
 
 #ifdef PERCUSSOMATIC_COUNT_OWNED
-// Test builds count what is owned: not every system can tell how many of its objects are in use.
+// Test builds count live objects, because Wine does not report how many are in use.
 inline std::atomic<int> ownedObjects = 0;
 inline void countOwned(int change) noexcept {
     ownedObjects += change;
@@ -19,7 +20,7 @@ inline void countOwned(int change) noexcept {
 inline void countOwned(int) noexcept {}
 #endif
 
-// One object of the system, released with its owner: a font, a brush, an icon, a GDI+ object.
+// Owning handle of a system object such as a font, a brush, an icon or a GDI+ object. Movable.
 template <typename Handle, auto release>
 class Owned {
 public:

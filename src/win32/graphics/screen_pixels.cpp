@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "win32/graphics/screen_pixels.h"
 
 #include <cstddef>
@@ -17,7 +18,7 @@ bool ScreenPixels::fit(Size client) {
     BITMAPINFO format{};
     format.bmiHeader.biSize = sizeof format.bmiHeader;
     format.bmiHeader.biWidth = client.width;
-    format.bmiHeader.biHeight = -client.height; // the first row is the uppermost
+    format.bmiHeader.biHeight = -client.height; // negative: top-down rows
     format.bmiHeader.biPlanes = 1;
     format.bmiHeader.biBitCount = 32;
     void* pixels = nullptr;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "graphics/pixel_image.h"
@@ -9,12 +10,14 @@
 
 namespace percussomatic {
 
-// The client area as it is composed off-screen: one bitmap of the system's that is kept from paint
-// to paint, so that a repaint allocates nothing and reaches the window by a plain copy. It only
-// grows: fresh memory costs more than the painting. GUI thread.
+// Off-screen back buffer of the client area: a DIB section that is reused from paint to paint, so
+// that a repaint allocates nothing and reaches the window by a plain copy. It only grows, because
+// touching fresh memory costs more than painting. GUI thread.
 class ScreenPixels {
 public:
-    bool fit(Size client); // content undefined when the size has changed; false without
+    // Sets the size; the content is then undefined. False if the size is empty or there is no
+    // memory.
+    bool fit(Size client);
     void release() noexcept;
 
     PixelView view() const noexcept { return view_; }
@@ -22,17 +25,18 @@ public:
 
 private:
     Owned<HBITMAP, DeleteObject> bitmap_;
-    Owned<HDC, DeleteDC> dc_; // goes first: it holds the bitmap
+    Owned<HDC, DeleteDC> dc_; // destroyed first, because the bitmap is selected into it
     PixelView view_{};
-    int rows_ = 0; // of the bitmap; its columns are the view's stride
+    int rows_ = 0; // height of the bitmap; its width is the view's stride
 };
 
 ScreenPixels& screenPixels() noexcept;
 
-// What has to be painted again; empty when nothing has. To be asked before BeginPaint.
+// The rectangles of the window's update region; empty if it is valid. Call before BeginPaint, which
+// validates it.
 std::vector<PixelRect> invalidRects(HWND window);
 
 PixelRect pixelRect(const RECT& rect) noexcept;
-PixelRect boundsOf(const std::vector<PixelRect>& rects) noexcept; // 0 x 0 for none
+PixelRect boundsOf(const std::vector<PixelRect>& rects) noexcept; // 0 x 0 if empty
 
 } // namespace percussomatic

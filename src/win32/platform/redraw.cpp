@@ -23,7 +23,7 @@ double clientScale() noexcept {
     return windowScale(window());
 }
 
-void mark(const PixelRect& area, Repaint when) {
+void invalidate(const PixelRect& area, Repaint when) {
     const RECT dirty{area.left, area.top, area.right, area.bottom};
     if (window() != nullptr) {
         RedrawWindow(window(), &dirty, nullptr,
@@ -32,7 +32,7 @@ void mark(const PixelRect& area, Repaint when) {
 }
 
 void redraw(const PixelRect& rect, Repaint when) {
-    mark(inflated(rect, kRedrawMargin), when);
+    invalidate(inflated(rect, kRedrawMargin), when);
 }
 
 } // namespace
@@ -70,11 +70,11 @@ void redrawPanel() {
 }
 
 void redrawCardDialog() {
-    mark(cardDialogArea(cardPanelRects(mainClient())), Repaint::now);
+    invalidate(cardDialogArea(cardPanelRects(mainClient())), Repaint::now);
 }
 
 void redrawReader() {
-    mark(cardPanelRects(mainClient()).reader, Repaint::later);
+    invalidate(cardPanelRects(mainClient()).reader, Repaint::later);
 }
 
 void flushPainting() {

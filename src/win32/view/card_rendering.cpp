@@ -44,7 +44,7 @@ void drawCardTitle(GpGraphics* graphics, const PixelRect& rect, std::wstring_vie
               .style = FontStyleBold,
               .sizePixels = static_cast<float>(width * 0.075 + 2.0 * displayDpi() / kDesignDpi),
               .argb = kCardTitle,
-              .oneLine = true});
+              .singleLine = true});
 }
 
 void punchHoles(PixelImage& image, const Pattern& pattern) {
@@ -69,19 +69,19 @@ void punchHoles(PixelImage& image, const Pattern& pattern) {
     }
 }
 
-// A card with its title and holes as it was last drawn in one place. It is drawn anew when
-// something about it changes, not with every step of the way through the reader.
-struct DrawnCard {
+// Cached picture of a card with its title and holes. Redrawn only if the card changes, not with
+// every frame of its way through the reader.
+struct CachedCard {
     int slot = -1;
     std::wstring title;
     bool used = false;
     Pattern pattern;
     PixelImage image;
 
-    const PixelImage& inSize(int shownSlot, int width, int height);
+    const PixelImage& drawn(int shownSlot, int width, int height);
 };
 
-const PixelImage& DrawnCard::inSize(int shownSlot, int width, int height) {
+const PixelImage& CachedCard::drawn(int shownSlot, int width, int height) {
     const PunchCard& card = cardPanel().slot(shownSlot);
     const std::wstring shownTitle = cardLabel(card, shownSlot);
     if (slot == shownSlot && title == shownTitle && used == card.used &&
@@ -108,25 +108,25 @@ const PixelImage& DrawnCard::inSize(int shownSlot, int width, int height) {
     return image;
 }
 
-void putCard(const Canvas& canvas, DrawnCard& drawn, const PixelRect& rect, int slot) {
-    canvas.put(drawn.inSize(slot, rect.width(), rect.height()), rect.left, rect.top);
+void drawCard(const Canvas& canvas, CachedCard& card, const PixelRect& rect, int slot) {
+    canvas.draw(card.drawn(slot, rect.width(), rect.height()), rect.left, rect.top);
 }
 
 } // namespace
 
 PixelRect cardDialogArea(const PanelRects& rects) noexcept {
-    // In a small window the row of buttons is wider than the dialog.
+    // In a small window, the row of buttons is wider than the dialog.
     const PixelRect buttons = united(rects.title, rects.load);
     return inflated(united(united(rects.dialog, buttons), shadowOf(rects.dialog)), kRedrawMargin);
 }
 
 void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
-    if (!canvas.shows(cardDialogArea(rects))) {
+    if (!canvas.intersects(cardDialogArea(rects))) {
         return;
     }
     const int slot = cardPanel().dialogSlot;
     const PunchCard& card = cardPanel().slot(slot);
-    // The rest of the shadow would lie under the dialog, which lets nothing through.
+    // Only the right and lower edge of the shadow: the dialog is opaque and covers the rest.
     const PixelRect shadow = shadowOf(rects.dialog);
     canvas.fill({rects.dialog.right, shadow.top, shadow.right, shadow.bottom}, kShadow);
     canvas.fill({shadow.left, rects.dialog.bottom, rects.dialog.right, shadow.bottom}, kShadow);
@@ -139,19 +139,19 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
         header += L" - EMPTY";
     }
     const auto text = [&](const PixelRect& rect, std::wstring_view words, float size) {
-        if (canvas.shows(rect)) {
+        if (canvas.intersects(rect)) {
             drawCenteredText(canvas, words, rect, scaledForDpi(size), kDialogText);
         }
     };
     text({rects.dialog.left, rects.dialog.top, rects.dialog.right, rects.dialog.top + headerHeight},
          header, 18);
-    static DrawnCard drawn;
-    putCard(canvas, drawn, rects.dialogCard, slot);
+    static CachedCard cached;
+    drawCard(canvas, cached, rects.dialogCard, slot);
     text(rects.previousCard, L"\u25C0", 34);
     text(rects.nextCard, L"\u25B6", 34);
     const auto button = [&](const PixelRect& rect, std::wstring_view caption, float size,
                             std::uint32_t colour) {
-        if (canvas.shows(rect)) {
+        if (canvas.intersects(rect)) {
             drawBox(canvas, rect, caption, scaledForDpi(size), {kButtonFill, kButtonEdge, colour});
         }
     };
@@ -162,24 +162,24 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
 }
 
 void paintReader(Canvas& canvas, const PanelRects& rects, double scale) {
-    if (!canvas.shows(rects.reader)) {
+    if (!canvas.intersects(rects.reader)) {
         return;
     }
-    // Cut to the reader, of which the region may be a part.
-    const PixelRect seen = intersected(rects.reader, canvas.region());
-    if (seen.width() > 0) {
-        const Canvas reader(canvas.pixels().part(canvas.place(seen)), seen);
-        static DrawnCard drawn;
+    // The card is clipped to the reader's opening.
+    const PixelRect clip = intersected(rects.reader, canvas.region());
+    if (clip.width() > 0) {
+        const Canvas reader(canvas.pixels().part(canvas.toLocal(clip)), clip);
+        static CachedCard cached;
         const CardPanel& cards = cardPanel();
-        putCard(reader, drawn, rects.readerCard,
-                cards.insertingCard ? cards.insertSlot : cards.insertedSlot);
+        drawCard(reader, cached, rects.readerCard,
+                 cards.insertingCard ? cards.insertSlot : cards.insertedSlot);
     }
 
     const PixelImage* plate = imageCache().readerFrontImage;
     const int row = findControl(control::kReaderPlate);
     if (plate != nullptr && row != kNoControl) {
         const PixelRect rect = controlClientRect(row, scale);
-        canvas.put(cachedScaled(*plate, rect.width(), rect.height()), rect.left, rect.top);
+        canvas.draw(cachedScaled(*plate, rect.width(), rect.height()), rect.left, rect.top);
     }
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "panel/panel_rects.h"
@@ -5,15 +6,15 @@
 
 namespace percussomatic {
 
-// Punch cards as they are seen: in the dialog and in the reader. Reads the cards and writes
-// nothing. GUI thread.
+// Draws punch cards, in the card dialog and in the reader. Only reads the state. GUI thread.
 
-// The dialog and its shadow: what to paint again when it changes.
+// The area to repaint when the dialog changes: the dialog, its buttons and its shadow.
 PixelRect cardDialogArea(const PanelRects& rects) noexcept;
 
 void paintCardDialog(Canvas& canvas, const PanelRects& rects);
 
-// A card in the reader, and over it the reader's plate, so that the card seems to pass behind.
+// Draws the card in the reader, then the reader's plate over it, so that the card passes behind the
+// plate. `scale` is client pixels per layout unit.
 void paintReader(Canvas& canvas, const PanelRects& rects, double scale);
 
 } // namespace percussomatic

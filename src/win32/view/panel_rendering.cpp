@@ -33,14 +33,14 @@ constexpr std::uint32_t kBoxFill = 0x9B0F1214, kBoxEdge = 0xAFB4B4B4;
 constexpr std::uint32_t kBoxText = 0xDCEBEBEB, kBoxTextOn = 0xE687EB9B;
 constexpr std::uint32_t kTempoInternal = 0xFFFFFF00, kTempoExternal = 0xFF00FF00;
 
-// The static pictures at the present client size.
+// The static pictures at the current client size.
 PixelImage& backgroundCache() noexcept {
     static PixelImage cache;
     return cache;
 }
 
-// What is left of rectangles beside one that hides a part of them.
-std::vector<PixelRect> beside(const PixelRect& cover, const std::vector<PixelRect>& rects) {
+// The parts of the rectangles outside `cover`.
+std::vector<PixelRect> subtracted(const std::vector<PixelRect>& rects, const PixelRect& cover) {
     std::vector<PixelRect> parts;
     for (const PixelRect& rect : rects) {
         const int top = std::clamp(cover.top, rect.top, rect.bottom);
@@ -60,11 +60,11 @@ std::vector<PixelRect> beside(const PixelRect& cover, const std::vector<PixelRec
 }
 
 struct StaticPicture {
-    const PixelImage* picture; // null for the ground
+    const PixelImage* picture; // null for the plain background
     PixelRect rect;
 };
 
-// In their order. Each replaces what lies beneath it, transparent pixels and all.
+// Bottom to top. Each replaces the pixels under it, even where it is transparent.
 std::vector<StaticPicture> staticPictures(const PixelImage& cache, double scale) {
     std::vector<StaticPicture> layers{{nullptr, {0, 0, cache.width, cache.height}}};
     const auto inPixels = [scale](int units) { return static_cast<int>(units * scale + 0.5); };
@@ -81,15 +81,15 @@ std::vector<StaticPicture> staticPictures(const PixelImage& cache, double scale)
     return layers;
 }
 
-// Puts them on a part of the panel. Nothing is drawn where a later one lies over it.
-void putStaticPictures(const std::vector<StaticPicture>& layers, PixelImage& cache,
-                       const PixelRect& area) {
+// Draws the pictures within `area`, leaving out what later ones cover.
+void drawStaticPictures(const std::vector<StaticPicture>& layers, PixelImage& cache,
+                        const PixelRect& area) {
     for (auto layer = layers.begin(); layer != layers.end(); ++layer) {
-        std::vector<PixelRect> seen{intersected(layer->rect, area)};
-        for (auto over = layer + 1; over != layers.end(); ++over) {
-            seen = beside(over->rect, seen);
+        std::vector<PixelRect> parts{intersected(layer->rect, area)};
+        for (auto cover = layer + 1; cover != layers.end(); ++cover) {
+            parts = subtracted(parts, cover->rect);
         }
-        for (const PixelRect& part : seen) {
+        for (const PixelRect& part : parts) {
             const PixelView view = viewOf(cache).part(part);
             if (layer->picture == nullptr) {
                 fillPixels({0, 0, view.width, view.height}, kBackground, view);
@@ -103,27 +103,28 @@ void putStaticPictures(const std::vector<StaticPicture>& layers, PixelImage& cac
     }
 }
 
-// A knob. Turned from twice its size, or the system's filter would leave its edges jagged.
+// Rotates the dial from a copy of twice the size shown, because the filter of GDI+ would otherwise
+// leave jagged edges.
 void paintRotary(Canvas& canvas, const PixelImage& picture, const PixelRect& rect, double value) {
-    constexpr double kFullTurnDeg = 300.0;
-    const PixelImage& knob = cachedScaled(picture, std::min(picture.width, 2 * rect.width()),
+    constexpr double kSweepDeg = 300.0;
+    const PixelImage& dial = cachedScaled(picture, std::min(picture.width, 2 * rect.width()),
                                           std::min(picture.height, 2 * rect.height()));
-    drawTurned(canvas.graphics(), knob, canvas.place(rect), value * kFullTurnDeg);
+    drawRotated(canvas.graphics(), dial, canvas.toLocal(rect), value * kSweepDeg);
 }
 
-// What the card dialog lets nothing be seen of; empty while it is closed.
-PixelRect hiddenArea(Size client) noexcept {
+// The area that the opaque card dialog covers; empty while it is closed.
+PixelRect coveredArea(Size client) noexcept {
     return cardPanel().cardsDialogOpen ? cardPanelRects(client).dialog : PixelRect{};
 }
 
-void paintControls(Canvas& canvas, double scale, const PixelRect& hidden) {
+void paintControls(Canvas& canvas, double scale, const PixelRect& covered) {
     for (int index = 0; index < kControlCount; ++index) {
         if (!isInteractive(controlRow(index))) {
             continue;
         }
         const PixelRect rect = controlClientRect(index, scale);
-        const PixelRect reach = inflated(rect, rect.width() / 4); // of a dial that is turned
-        if (!overlap(rect, canvas.region()) || intersected(reach, hidden) == reach) {
+        const PixelRect bounds = inflated(rect, rect.width() / 4); // of a rotated dial, too
+        if (!overlap(rect, canvas.region()) || intersected(bounds, covered) == bounds) {
             continue;
         }
         const PixelImage* picture = imageFor(index);
@@ -133,7 +134,7 @@ void paintControls(Canvas& canvas, double scale, const PixelRect& hidden) {
         if (const RotaryState* rotary = rotaryState(index); rotary != nullptr) {
             paintRotary(canvas, *picture, rect, rotary->value);
         } else {
-            canvas.put(cachedScaled(*picture, rect.width(), rect.height()), rect.left, rect.top);
+            canvas.draw(cachedScaled(*picture, rect.width(), rect.height()), rect.left, rect.top);
         }
     }
 }
@@ -142,7 +143,7 @@ void paintStrip(Canvas& canvas, const PanelRects& rects) {
     const Sequencer& now = sequencer();
     const auto box = [&](const PixelRect& rect, std::wstring_view text, float size,
                          std::uint32_t colour) {
-        if (canvas.shows(rect)) {
+        if (canvas.intersects(rect)) {
             drawBox(canvas, rect, text, scaledForDpi(size), {kBoxFill, kBoxEdge, colour});
         }
     };
@@ -155,8 +156,9 @@ void paintStrip(Canvas& canvas, const PanelRects& rects) {
     box(rects.cards, L"CARDS", 13, kBoxText);
     const bool portOpen = midiInputContext().input != nullptr;
     box(rects.midi, L"MIDI", 13, portOpen ? kBoxTextOn : kBoxText);
-    // Asking the engine may wait for a block being rendered: only where it is seen.
-    const bool effectOn = canvas.shows(rects.effects) && soundEngine().isEffectEnabled();
+    // The engine is asked only if the box is repainted, because the call may wait for a block that
+    // is being rendered.
+    const bool effectOn = canvas.intersects(rects.effects) && soundEngine().isEffectEnabled();
     box(rects.effects, L"EFFECTS", 13, effectOn ? kBoxTextOn : kBoxText);
 }
 
@@ -188,19 +190,18 @@ const PixelImage* imageFor(int index) noexcept {
     if (index < 0 || index >= kControlCount) {
         return nullptr;
     }
-    const ImagePair& pair = imageCache().pairs[static_cast<std::size_t>(index)];
+    const ImagePair& pair = imageCache().pair(index);
     return pair.alternate != nullptr && controlLit(index) ? pair.alternate : pair.normal;
 }
 
 void rebuildBackgroundCache(HWND window) {
-    // Its memory is kept: that costs more than to fill it.
     PixelImage& cache = backgroundCache();
     clearScaledPictures();
-    const Size client = clientSize(window);
-    cache.width = std::max<int>(0, client.width);
-    cache.height = std::max<int>(0, client.height);
-    cache.pixels.resize(static_cast<std::size_t>(cache.width) *
-                        static_cast<std::size_t>(cache.height));
+    const Size client = clientSize(window); // never negative
+    cache.width = client.width;
+    cache.height = client.height;
+    // Keeps the allocation, because touching fresh memory takes longer than filling it.
+    cache.pixels.resize(static_cast<std::size_t>(cache.width * cache.height));
     if (client.width <= 0 || client.height <= 0) {
         return;
     }
@@ -209,9 +210,9 @@ void rebuildBackgroundCache(HWND window) {
     const std::vector<StaticPicture> layers = staticPictures(cache, scale);
     const int middle = cache.height / 2;
     std::jthread lower([&] {
-        putStaticPictures(layers, cache, {0, middle, cache.width, cache.height});
+        drawStaticPictures(layers, cache, {0, middle, cache.width, cache.height});
     });
-    putStaticPictures(layers, cache, {0, 0, cache.width, middle});
+    drawStaticPictures(layers, cache, {0, 0, cache.width, middle});
 }
 
 bool backgroundFits(Size client) noexcept {
@@ -230,7 +231,7 @@ void paintPanel(HWND window) {
     HDC dc = BeginPaint(window, &paint);
     if (const PixelRect all = pixelRect(paint.rcPaint);
         boundsOf(regions) != united(boundsOf(regions), all)) {
-        regions = {all}; // more has become invalid meanwhile
+        regions = {all}; // the update region has grown between the two calls
     }
     const Size client = clientSize(window);
     if (!backgroundFits(client)) {
@@ -246,7 +247,7 @@ void paintPanel(HWND window) {
             BitBlt(dc, region.left, region.top, region.width(), region.height(), screen.dc(),
                    region.left, region.top, SRCCOPY);
         }
-        GdiFlush(); // before the next paint writes there again
+        GdiFlush(); // the next paint writes to the bitmap directly
     }
     EndPaint(window, &paint);
 }
@@ -254,11 +255,11 @@ void paintPanel(HWND window) {
 void composePanel(const PixelView& pixels, const PixelRect& region, Size client) {
     const double scale = viewScale(client);
     Canvas canvas(pixels, region);
-    const PixelRect hidden = hiddenArea(client);
-    for (const PixelRect& part : beside(hidden, {region})) {
-        copyPixels(backgroundCache(), -part.left, -part.top, pixels.part(canvas.place(part)));
+    const PixelRect covered = coveredArea(client);
+    for (const PixelRect& part : subtracted({region}, covered)) {
+        copyPixels(backgroundCache(), -part.left, -part.top, pixels.part(canvas.toLocal(part)));
     }
-    paintControls(canvas, scale, hidden);
+    paintControls(canvas, scale, covered);
     paintOverlay(canvas, client, scale);
 }
 

@@ -7,29 +7,28 @@
 
 namespace percussomatic {
 
-// Everything the main window shows. Reads every state record and writes none but its own background
-// cache: the static pictures at the present client size, under the controls of every paint. GUI
-// thread.
+// Draws the content of the main window. Only reads the state records; its own state is the
+// background cache, which holds the static pictures at the current client size. GUI thread.
 
-// In pixels; 0 x 0 without a window.
+// In pixels; 0 x 0 if the window is null.
 Size clientSize(HWND window) noexcept;
 
-// Client pixels per layout unit of the window.
+// Client pixels per layout unit.
 double windowScale(HWND window) noexcept;
 
-// The picture a control shows now, or null.
+// The picture that shows the control in its current state; null if there is none.
 const PixelImage* imageFor(int index) noexcept;
 
-// Fills the background anew, half of it on a thread that ends with the call.
+// Redraws the background at the window's client size, half of it on a second thread that ends
+// before the function returns.
 void rebuildBackgroundCache(HWND window);
-bool backgroundFits(Size client) noexcept;
+bool backgroundFits(Size client) noexcept; // false if it must be rebuilt
 void releaseBackgroundCache() noexcept;
 
-// Composes every rectangle that is invalid off-screen and copies it to the window: the WM_PAINT
-// handler.
+// The WM_PAINT handler: composes every invalid rectangle off-screen and copies it to the window.
 void paintPanel(HWND window);
 
-// The same for any region of a client area, into pixels of the region's size.
+// Composes a region of a client area into `pixels`, which has the region's size.
 void composePanel(const PixelView& pixels, const PixelRect& region, Size client);
 
 } // namespace percussomatic
