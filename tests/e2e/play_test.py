@@ -202,7 +202,7 @@ class Device(ProgramTestCase):
         server.start()
         player = self.start(PULSE_SERVER=server.address)
         ABOUT.open_by(player, "INFO")
-        self.assertIn("device open", ABOUT.texts())
+        self.assertIn("open", ABOUT.texts())
         ABOUT.close(player, "Escape")
         self.set_rhythm(player)
         player.click(START_STOP)
@@ -212,7 +212,7 @@ class Device(ProgramTestCase):
         wait_until(lambda: "no device, looking for one" in ABOUT.texts(), "the loss of the device", 5)
         server.start()
         wait_until(server.is_audible, "the rhythm to return", 15)
-        wait_until(lambda: "device open" in ABOUT.texts(), "the new state in the window")
+        wait_until(lambda: "open" in ABOUT.texts(), "the new state in the window")
         ABOUT.close(player, "Escape")
         self.assertEqual(player.close(), 0)
 

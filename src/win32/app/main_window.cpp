@@ -49,7 +49,7 @@ Key keyOf(WPARAM virtualKey) noexcept {
     }
 }
 
-// Shift or Control, when the message being handled was posted.
+// Whether Shift or Control was down when the message being handled was posted.
 bool isDown(int virtualKey) noexcept {
     return GetKeyState(virtualKey) < 0;
 }
@@ -67,7 +67,7 @@ void resizeWindow(HWND window) {
     const int centreX = old.left + (old.right - old.left) / 2;
     const int centreY = old.top + (old.bottom - old.top) / 2;
     const SIZE size = panelSizeAt(layoutScale());
-    serveWaitingSteps(); // the system takes its time
+    handlePendingSteps(); // resizing is slow
     SetWindowPos(window, nullptr, centreX - size.cx / 2, centreY - size.cy / 2, size.cx, size.cy,
                  SWP_NOZORDER);
 }
@@ -127,7 +127,7 @@ void carryOut(HWND window, const InputResult& result) {
     }
 }
 
-// Carries out what the core asks for. False leaves the message to the system.
+// Carries out the request. False if the message is left to DefWindowProcW.
 bool handled(HWND window, const InputResult& result) {
     carryOut(window, result);
     return result.request != Request::defaultHandling;
@@ -135,7 +135,7 @@ bool handled(HWND window, const InputResult& result) {
 
 bool mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
     const WORD keys = GET_KEYSTATE_WPARAM(wParam);
-    POINT point{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}; // of the screen
+    POINT point{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}; // screen coordinates
     ScreenToClient(window, &point);
     return handled(window, turnWheelAt({point.x, point.y}, clientSize(window),
                                        {.delta = GET_WHEEL_DELTA_WPARAM(wParam),
@@ -170,31 +170,32 @@ void midiNotify(WPARAM wParam, LPARAM lParam) {
 }
 
 void resized(HWND window) {
-    serveWaitingSteps(); // painting a step rebuilds the background, too
+    handlePendingSteps(); // may repaint and so rebuild the background already
     if (!backgroundFits(clientSize(window))) {
         rebuildBackgroundCache(window);
     }
-    serveWaitingSteps();
+    handlePendingSteps();
     placeReaderCard(clientSize(window));
     InvalidateRect(window, nullptr, FALSE);
 }
 
-// Ends the process if shutting down takes longer: a driver that has stopped answering may never
-// return from a call. Cards and settings are on the disk by then, so nothing is lost.
-class ShutdownLimit {
+// Terminates the process if shutdown takes longer than a second: a call of a driver that has
+// stopped responding may never return. Cards and settings have been written by then.
+class ShutdownWatchdog {
 public:
-    ShutdownLimit() {
-        CreateTimerQueueTimer(&timer_, nullptr, endProcess, nullptr, kMs, 0, WT_EXECUTEONLYONCE);
+    ShutdownWatchdog() {
+        CreateTimerQueueTimer(&timer_, nullptr, terminate, nullptr, kTimeoutMs, 0,
+                              WT_EXECUTEONLYONCE);
     }
-    ~ShutdownLimit() { DeleteTimerQueueTimer(nullptr, timer_, INVALID_HANDLE_VALUE); }
-    ShutdownLimit(const ShutdownLimit&) = delete;
-    ShutdownLimit& operator=(const ShutdownLimit&) = delete;
+    ~ShutdownWatchdog() { DeleteTimerQueueTimer(nullptr, timer_, INVALID_HANDLE_VALUE); }
+    ShutdownWatchdog(const ShutdownWatchdog&) = delete;
+    ShutdownWatchdog& operator=(const ShutdownWatchdog&) = delete;
 
 private:
-    static constexpr DWORD kMs = 1000;
+    static constexpr DWORD kTimeoutMs = 1000;
 
-    static void CALLBACK endProcess(void* /*context*/, BOOLEAN /*fired*/) {
-        TerminateProcess(GetCurrentProcess(), 0); // unlike ExitProcess, waits for no driver
+    static void CALLBACK terminate(void* /*context*/, BOOLEAN /*fired*/) {
+        TerminateProcess(GetCurrentProcess(), 0); // unlike ExitProcess, does not wait for drivers
     }
 
     HANDLE timer_ = nullptr;
@@ -203,7 +204,7 @@ private:
 void shutDown(HWND window) {
     setMainWindow(nullptr);
     finishSaving();
-    const ShutdownLimit limit;
+    const ShutdownWatchdog watchdog;
     destroyAboutWindow();
     clockStop();
     KillTimer(window, static_cast<UINT_PTR>(WindowTimer::powerOff));
@@ -256,7 +257,7 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         }
         break;
     case kMidiNotifyMessage:
-        serveWaitingSteps(); // ahead of a flood of controller messages
+        handlePendingSteps(); // a flood of controller messages must not delay steps
         midiNotify(wParam, lParam);
         return 0;
     case kStepTickMessage:
@@ -265,7 +266,7 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case kCardProblemMessage:
         showSavingProblems();
         return 0;
-    case WM_ENDSESSION: // after the return the process may end at any time
+    case WM_ENDSESSION: // the system may end the process as soon as this returns
         if (wParam != FALSE) {
             DestroyWindow(window);
         }

@@ -5,14 +5,14 @@
 
 namespace percussomatic {
 
-// The panel's window. Its procedure turns messages of the system into calls of the core and carries
-// out what those ask for; it decides nothing. GUI thread.
+// The panel's window. Its procedure translates window messages into calls of the core and carries
+// out the requests that they return; it takes no decisions. GUI thread.
 
 inline constexpr wchar_t kMainWindowClass[] = L"LumivardaLayoutPreviewWindow";
 
 LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Size in pixels of a panel at this layout scale on the main screen.
+// Size in pixels of the panel at a layout scale (0..1) on the primary screen.
 SIZE panelSizeAt(double scale) noexcept;
 
 } // namespace percussomatic

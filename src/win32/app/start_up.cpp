@@ -46,7 +46,7 @@ private:
 
 using Icon = Owned<HICON, DestroyIcon>;
 
-// The panel's pictures and background, which must be gone before GDI+ is.
+// Releases the panel's pictures and background, which must happen before GDI+ shuts down.
 struct PanelPictures {
     PanelPictures() = default;
     PanelPictures(const PanelPictures&) = delete;
@@ -77,7 +77,7 @@ void registerWindowClass(HINSTANCE instance, HICON icon) {
 
 void startSound() {
     SoundEngine& engine = soundEngine();
-    waveOut().start(); // without a device the instrument runs silently
+    waveOut().start(); // a failure is not fatal: the program runs silently and retries
     selectPreset(0);
     engine.setEffectEnabled(false);
     for (std::uint32_t index = 0; index < kInstrumentCount; ++index) {
@@ -120,7 +120,7 @@ int runPercussomatic(HINSTANCE instance) {
 
     const PanelPictures pictures;
     const SIZE largest = panelSizeAt(1.0);
-    // Decoding takes longest; until the window needs the pictures it runs beside the rest.
+    // Decoding takes longest, so it runs in parallel until the window needs the pictures.
     std::future<void> decoding =
         std::async(std::launch::async, loadPanelImages, viewScale({largest.cx, largest.cy}));
     removeStaleTemporaries(settingsFile());

@@ -1,11 +1,13 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <windows.h>
 
 namespace percussomatic {
 
-// Brings every room up in its order, runs the message loop and releases what is left. Returns the
-// program's exit code: 1 when the window cannot be created, otherwise 0.
+// Runs the program on the calling thread: initialises every module, runs the message loop until the
+// main window is destroyed, and cleans up. Returns the exit code: 1 if the window cannot be
+// created, otherwise 0.
 int runPercussomatic(HINSTANCE instance);
 
 } // namespace percussomatic

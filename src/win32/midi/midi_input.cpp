@@ -17,8 +17,8 @@ void postConnectionChanged(const MidiInputContext& context, bool opened) {
     }
 }
 
-// Opened and started, or null.
-HMIDIIN startedInput(MidiInputContext& context, UINT deviceId) {
+// Null on failure.
+HMIDIIN openAndStart(MidiInputContext& context, UINT deviceId) {
     HMIDIIN input = nullptr;
     if (midiInOpen(&input, deviceId, reinterpret_cast<DWORD_PTR>(&onMidiInput),
                    reinterpret_cast<DWORD_PTR>(&context), CALLBACK_FUNCTION) != MMSYSERR_NOERROR) {
@@ -56,7 +56,7 @@ bool openMidiInput(MidiInputContext& context, UINT deviceId) {
     if (midiInGetDevCapsW(deviceId, &capabilities, sizeof capabilities) != MMSYSERR_NOERROR) {
         return false;
     }
-    HMIDIIN input = startedInput(context, deviceId);
+    HMIDIIN input = openAndStart(context, deviceId);
     if (input == nullptr) {
         return false;
     }

@@ -12,15 +12,15 @@
 
 namespace percussomatic {
 
-// The one MIDI IN connection of the instrument: lists the ports, opens one of them, and carries
-// what it sends to the GUI thread as posted messages.
+// The MIDI IN connection: lists the ports, opens one of them and posts its messages to the main
+// window.
 //
-// Threads: GUI thread, but for the driver's callback, which reads the notify window and posts.
+// Threads: GUI thread, except the driver's callback, which only reads notifyWindow and posts.
 
 inline constexpr UINT kNoMidiDevice = 0xFFFFFFFF;
 
 struct MidiInputInfo {
-    UINT deviceId = kNoMidiDevice; // the driver's index; a list of them may have gaps
+    UINT deviceId = kNoMidiDevice; // winmm's index; a list may have gaps
     std::wstring name;
 };
 
@@ -28,10 +28,9 @@ struct MidiInputContext {
     std::atomic<HWND> notifyWindow = nullptr; // set once, before a port is opened
     HMIDIIN input = nullptr;
     UINT deviceId = kNoMidiDevice;
-    std::wstring deviceName; // as the driver reports it; empty when no port is open
+    std::wstring deviceName; // as the driver reports it; empty if no port is open
 
-    // The device window and those of its controls that show something; null while it does not
-    // exist.
+    // The device window and its controls with variable content; null while it does not exist.
     HWND deviceWindow = nullptr;
     HWND deviceList = nullptr;
     HWND connectionLine = nullptr;
@@ -43,19 +42,21 @@ struct MidiInputContext {
 
 MidiInputContext& midiInputContext() noexcept;
 
-// Ports whose capabilities cannot be read are left out.
+// Skips ports whose capabilities cannot be read.
 std::vector<MidiInputInfo> enumerateMidiInputs();
 
-// Closes what is open, always, then opens the port. False leaves no port open.
+// Closes the open port, if any, then opens the given one. On failure returns false, with no port
+// open.
 bool openMidiInput(MidiInputContext& context, UINT deviceId);
 void closeMidiInput(MidiInputContext& context);
 
-// "Connected to: ..." in the device window.
+// Updates "Connected to: ..." in the device window. No-op while the window does not exist.
 void refreshConnectionText(const MidiInputContext& context);
 
-// Opens the port of the last run if it is there; if not, the learn line says so.
+// Opens the port of the last session. If that is not connected, the learn line says so.
 void connectSavedMidiInput();
 
+// The driver's callback; `instance` is the MidiInputContext.
 void CALLBACK onMidiInput(HMIDIIN input, UINT message, DWORD_PTR instance, DWORD_PTR firstParameter,
                           DWORD_PTR secondParameter);
 

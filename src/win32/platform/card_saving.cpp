@@ -16,13 +16,13 @@ namespace percussomatic {
 
 namespace {
 
-// The last save; it waits for the one before.
+// The most recent save; each save first joins the one before it.
 std::jthread& lastSave() noexcept {
     static std::jthread thread;
     return thread;
 }
 
-// Failures of saves that the GUI thread has not shown yet.
+// Failed saves that have not been reported to the user yet.
 struct Problems {
     std::mutex mutex;
     std::vector<std::wstring> texts; // guarded by mutex
@@ -47,8 +47,8 @@ void save(const std::filesystem::path& path, const std::string& text, HWND windo
 void saveCardLater(const std::filesystem::path& path, const std::string& text) {
     const HWND window = static_cast<HWND>(mainWindow());
     try {
-        lastSave() = std::jthread([before = std::move(lastSave()), path, text, window]() mutable {
-            before = {}; // joins
+        lastSave() = std::jthread([previous = std::move(lastSave()), path, text, window]() mutable {
+            previous = {}; // joins
             save(path, text, window);
         });
     } catch (const std::system_error&) { // no thread available

@@ -40,8 +40,8 @@ void endClockThread() noexcept {
     timeEndPeriod(1);
 }
 
-// The system's own condition variable: that of the C++ library wakes a millisecond late and counts
-// by the wall clock, which may be set.
+// Uses the Win32 condition variable, because std::condition_variable of MinGW wakes a millisecond
+// late and measures time-outs by the wall clock, which may be changed.
 void waitForWake(std::unique_lock<std::mutex>& lock) {
     sleepUntilWoken(lock, INFINITE);
 }
@@ -51,7 +51,8 @@ void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds) 
 }
 
 void wakeClock() noexcept {
-    // Waits while a sleeper is between releasing its own lock and falling asleep.
+    // Blocks while a waiter has released its own lock but does not sleep yet, so that no wake is
+    // lost.
     AcquireSRWLockExclusive(&wakeLock);
     ReleaseSRWLockExclusive(&wakeLock);
     WakeAllConditionVariable(&wakeCondition);

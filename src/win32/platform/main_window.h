@@ -5,7 +5,7 @@
 
 namespace percussomatic {
 
-// Sets the window that `mainWindow()` returns; null while it is being destroyed. GUI thread.
+// Sets the window that mainWindow() returns; null once it is being destroyed. GUI thread.
 void setMainWindow(HWND window) noexcept;
 
 } // namespace percussomatic

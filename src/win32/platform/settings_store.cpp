@@ -15,11 +15,11 @@ namespace percussomatic {
 
 namespace {
 
-// "Percussomatic.ini" beside the program, through the system's private-profile functions.
+// "Percussomatic.ini" in the program's folder, accessed by the system's private-profile functions.
 
 constexpr char kByteOrderMark[] = "\xFF\xFE"; // UTF-16, little-endian
 
-// The program's folder; the working directory if the system does not tell it.
+// The program's folder; the working directory if that cannot be determined.
 std::filesystem::path settingsFolder() {
     constexpr DWORD kPathCharacters = 260;
     std::array<wchar_t, kPathCharacters> path{};
@@ -30,8 +30,8 @@ std::filesystem::path settingsFolder() {
     return std::filesystem::path(path.data()).parent_path();
 }
 
-// Empty for a file that does not exist; nullopt for one that cannot be read to its end.
-std::optional<std::string> bytesOf(const std::filesystem::path& path) {
+// An empty string if the file does not exist; nullopt if it cannot be read completely.
+std::optional<std::string> readBytes(const std::filesystem::path& path) {
     std::error_code error;
     if (!std::filesystem::exists(path, error) && !error) {
         return std::string();
@@ -44,8 +44,8 @@ std::optional<std::string> bytesOf(const std::filesystem::path& path) {
     return bytes;
 }
 
-// Whether the system's 8-bit code page has every character. Only such text survives in an 8-bit
-// file; any other comes back with question marks.
+// Whether the system's 8-bit code page has every character of the text. An 8-bit file replaces any
+// other character by a question mark.
 bool fitsCodePage(const std::wstring& text) {
     if (text.empty() || GetACP() == CP_UTF8) {
         return true;
@@ -57,25 +57,24 @@ bool fitsCodePage(const std::wstring& text) {
            replaced == FALSE;
 }
 
-std::wstring widened(const std::string& bytes) {
+std::wstring toWide(const std::string& bytes) {
     const int length = static_cast<int>(bytes.size());
     std::wstring text(bytes.size(), L'\0');
-    text.resize(static_cast<std::size_t>(MultiByteToWideChar(
-        CP_ACP, 0, bytes.data(), length, text.data(), static_cast<int>(text.size()))));
-    return text;
+    const int converted = MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, text.data(), length);
+    return text.substr(0, static_cast<unsigned>(converted));
 }
 
-// Converts an 8-bit settings file, or none, to UTF-16. From then on the private-profile functions
-// keep that encoding. False leaves the file as it is.
-bool makeWide() {
-    const std::optional<std::string> bytes = bytesOf(settingsFile());
+// Converts the settings file to UTF-16, or creates an empty one; the private-profile functions keep
+// that encoding. On failure returns false and leaves the file unchanged.
+bool convertToUtf16() {
+    const std::optional<std::string> bytes = readBytes(settingsFile());
     if (!bytes) {
         return false;
     }
     if (bytes->starts_with(kByteOrderMark)) {
         return true;
     }
-    const std::wstring text = bytes->empty() ? std::wstring() : widened(*bytes);
+    const std::wstring text = bytes->empty() ? std::wstring() : toWide(*bytes);
     FileReplacement file(settingsFile());
     file.write(kByteOrderMark);
     file.write({reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)});
@@ -121,8 +120,8 @@ std::wstring readSetting(const std::wstring& section, const std::wstring& key,
 void writeSetting(const std::wstring& section, const std::wstring& key, const std::wstring& value) {
     if (!fitsCodePage(section) || !fitsCodePage(key) || !fitsCodePage(value)) {
         flushSettings();
-        if (!makeWide()) {
-            return; // better no entry in the file than question marks; the value stays in memory
+        if (!convertToUtf16()) {
+            return; // no entry is better than question marks
         }
     }
     WritePrivateProfileStringW(section.c_str(), key.c_str(), value.c_str(), settingsFile().c_str());
@@ -142,7 +141,7 @@ std::optional<std::string> readLegacyMidiMap() {
     if (!std::filesystem::is_regular_file(path, error)) {
         return {};
     }
-    return bytesOf(path);
+    return readBytes(path);
 }
 
 } // namespace percussomatic

@@ -18,7 +18,7 @@ std::int64_t counterNs() noexcept {
     }();
     LARGE_INTEGER counter{};
     QueryPerformanceCounter(&counter);
-    // Whole seconds apart from the rest, or the product would overflow after some minutes.
+    // Converts whole seconds separately: counter * 1e9 would overflow after some minutes.
     return counter.QuadPart / frequency * kNsPerSecond +
            counter.QuadPart % frequency * kNsPerSecond / frequency;
 }

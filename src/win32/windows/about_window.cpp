@@ -29,19 +29,19 @@ constexpr int kWidth = 660, kHeight = 630; // of the client area
 constexpr std::uint32_t kAmber = 0xD6912D;
 
 constexpr int kHeadingId = 1, kRuleId = 2;
-constexpr int kFactId = 10; // the first of the values
+constexpr int kStatusId = 10; // the first of the values
 constexpr UINT_PTR kRefreshTimer = 1;
 constexpr UINT kRefreshMs = 1000;
 
-// What can be told at run time only.
-struct Fact {
+// One line of current values.
+struct StatusRow {
     const wchar_t* label;
     std::wstring (*value)();
     DWORD style = 0;
 };
 
 std::wstring outputDevice() {
-    return waveOut().device != nullptr ? L"device open" : L"no device, looking for one";
+    return waveOut().device != nullptr ? L"open" : L"no device, looking for one";
 }
 
 std::wstring outputFormat() {
@@ -62,29 +62,30 @@ std::wstring cardFolder() {
     return std::filesystem::absolute(kCardFolder, error).wstring();
 }
 
-std::wstring scaleOfLayout() {
+std::wstring panelSize() {
     std::array<wchar_t, 64> text{};
-    std::swprintf(text.data(), text.size(), L"%.2f of what fits the screen", layoutScale());
+    std::swprintf(text.data(), text.size(), L"%.0f %% of what fits the screen",
+                  100.0 * layoutScale());
     return text.data();
 }
 
-std::wstring sinceTheStart(std::uint32_t count) {
-    return std::to_wstring(count) + L" since the start";
+std::wstring countSinceStart(std::uint32_t count) {
+    return std::to_wstring(count) + L" since the program started";
 }
 
-constexpr Fact kFacts[] = {
+constexpr StatusRow kStatusRows[] = {
     {L"Sound output", outputDevice},
     {L"Sound format", outputFormat},
     {L"Voices", [] { return std::to_wstring(kVoiceCount); }},
     {L"MIDI device", midiDevice},
-    {L"Folder of the cards", cardFolder, SS_PATHELLIPSIS},
+    {L"Cards folder", cardFolder, SS_PATHELLIPSIS},
     {L"Settings file", [] { return settingsFile().wstring(); }, SS_PATHELLIPSIS},
-    {L"Layout scale", scaleOfLayout},
-    {L"Late sound buffers", [] { return sinceTheStart(waveOut().lateBuffers); }},
-    {L"Dropped steps", [] { return sinceTheStart(droppedStepCount()); }},
+    {L"Panel size", panelSize},
+    {L"Late sound buffers", [] { return countSinceStart(waveOut().lateBuffers); }},
+    {L"Dropped steps", [] { return countSinceStart(droppedStepCount()); }},
 };
 
-// Made with the window and gone with it.
+// Created and destroyed with the window.
 struct AboutWindow {
     HWND window = nullptr;
     GdiFont title = segoeFont(24, FW_BOLD);
@@ -92,58 +93,58 @@ struct AboutWindow {
     GdiFont text = segoeFont(14, FW_NORMAL);
     GdiBrush fill{CreateSolidBrush(colour(kToolWindowFill))};
     GdiBrush rule{CreateSolidBrush(colour(kAmber))};
-    std::array<std::wstring, std::size(kFacts)> shown{};
+    std::array<std::wstring, std::size(kStatusRows)> shown{};
 };
 
 std::optional<AboutWindow> theWindow; // GUI thread only
 
-// Columns and lines of the page.
-constexpr int kLeft = 28, kMeasure = kWidth - 2 * kLeft;
+// Layout of the client area, in pixels at 96 DPI.
+constexpr int kLeft = 28, kTextWidth = kWidth - 2 * kLeft;
 constexpr int kLabelWidth = 176, kValueLeft = kLeft + kLabelWidth + 14;
 constexpr int kLine = 20, kRow = 23;
-constexpr int kFactsTop = 120, kGesturesTop = 372, kCreditsTop = 578;
-constexpr int kUnderHeading = 32;
+constexpr int kStatusTop = 120, kGesturesTop = 372, kCreditsTop = 578;
+constexpr int kHeadingHeight = 32;
 
 struct PageLine {
-    ControlPlace place;
+    ControlDefinition place;
     GdiFont AboutWindow::*font;
 };
 
 constexpr PageLine kPage[] = {
     {{L"STATIC", L"PERCUSSOMATIC", kLeft, 18, 400, 32}, &AboutWindow::title},
-    {{L"STATIC", L"Version " PERCUSSOMATIC_VERSION, kLeft + 404, 27, kMeasure - 404, kLine, 0,
+    {{L"STATIC", L"Version " PERCUSSOMATIC_VERSION, kLeft + 404, 27, kTextWidth - 404, kLine, 0,
       SS_RIGHT},
      &AboutWindow::text},
     {{L"STATIC",
-      L"A drum machine: six lines of sixteen steps, twelve recorded instruments, a plate reverb "
-      L"and a reader for punched cards.",
-      kLeft, 56, kMeasure, 2 * kLine},
+      L"A drum machine: six lines of sixteen steps, twelve instruments, a plate reverb and a "
+      L"reader for punch cards.",
+      kLeft, 56, kTextWidth, 2 * kLine},
      &AboutWindow::text},
-    {{L"STATIC", L"", kLeft, kFactsTop - 14, kMeasure, 1, kRuleId}, &AboutWindow::text},
-    {{L"STATIC", L"AT THIS MOMENT", kLeft, kFactsTop, kMeasure, 24, kHeadingId},
+    {{L"STATIC", L"", kLeft, kStatusTop - 14, kTextWidth, 1, kRuleId}, &AboutWindow::text},
+    {{L"STATIC", L"STATUS", kLeft, kStatusTop, kTextWidth, 24, kHeadingId}, &AboutWindow::heading},
+    {{L"STATIC", L"MOUSE AND KEYS", kLeft, kGesturesTop, kTextWidth, 24, kHeadingId},
      &AboutWindow::heading},
-    {{L"STATIC", L"MOUSE AND KEYS", kLeft, kGesturesTop, kMeasure, 24, kHeadingId},
-     &AboutWindow::heading},
-    {{L"STATIC", L"", kLeft, kCreditsTop, kMeasure, 1, kRuleId}, &AboutWindow::text},
+    {{L"STATIC", L"", kLeft, kCreditsTop, kTextWidth, 1, kRuleId}, &AboutWindow::text},
     {{L"STATIC", L"Percussomatic developers, 2026", kLeft, kCreditsTop + 14, 400, kLine},
      &AboutWindow::text},
-    {{L"STATIC", L"MIT licence", kLeft + 404, kCreditsTop + 14, kMeasure - 404, kLine, 0, SS_RIGHT},
+    {{L"STATIC", L"MIT licence", kLeft + 404, kCreditsTop + 14, kTextWidth - 404, kLine, 0,
+      SS_RIGHT},
      &AboutWindow::text},
 };
 
 struct Gesture {
-    const wchar_t* hand;
+    const wchar_t* input;
     const wchar_t* effect;
 };
 
 constexpr Gesture kGestures[] = {
-    {L"Drag", L"up or down turns a rotary, sideways moves a slider"},
-    {L"Shift-drag", L"turns a rotary in fine steps"},
-    {L"Wheel", L"turns the rotary under the pointer"},
-    {L"Shift-wheel", L"turns it in fine steps"},
+    {L"Drag", L"up or down turns a dial, sideways moves a slider"},
+    {L"Shift-drag", L"turns a dial in finer steps"},
+    {L"Wheel", L"turns the dial under the pointer"},
+    {L"Shift-wheel", L"turns it in finer steps"},
     {L"Ctrl and +, \u2212 or wheel", L"makes the panel larger or smaller"},
-    {L"Drag the bare panel", L"moves the window"},
-    {L"Escape", L"closes this page or the cards, otherwise the instrument"},
+    {L"Drag the background", L"moves the window"},
+    {L"Escape", L"closes this window or the card dialog, otherwise quits"},
 };
 
 void addRow(const AboutWindow& about, int y, const wchar_t* label, const wchar_t* value, int id,
@@ -160,25 +161,25 @@ void create(HWND window) {
     for (const PageLine& each : kPage) {
         addControl(window, each.place, (about.*each.font).get());
     }
-    int y = kFactsTop + kUnderHeading;
-    for (int id = kFactId; const Fact& fact : kFacts) {
-        addRow(about, y, fact.label, L"", id++, fact.style);
+    int y = kStatusTop + kHeadingHeight;
+    for (int id = kStatusId; const StatusRow& row : kStatusRows) {
+        addRow(about, y, row.label, L"", id++, row.style);
         y += kRow;
     }
-    y = kGesturesTop + kUnderHeading;
+    y = kGesturesTop + kHeadingHeight;
     for (const Gesture& gesture : kGestures) {
-        addRow(about, y, gesture.hand, gesture.effect, 0, 0);
+        addRow(about, y, gesture.input, gesture.effect, 0, 0);
         y += kRow;
     }
 }
 
-// Only what is new, or the page would flicker once a second.
+// Updates only changed values, because rewriting all of them would flicker every second.
 void refresh() {
-    for (std::size_t row = 0; std::wstring & shown : theWindow->shown) {
-        const std::wstring value = kFacts[row].value();
+    for (int row = 0; std::wstring & shown : theWindow->shown) {
+        const std::wstring value = kStatusRows[row].value();
         if (value != shown) {
             shown = value;
-            SetDlgItemTextW(theWindow->window, kFactId + static_cast<int>(row), shown.c_str());
+            SetDlgItemTextW(theWindow->window, kStatusId + row, shown.c_str());
         }
         ++row;
     }
@@ -200,7 +201,7 @@ LRESULT keyDown(HWND window, WPARAM key, LPARAM lParam) {
     return DefWindowProcW(window, WM_KEYDOWN, key, lParam);
 }
 
-LRESULT colourLine(WPARAM deviceContext, HWND line) {
+LRESULT colourControl(WPARAM deviceContext, HWND line) {
     const int id = GetDlgCtrlID(line);
     if (id == kRuleId) {
         return reinterpret_cast<LRESULT>(theWindow->rule.get());
@@ -237,13 +238,13 @@ LRESULT CALLBACK aboutWindowProc(HWND window, UINT message, WPARAM wParam, LPARA
     case WM_KEYDOWN:
         return keyDown(window, wParam, lParam);
     case WM_CTLCOLORSTATIC:
-        return colourLine(wParam, reinterpret_cast<HWND>(lParam));
+        return colourControl(wParam, reinterpret_cast<HWND>(lParam));
     case WM_ERASEBKGND:
         return eraseBackground(window, wParam);
     case WM_CLOSE:
         hideToolWindow(window);
         return 0;
-    case WM_NCDESTROY: // its lines, which use the fonts, are gone
+    case WM_NCDESTROY: // the controls that use the fonts have been destroyed
         theWindow.reset();
         return DefWindowProcW(window, message, wParam, lParam);
     default:
@@ -251,8 +252,7 @@ LRESULT CALLBACK aboutWindowProc(HWND window, UINT message, WPARAM wParam, LPARA
     }
 }
 
-// Over the middle of the owner, but with its caption on the screen even when the panel is small and
-// stands in a corner.
+// Centred over the owner, but moved onto the screen if the panel is near an edge.
 POINT cornerOver(HWND owner, int width, int height) {
     MONITORINFO monitor{};
     monitor.cbSize = sizeof monitor;
@@ -263,7 +263,7 @@ POINT cornerOver(HWND owner, int width, int height) {
             std::max(work.top, std::min(corner.y, work.bottom - height))};
 }
 
-void make(HWND owner) {
+void createWindow(HWND owner) {
     RECT outer{0, 0, scaledForDpi(kWidth), scaledForDpi(kHeight)};
     AdjustWindowRectEx(&outer, kStyle, FALSE, kExtendedStyle);
     const int width = outer.right - outer.left, height = outer.bottom - outer.top;
@@ -276,7 +276,7 @@ void make(HWND owner) {
 
 void showAboutWindow(HWND owner) {
     if (!theWindow && registerToolWindowClass(kClass, aboutWindowProc, nullptr)) {
-        make(owner);
+        createWindow(owner);
     }
     if (theWindow) {
         refresh();

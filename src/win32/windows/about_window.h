@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <windows.h>
 
 namespace percussomatic {
 
-// What the instrument is, what it has at its disposal right now, and its gestures. Made on first
-// use, then hidden and shown. GUI thread.
+// The INFO window: version, state of the devices, files, and a summary of mouse and keys. Created
+// on first use; closing hides it. GUI thread.
 void showAboutWindow(HWND owner);
 void destroyAboutWindow();
 

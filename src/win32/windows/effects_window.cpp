@@ -25,40 +25,42 @@ constexpr int kRightOfOwner = 40, kBelowOwner = 45;
 
 constexpr int kEnableId = 2100;
 constexpr wchar_t kEnableText[] = L"ENABLE EFFECT";
-constexpr int kEnableWidth = 145, kCheckWidth = 22; // the latter is taken by the check mark
+constexpr int kEnableWidth = 145, kCheckWidth = 22; // kCheckWidth: of the check mark
 constexpr int kPresetId = 2120;                     // the first of four
 constexpr int kPresets = 4;
+constexpr int kShownParameters = 5;
 
-// What stands in for a missing font may be wider: the font, or as narrow a copy as the room needs.
-GdiFont fitted(GdiFont font, std::wstring_view text, int room) {
+// The font, or a narrower copy of it if the text is wider than maxWidth pixels, as it may be in a
+// fallback font.
+GdiFont fontToFit(GdiFont font, std::wstring_view text, int maxWidth) {
     HDC screen = GetDC(nullptr);
-    HGDIOBJ before = SelectObject(screen, font.get());
+    HGDIOBJ oldFont = SelectObject(screen, font.get());
     SIZE size{};
     GetTextExtentPoint32W(screen, text.data(), static_cast<int>(text.size()), &size);
     TEXTMETRICW metrics{};
     GetTextMetricsW(screen, &metrics);
-    SelectObject(screen, before);
+    SelectObject(screen, oldFont);
     ReleaseDC(nullptr, screen);
-    if (size.cx <= room) {
+    if (size.cx <= maxWidth) {
         return font;
     }
     LOGFONTW narrow{};
     GetObjectW(font.get(), sizeof narrow, &narrow);
-    narrow.lfWidth = metrics.tmAveCharWidth * room / size.cx;
+    narrow.lfWidth = metrics.tmAveCharWidth * maxWidth / size.cx;
     return GdiFont(CreateFontIndirectW(&narrow));
 }
 
-// Made with the window and gone with it.
+// Created and destroyed with the window.
 struct EffectsWindow {
     HWND window;
     GdiFont titleFont = segoeFont(24, FW_BOLD);
     GdiFont headingFont = segoeFont(16, FW_SEMIBOLD);
-    GdiFont enableFont =
-        fitted(segoeFont(16, FW_SEMIBOLD), kEnableText, scaledForDpi(kEnableWidth - kCheckWidth));
+    GdiFont enableFont = fontToFit(segoeFont(16, FW_SEMIBOLD), kEnableText,
+                                   scaledForDpi(kEnableWidth - kCheckWidth));
     GdiFont labelFont = segoeFont(14, FW_NORMAL);
     GdiBrush fill{CreateSolidBrush(colour(kToolWindowFill))};
-    GdiBrush fieldFill{CreateSolidBrush(colour(0x2A2824))}; // for an edit field; there is none yet
-    std::array<HWND, 5> parameterLabels{};
+    GdiBrush fieldFill{CreateSolidBrush(colour(0x2A2824))}; // reserved for edit fields
+    HWND parameterLabels[kShownParameters] = {};
     HWND description = nullptr;
 };
 
@@ -67,7 +69,7 @@ std::optional<EffectsWindow> theWindow; // GUI thread only
 constexpr std::array<const wchar_t*, kPresets> kPresetNames{L"DRUM ROOM", L"WARM ROOM",
                                                             L"CONCERT HALL", L"STADIUM"};
 
-constexpr int kColumnWidth = 335; // two columns of sends and of parameters
+constexpr int kColumnWidth = 335; // sends and parameters stand in two columns
 
 void addHeadings(const EffectsWindow& effects) {
     HWND window = effects.window;
@@ -107,16 +109,15 @@ void addSends(HWND window, HFONT font) {
     }
 }
 
-// The extras drive nothing that can be heard and are not shown.
+// The bars of the extra values have no audible effect, so they are hidden.
 void addParameters(EffectsWindow& effects) {
     for (int row = 0; row < kParameterBars; ++row) {
         const int x = row / 4 * kColumnWidth, y = row % 4 * 40;
         HWND label = addControl(effects.window, {L"STATIC", L"", x + 22, y + 492, 115, 20},
                                 effects.labelFont.get());
         HWND bar = addBar(effects.window, kParameterBarId + row, x + 138, y + 487, 190);
-        if (const auto index = static_cast<std::size_t>(row);
-            index < effects.parameterLabels.size()) {
-            effects.parameterLabels[index] = label;
+        if (row < kShownParameters) {
+            effects.parameterLabels[row] = label;
         } else {
             ShowWindow(label, SW_HIDE);
             ShowWindow(bar, SW_HIDE);
@@ -135,7 +136,7 @@ void showCaptions(const EffectsWindow& effects) {
     }
 }
 
-// The class erases with the brush of the one window that there is.
+// The only window of the class sets the brush with which the class erases the background.
 void setBackground(HWND window, HBRUSH brush) {
     SetClassLongPtrW(window, GCLP_HBRBACKGROUND, reinterpret_cast<LONG_PTR>(brush));
 }
@@ -143,7 +144,7 @@ void setBackground(HWND window, HBRUSH brush) {
 void create(HWND window) {
     EffectsWindow& effects = theWindow.emplace(EffectsWindow{.window = window});
     setBackground(window, effects.fill.get());
-    serveWaitingSteps();
+    handlePendingSteps();
     addHeadings(effects);
     addSends(window, effects.labelFont.get());
     addParameters(effects);
@@ -208,7 +209,7 @@ LRESULT CALLBACK effectsWindowProc(HWND window, UINT message, WPARAM wParam, LPA
     case WM_CLOSE:
         hideToolWindow(window);
         return 0;
-    case WM_NCDESTROY: // the controls, which use the fonts, are gone
+    case WM_NCDESTROY: // the controls that use the fonts have been destroyed
         setBackground(window, nullptr);
         theWindow.reset();
         return DefWindowProcW(window, message, wParam, lParam);
@@ -223,14 +224,15 @@ bool createWindow(HWND owner) {
     if (!registerToolWindowClass(kClass, effectsWindowProc, nullptr)) {
         return false;
     }
-    serveWaitingSteps();
-    RECT beside{};
-    GetWindowRect(owner, &beside);
-    return CreateWindowExW(
-               WS_EX_TOOLWINDOW, kClass, L"PERCUSOMATIC - EFFECTS",
-               WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX, beside.left + scaledForDpi(kRightOfOwner),
-               beside.top + scaledForDpi(kBelowOwner), scaledForDpi(kWidth), scaledForDpi(kHeight),
-               owner, nullptr, GetModuleHandleW(nullptr), nullptr) != nullptr;
+    handlePendingSteps();
+    RECT ownerRect{};
+    GetWindowRect(owner, &ownerRect);
+    return CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"PERCUSOMATIC - EFFECTS",
+                           WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX,
+                           ownerRect.left + scaledForDpi(kRightOfOwner),
+                           ownerRect.top + scaledForDpi(kBelowOwner), scaledForDpi(kWidth),
+                           scaledForDpi(kHeight), owner, nullptr, GetModuleHandleW(nullptr),
+                           nullptr) != nullptr;
 }
 
 } // namespace

@@ -5,11 +5,11 @@
 
 namespace percussomatic {
 
-// Makes the effects window on first use, else brings it to the front; it shows what the engine
-// has now. Closing hides it. GUI thread.
+// Opens the effects window, which is created on first use, or brings it to the front. Closing hides
+// it. GUI thread.
 void showEffectsWindow(HWND owner);
 
-// Shows what the engine has now. No-op while the window does not exist.
+// Updates the controls from the engine's settings. No-op while the window does not exist.
 void refreshEffectsWindow();
 
 } // namespace percussomatic

@@ -6,12 +6,12 @@
 
 namespace percussomatic {
 
-void serveWaitingSteps() {
+void handlePendingSteps() {
     auto* const window = static_cast<HWND>(mainWindow());
     MSG message{};
     while (window != nullptr &&
            PeekMessageW(&message, window, kStepTickMessage, kStepTickMessage, PM_REMOVE) != 0) {
-        if (message.message == WM_QUIT) { // comes through every filter, and stays for the loop
+        if (message.message == WM_QUIT) { // passes every filter; put back for the message loop
             PostQuitMessage(static_cast<int>(message.wParam));
             return;
         }
@@ -20,21 +20,21 @@ void serveWaitingSteps() {
 }
 
 BOOL nextMessage(MSG& message) {
-    constexpr DWORD kTurnMs = 20;
-    struct Turn {
+    constexpr DWORD kPollIntervalMs = 20;
+    struct Poll {
         UINT message, flags;
         DWORD lastMs;
     };
-    static Turn turns[] = {{0, PM_QS_INPUT, 0}, {WM_TIMER, 0, 0}};
-    for (Turn& turn : turns) {
+    static Poll polls[] = {{0, PM_QS_INPUT, 0}, {WM_TIMER, 0, 0}};
+    for (Poll& poll : polls) {
         const DWORD nowMs = GetTickCount();
-        if (nowMs - turn.lastMs < kTurnMs) {
+        if (nowMs - poll.lastMs < kPollIntervalMs) {
             continue;
         }
-        turn.lastMs = nowMs;
-        if (PeekMessageW(&message, nullptr, turn.message, turn.message, PM_REMOVE | turn.flags) !=
+        poll.lastMs = nowMs;
+        if (PeekMessageW(&message, nullptr, poll.message, poll.message, PM_REMOVE | poll.flags) !=
             0) {
-            return message.message == WM_QUIT ? FALSE : TRUE; // which comes through every filter
+            return message.message == WM_QUIT ? FALSE : TRUE; // WM_QUIT passes every filter
         }
     }
     return GetMessageW(&message, nullptr, 0, 0);
@@ -46,7 +46,7 @@ void runModal(HWND window, HWND owner, const bool& done) {
     while (!done && IsWindow(window) != 0) {
         const BOOL got = nextMessage(message);
         if (got <= 0) {
-            PostQuitMessage(static_cast<int>(message.wParam)); // the main loop waits for it too
+            PostQuitMessage(static_cast<int>(message.wParam)); // for the main loop
             break;
         }
         if (IsDialogMessageW(window, &message) == 0) {
@@ -54,7 +54,8 @@ void runModal(HWND window, HWND owner, const bool& done) {
             DispatchMessageW(&message);
         }
     }
-    // Enabled before the window goes, or the system would put another program in front.
+    // The owner is enabled before the window is destroyed: otherwise the system activates a window
+    // of another program.
     if (IsWindow(owner) != 0) {
         EnableWindow(owner, TRUE);
         SetForegroundWindow(owner);

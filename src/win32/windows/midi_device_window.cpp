@@ -29,8 +29,8 @@ enum ControlId : int {
 };
 
 struct DeviceControl {
-    ControlPlace place;
-    HWND MidiInputContext::*keptAs = nullptr;
+    ControlDefinition place;
+    HWND MidiInputContext::*handle = nullptr; // where its handle is stored
 };
 
 constexpr DeviceControl kControls[] = {
@@ -58,8 +58,8 @@ constexpr DeviceControl kControls[] = {
 void createControls(HWND window, MidiInputContext& context) {
     for (const DeviceControl& each : kControls) {
         HWND control = addControl(window, each.place, controlFont());
-        if (each.keptAs != nullptr) {
-            context.*each.keptAs = control;
+        if (each.handle != nullptr) {
+            context.*each.handle = control;
         }
     }
     SetWindowTextW(context.learnLine, midiState().learnStatusText.c_str());
@@ -108,7 +108,7 @@ void postCommand(const MidiInputContext& context, WPARAM command) {
     }
 }
 
-// False leaves the command to the system.
+// False if the command is left to DefWindowProcW.
 bool command(HWND window, MidiInputContext& context, int id, int notification) {
     switch (id) {
     case kListId:
@@ -150,8 +150,8 @@ bool command(HWND window, MidiInputContext& context, int id, int notification) {
 void forgetWindows(MidiInputContext& context) {
     context.deviceWindow = nullptr;
     for (const DeviceControl& each : kControls) {
-        if (each.keptAs != nullptr) {
-            context.*each.keptAs = nullptr;
+        if (each.handle != nullptr) {
+            context.*each.handle = nullptr;
         }
     }
 }
@@ -172,7 +172,7 @@ LRESULT CALLBACK deviceWindowProc(HWND window, UINT message, WPARAM wParam, LPAR
     case WM_CREATE:
         createControls(window, *context);
         fillDeviceList(*context);
-        serveWaitingSteps(); // the first look for ports loads the system's MIDI
+        handlePendingSteps(); // the first enumeration is slow: it loads the MIDI drivers
         refreshConnectionText(*context);
         return 0;
     case WM_COMMAND:
@@ -180,7 +180,7 @@ LRESULT CALLBACK deviceWindowProc(HWND window, UINT message, WPARAM wParam, LPAR
             return 0;
         }
         break;
-    case WM_CTLCOLORSTATIC: // labels on the window's own colour
+    case WM_CTLCOLORSTATIC: // labels in the window's background colour
         return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
     case WM_CLOSE:
         hideToolWindow(window);
@@ -214,7 +214,7 @@ void showMidiDeviceWindow(HWND owner) {
                         owner, nullptr, GetModuleHandleW(nullptr), &context);
     if (window != nullptr) {
         ShowWindow(window, SW_SHOW);
-        serveWaitingSteps();
+        handlePendingSteps();
         UpdateWindow(window);
     }
 }

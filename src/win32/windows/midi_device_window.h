@@ -7,14 +7,14 @@
 
 namespace percussomatic {
 
-// The tool window in which a MIDI port is chosen, learn is started and the sync mode is set. It
-// keeps nothing itself: its handles lie in MidiInputContext, its buttons call the port's functions
-// or post commands to the main window. GUI thread.
+// The MIDI window: selects the port, starts learn and sets the sync mode. It has no state of its
+// own: its handles are in MidiInputContext, and its buttons call midi_input or post commands to the
+// main window. GUI thread.
 
-// Creates it on first use, otherwise brings it to the front with a fresh list.
+// Creates the window on first use, otherwise updates its list and brings it to the front.
 void showMidiDeviceWindow(HWND owner);
 
-// What the window shows of learn and of the clock. No-ops while it does not exist.
+// Update the status lines of learn and sync. No-ops while the window does not exist.
 void showLearnLine(const std::wstring& text);
 void showSyncLine(bool externalSync, const std::wstring& text);
 

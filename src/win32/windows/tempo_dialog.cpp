@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "win32/windows/tempo_dialog.h"
 
 #include "panel/display_scale.h"
@@ -17,14 +18,14 @@ namespace {
 constexpr wchar_t kClass[] = L"PercussomaticBpmEditDialog";
 constexpr int kWidth = 324, kHeight = 210;
 constexpr int kEditId = 3101, kOkId = 3102, kCancelId = 3103;
-constexpr WPARAM kLongestTyped = 6; // characters
-constexpr int kLongestRead = 64;
+constexpr WPARAM kMaxTypedCharacters = 6;
+constexpr int kMaxReadCharacters = 64;
 
 constexpr std::uint32_t kEditFill = 0x2A2824, kEditText = 0xF5EBD2;
 constexpr std::uint32_t kPressedFill = 0x534C3F;
 constexpr ButtonColours kButton = {0x413D36, 0xD6912D, 0xE8DDC1};
 
-// Lies on the caller's stack for as long as the window lives.
+// Lives on the stack of runTempoDialog() while the window is open.
 struct TempoDialog {
     double initialBpm = 0.0;
     std::optional<double> acceptedBpm;
@@ -37,7 +38,7 @@ struct TempoDialog {
 };
 
 struct TempoControl {
-    ControlPlace place;
+    ControlDefinition place;
     GdiFont TempoDialog::*font;
 };
 
@@ -52,7 +53,7 @@ constexpr TempoControl kControls[] = {
      &TempoDialog::small},
 };
 
-// Typing replaces the text.
+// So that typing replaces the text.
 void selectText(const TempoDialog& dialog) {
     SetFocus(dialog.edit);
     SendMessageW(dialog.edit, EM_SETSEL, 0, -1);
@@ -63,16 +64,16 @@ void createControls(HWND window, TempoDialog& dialog) {
         addControl(window, each.place, (dialog.*each.font).get());
     }
     dialog.edit = GetDlgItem(window, kEditId);
-    SendMessageW(dialog.edit, EM_SETLIMITTEXT, kLongestTyped, 0);
-    std::array<wchar_t, kLongestRead> text{};
+    SendMessageW(dialog.edit, EM_SETLIMITTEXT, kMaxTypedCharacters, 0);
+    std::array<wchar_t, kMaxReadCharacters> text{};
     std::swprintf(text.data(), text.size(), L"%.0f", dialog.initialBpm);
     SetWindowTextW(dialog.edit, text.data());
 }
 
 std::wstring textOf(HWND edit) {
-    std::array<wchar_t, kLongestRead + 1> text{};
+    std::array<wchar_t, kMaxReadCharacters + 1> text{};
     const int length = GetWindowTextW(edit, text.data(), static_cast<int>(text.size()));
-    return {text.data(), static_cast<std::size_t>(length)};
+    return {text.data(), text.data() + length};
 }
 
 void accept(HWND window, TempoDialog& dialog) {
@@ -83,12 +84,12 @@ void accept(HWND window, TempoDialog& dialog) {
     }
     MessageBoxW(window, L"Please enter a BPM value between 40 and 240.", L"Invalid BPM",
                 MB_OK | MB_ICONWARNING);
-    if (!dialog.done) { // else the program has ended under the message
+    if (!dialog.done) { // set if the program was closed while the message was open
         selectText(dialog);
     }
 }
 
-// Enter and Escape arrive as IDOK and IDCANCEL and mean nothing here.
+// Enter and Escape arrive as IDOK and IDCANCEL, which this dialog ignores.
 void command(HWND window, TempoDialog& dialog, int id) {
     if (id == kOkId) {
         accept(window, dialog);
@@ -160,7 +161,8 @@ LRESULT CALLBACK dialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 } // namespace
 
 bool runTempoDialog(HWND owner, double bpm, double& result) {
-    if (!registerToolWindowClass(kClass, dialogProc, nullptr)) { // each window paints its own brush
+    if (!registerToolWindowClass(kClass, dialogProc,
+                                 nullptr)) { // each dialog erases with its own brush
         return false;
     }
     TempoDialog dialog;

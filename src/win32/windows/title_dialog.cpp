@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "win32/windows/title_dialog.h"
 
 #include "panel/display_scale.h"
@@ -13,8 +14,8 @@ namespace {
 constexpr wchar_t kClass[] = L"PunchCardTitleDialog";
 constexpr int kWidth = 414, kHeight = 170;
 constexpr int kEditId = 2001, kOkId = 2002, kCancelId = 2003;
-constexpr WPARAM kLongestTyped = 32; // characters
-constexpr int kLongestRead = 128;
+constexpr WPARAM kMaxTypedCharacters = 32;
+constexpr int kMaxReadCharacters = 128;
 
 struct TitleDialog {
     const std::wstring& title;
@@ -23,7 +24,7 @@ struct TitleDialog {
     std::optional<std::wstring> entered;
 };
 
-constexpr ControlPlace kControls[] = {
+constexpr ControlDefinition kControls[] = {
     {L"STATIC", L"Punch Card title:", 18, 18, 330, 22},
     {L"EDIT", L"", 18, 46, 360, 28, kEditId, WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE},
     {L"BUTTON", L"OK", 98, 92, 92, 30, kOkId, WS_TABSTOP | BS_DEFPUSHBUTTON},
@@ -31,22 +32,22 @@ constexpr ControlPlace kControls[] = {
 };
 
 void createControls(HWND window, TitleDialog& dialog) {
-    for (const ControlPlace& each : kControls) {
+    for (const ControlDefinition& each : kControls) {
         addControl(window, each, controlFont());
     }
     dialog.edit = GetDlgItem(window, kEditId);
-    SendMessageW(dialog.edit, EM_SETLIMITTEXT, kLongestTyped, 0);
+    SendMessageW(dialog.edit, EM_SETLIMITTEXT, kMaxTypedCharacters, 0);
     SetWindowTextW(dialog.edit, dialog.title.c_str());
     SendMessageW(dialog.edit, EM_SETSEL, 0, -1);
 }
 
 std::wstring textOf(HWND edit) {
-    std::array<wchar_t, kLongestRead + 1> text{};
+    std::array<wchar_t, kMaxReadCharacters + 1> text{};
     const int length = GetWindowTextW(edit, text.data(), static_cast<int>(text.size()));
-    return {text.data(), static_cast<std::size_t>(length)};
+    return {text.data(), text.data() + length};
 }
 
-// Enter and Escape arrive as IDOK and IDCANCEL, whatever the buttons' ids are.
+// Enter and Escape arrive as IDOK and IDCANCEL, although the buttons have other ids.
 void command(TitleDialog& dialog, int id) {
     if (id == kOkId || id == IDOK) {
         dialog.entered = textOf(dialog.edit);
@@ -76,7 +77,7 @@ LRESULT CALLBACK dialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     case WM_DESTROY:
         dialog->done = true;
         return 0;
-    case WM_CTLCOLORSTATIC: // the label on the window's own colour
+    case WM_CTLCOLORSTATIC: // the label in the window's background colour
         return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
     case WM_SETFOCUS:
         SetFocus(dialog->edit);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <windows.h>
@@ -7,8 +8,8 @@
 
 namespace percussomatic {
 
-// Asks for a card's title, with the present one selected for typing over. Nothing when it was
-// cancelled. Modal over the owner. GUI thread.
+// Asks for a card's title, modal over the owner; the current title is selected. Returns nullopt if
+// the user cancels or the window cannot be created. GUI thread.
 std::optional<std::wstring> askCardTitle(HWND owner, const std::wstring& title);
 
 } // namespace percussomatic

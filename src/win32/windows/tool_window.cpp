@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "win32/windows/tool_window.h"
 
 #include "panel/display_scale.h"
@@ -17,14 +18,14 @@ bool registerToolWindowClass(const wchar_t* name, WNDPROC procedure, HBRUSH back
     return RegisterClassW(&windowClass) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
 }
 
-HWND addControl(HWND window, const ControlPlace& place, HFONT font) {
+HWND addControl(HWND window, const ControlDefinition& place, HFONT font) {
     HWND control = CreateWindowExW(
         place.extendedStyle, place.windowClass, place.text, WS_CHILD | WS_VISIBLE | place.style,
         scaledForDpi(place.x), scaledForDpi(place.y), scaledForDpi(place.width),
         scaledForDpi(place.height), window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)),
         GetModuleHandleW(nullptr), nullptr);
     SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-    serveWaitingSteps(); // a window of many controls takes its time
+    handlePendingSteps(); // creating a window with many controls is slow
     return control;
 }
 
@@ -40,10 +41,10 @@ HFONT controlFont() {
         return stock;
     }
     static const GdiFont scaled = [stock] {
-        constexpr int kWrittenHeight = 11; // pixels of the stock font, which does not grow
+        constexpr int kStockHeight = 11; // pixels; the stock font ignores the DPI
         LOGFONTW font{};
         GetObjectW(stock, sizeof font, &font);
-        font.lfHeight = -scaledForDpi(kWrittenHeight);
+        font.lfHeight = -scaledForDpi(kStockHeight);
         return GdiFont(CreateFontIndirectW(&font));
     }();
     return scaled.get();
@@ -64,29 +65,28 @@ void drawButton(const DRAWITEMSTRUCT& item, const ButtonColours& colours) {
 
     std::array<wchar_t, 32> caption{};
     GetWindowTextW(item.hwndItem, caption.data(), static_cast<int>(caption.size()));
-    HGDIOBJ before = SelectObject(
+    HGDIOBJ oldFont = SelectObject(
         item.hDC, reinterpret_cast<HGDIOBJ>(SendMessageW(item.hwndItem, WM_GETFONT, 0, 0)));
     SetBkMode(item.hDC, TRANSPARENT);
     SetTextColor(item.hDC, colour(colours.text));
     RECT place = item.rcItem;
     DrawTextW(item.hDC, caption.data(), -1, &place, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
-    SelectObject(item.hDC, before);
+    SelectObject(item.hDC, oldFont);
 }
 
 void showToolWindow(HWND window) {
-    serveWaitingSteps(); // the system takes its time to put a window on the screen
+    handlePendingSteps(); // showing a window is slow
     ShowWindow(window, IsIconic(window) != 0 ? SW_RESTORE : SW_SHOW);
-    serveWaitingSteps();
-    BringWindowToTop(
-        window); // coming to the foreground leaves it below its siblings here and there
+    handlePendingSteps();
+    BringWindowToTop(window); // SetForegroundWindow alone may leave it below its siblings
     SetForegroundWindow(window);
 }
 
 void hideToolWindow(HWND window) {
     HWND owner = GetWindow(window, GW_OWNER);
     ShowWindow(window, SW_HIDE);
-    serveWaitingSteps(); // this takes the system as long as showing it
-    if (owner != nullptr && IsWindowEnabled(owner) != 0) { // not from a dialog over it
+    handlePendingSteps();                                  // hiding a window is slow, too
+    if (owner != nullptr && IsWindowEnabled(owner) != 0) { // disabled while a dialog is open
         SetForegroundWindow(owner);
         SetFocus(owner);
     }

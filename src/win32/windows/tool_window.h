@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "win32/graphics/owned.h"
@@ -8,8 +9,8 @@
 
 namespace percussomatic {
 
-// What the small windows beside the panel have in common. Places and sizes are written for 96 DPI
-// and grow with the display. GUI thread.
+// What the tool windows and dialogs share. Positions and sizes are pixels at 96 DPI, scaled to the
+// display's DPI. GUI thread.
 
 using GdiFont = Owned<HFONT, DeleteObject>;
 using GdiBrush = Owned<HBRUSH, DeleteObject>;
@@ -20,41 +21,41 @@ constexpr COLORREF colour(std::uint32_t rgb) noexcept {
 }
 inline constexpr std::uint32_t kToolWindowFill = 0x1C1B19, kToolWindowText = 0xE8DDC1;
 
-// Registers once; a class that is there already is as good. False when the system refuses.
+// Registers the class unless it exists already. False on failure.
 bool registerToolWindowClass(const wchar_t* name, WNDPROC procedure, HBRUSH background);
 
 // One row of a window's table of controls.
-struct ControlPlace {
+struct ControlDefinition {
     const wchar_t* windowClass;
     const wchar_t* text;
-    int x, y, width, height; // of the client area
+    int x, y, width, height; // in the client area
     int id = 0;
-    DWORD style = 0, extendedStyle = 0; // besides child and visible
+    DWORD style = 0, extendedStyle = 0; // in addition to WS_CHILD and WS_VISIBLE
 };
 
-// The font is the caller's and must live as long as the control.
-HWND addControl(HWND window, const ControlPlace& place, HFONT font);
+// The caller owns the font, which must outlive the control.
+HWND addControl(HWND window, const ControlDefinition& place, HFONT font);
 
-// Segoe UI with ClearType.
+// Segoe UI with ClearType; weight as in CreateFontW.
 GdiFont segoeFont(int pixels, int weight);
 
-// The system's font for controls in the display's size; lives as long as the program.
+// The system's font for controls, scaled to the display; lives as long as the program.
 HFONT controlFont();
 
-// The answer to WM_CTLCOLORSTATIC and WM_CTLCOLORBTN: light text on nothing over the brush.
+// The result of WM_CTLCOLORSTATIC and WM_CTLCOLORBTN: light text, transparent over the brush.
 LRESULT colourStatic(WPARAM deviceContext, HBRUSH background) noexcept;
 
 struct ButtonColours {
     std::uint32_t fill, border, text;
 };
 
-// A push button that its window draws: filled, with a one-pixel border and its caption on one line.
+// Draws an owner-drawn push button: filled, with a one-pixel border and a caption of one line.
 void drawButton(const DRAWITEMSTRUCT& item, const ButtonColours& colours);
 
-// Shows a window, restores it if it is minimised, and puts it in front of all others.
+// Shows the window, restores it if it is minimised, and brings it to the front.
 void showToolWindow(HWND window);
 
-// Hides a window that is kept for the next time and gives the keyboard back to its owner.
+// Hides the window without destroying it and returns the focus to its owner.
 void hideToolWindow(HWND window);
 
 } // namespace percussomatic

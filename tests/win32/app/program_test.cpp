@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "cards/card_panel.h"
 #include "panel/control_geometry.h"
+#include "panel/control_names.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
 #include "win32/app/main_window.h"
@@ -15,22 +17,15 @@
 #include <functional>
 #include <future>
 #include <ostream>
-#include <utility>
 
 namespace percussomatic {
 namespace {
 
-// The whole program on a thread of its own, played by messages as the system would send them. What
-// a sent message changes may be read when it has returned.
+// Runs the whole program on a thread of its own and operates it by window messages. After a sent
+// message, the program's state may be read.
 class Program : public testing::Test {
 public:
-    void SetUp() override { begin(); }
-    void TearDown() override {
-        EXPECT_TRUE(endsWithin(std::chrono::seconds(10)));
-        std::remove("LumivardaLayoutScale.txt");
-    }
-
-    void begin() {
+    void SetUp() override {
         std::remove("LumivardaLayoutScale.txt");
         ended_ = std::async(std::launch::async,
                             [] { return runPercussomatic(GetModuleHandleW(nullptr)); });
@@ -38,18 +33,23 @@ public:
             window_ = FindWindowW(kMainWindowClass, L"Percussomatic");
             return window_ != nullptr;
         }));
-        SendMessageW(window_, WM_NULL, 0, 0); // start-up is over when the loop answers
+        send(WM_NULL, 0, 0); // handled when the message loop runs
         RECT client{};
         GetClientRect(window_, &client);
         scale_ = viewScale({client.right, client.bottom});
         rects_ = cardPanelRects({client.right, client.bottom});
     }
-    // With code 0, nothing left behind.
-    bool endsWithin(std::chrono::milliseconds limit) {
+    void TearDown() override {
+        EXPECT_TRUE(endsWithin(10000));
+        std::remove("LumivardaLayoutScale.txt");
+    }
+
+    // Checks the exit code, too, and that everything is released.
+    bool endsWithin(int milliseconds) {
         if (!ended_.valid()) {
             return true;
         }
-        if (ended_.wait_for(limit) != std::future_status::ready) {
+        if (ended_.wait_for(std::chrono::milliseconds(milliseconds)) != std::future_status::ready) {
             return false;
         }
         EXPECT_EQ(ended_.get(), 0);
@@ -58,33 +58,31 @@ public:
         return true;
     }
 
-    static bool waitUntil(const std::function<bool()>& question) {
-        for (int tries = 0; tries < 3000; ++tries) {
-            if (question()) {
-                return true;
-            }
+    static bool waitUntil(const std::function<bool()>& condition) {
+        int tries = 3000;
+        while (!condition() && --tries > 0) {
             Sleep(10);
         }
-        return false;
+        return tries > 0;
     }
 
     void send(UINT message, WPARAM wParam, LPARAM lParam) const {
         SendMessageW(window_, message, wParam, lParam);
     }
-
-    static PixelPoint middle(const PixelRect& rect) {
-        return {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+    static LPARAM centreOf(const PixelRect& rect) {
+        return MAKELPARAM((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
     }
-    PixelPoint middle(const char* name) const {
-        return middle(controlClientRect(findControl(name), scale_));
+    LPARAM centreOf(std::string_view control) const {
+        return centreOf(controlClientRect(findControl(control), scale_));
     }
-    void mouse(UINT message, PixelPoint at) const { send(message, 0, MAKELPARAM(at.x, at.y)); }
-    void press(PixelPoint at) const {
-        mouse(WM_LBUTTONDOWN, at);
-        mouse(WM_LBUTTONUP, at);
+    template <typename Target> // a control's name or a rectangle
+    void click(const Target& target) const {
+        send(WM_LBUTTONDOWN, 0, centreOf(target));
+        send(WM_LBUTTONUP, 0, centreOf(target));
     }
-    void press(const PixelRect& box) const { press(middle(box)); }
-    void click(const char* name) const { press(middle(name)); }
+    void wheel(int delta) const {
+        send(WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, static_cast<WORD>(delta)), 0);
+    }
 
     HWND window_ = nullptr;
     double scale_ = 1.0;
@@ -94,44 +92,42 @@ private:
     std::future<int> ended_;
 };
 
-TEST_F(Program, ReleasesWhatIsHeldAnywhereAndResizesAboutItsMiddle) {
-    mouse(WM_LBUTTONDOWN, middle("sw_018"));
+TEST_F(Program, ReleasesAPressedSwitchWhereverTheButtonGoesUp) {
+    send(WM_LBUTTONDOWN, 0, centreOf(control::kClearAll));
     EXPECT_TRUE(sequencer().clearAllHeld);
-    mouse(WM_LBUTTONUP, {0, 0});
+    send(WM_LBUTTONUP, 0, 0);
     EXPECT_FALSE(sequencer().clearAllHeld);
+    send(WM_KEYDOWN, VK_ESCAPE, 0);
+}
 
+TEST_F(Program, ResizesAroundItsCentre) {
     RECT old{}, small{};
     GetWindowRect(window_, &old);
-    send(WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, WHEEL_DELTA), 0);
+    wheel(WHEEL_DELTA);
     EXPECT_EQ(std::fopen("LumivardaLayoutScale.txt", "r"), nullptr) << "written without a change";
-    send(WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, static_cast<WORD>(-WHEEL_DELTA)), 0);
+    wheel(-WHEEL_DELTA);
     GetWindowRect(window_, &small);
     EXPECT_NEAR(small.right - small.left, 0.95 * (old.right - old.left), 1);
-    EXPECT_NEAR(small.left + small.right, old.left + old.right, 2) << "about its middle";
-    scale_ *= 0.95;
-    click("pw_001");
+    EXPECT_NEAR(small.left + small.right, old.left + old.right, 2);
+    send(WM_KEYDOWN, VK_ESCAPE, 0);
 }
 
-// What the player has done when the end comes. A modal window keeps the keyboard from the panel.
+// What the program is doing when it is closed.
 struct Situation {
     const char* name;
-    bool modal;
-    void (*enter)(const class Ending& program);
+    void (*enter)(const class Closing& program);
+
+    friend void PrintTo(const Situation& situation, std::ostream* out) { *out << situation.name; }
 };
 
-void PrintTo(const Situation& situation, std::ostream* out) {
-    *out << situation.name;
-}
-
-class Ending : public Program, public testing::WithParamInterface<Situation> {
+class Closing : public Program, public testing::WithParamInterface<Situation> {
 public:
-    // What opens a modal window answers only when that has gone.
-    void pressModal(const PixelRect& box) const {
-        PostMessageW(window_, WM_LBUTTONDOWN, 0, MAKELPARAM(middle(box).x, middle(box).y));
+    // Posted, because opening a modal window returns only when it is closed.
+    void openModal(const PixelRect& box) const {
+        PostMessageW(window_, WM_LBUTTONDOWN, 0, centreOf(box));
     }
-    void command(WPARAM code) const { PostMessageW(window_, kMidiNotifyMessage, code, 0); }
     bool hasEnded() const { return IsWindow(window_) == 0; }
-    // Also when the program has ended meanwhile.
+    // Waits for the window; gives up if the program has ended.
     HWND shown(const wchar_t* windowClass, const wchar_t* title) const {
         HWND found = nullptr;
         EXPECT_TRUE(waitUntil([&] {
@@ -142,109 +138,64 @@ public:
     }
 };
 
-constexpr wchar_t kTempoClass[] = L"PercussomaticBpmEditDialog", kMessageClass[] = L"#32770";
 constexpr Situation kSituations[] = {
-    {"Playing", false, [](const Ending& program) { program.click("sw_007"); }},
-    {"TempoDialog", true,
-     [](const Ending& program) {
-         program.click("sw_007");
-         program.pressModal(program.rects_.bpm);
-         program.shown(kTempoClass, L"Set Tempo");
-     }},
-    {"MessageOverTempoDialog", true,
-     [](const Ending& program) {
-         program.pressModal(program.rects_.bpm);
-         HWND dialog = program.shown(kTempoClass, L"Set Tempo");
+    {"MessageBoxOverTempoDialog",
+     [](const Closing& program) {
+         program.openModal(program.rects_.bpm);
+         HWND dialog = program.shown(L"PercussomaticBpmEditDialog", L"Set Tempo");
          constexpr int kEditId = 3101, kOkId = 3102;
          SetDlgItemTextW(dialog, kEditId, L"1");
          PostMessageW(dialog, WM_COMMAND, kOkId, 0);
-         program.shown(kMessageClass, L"Invalid BPM");
+         program.shown(L"#32770", L"Invalid BPM");
      }},
-    {"Message", true,
-     [](const Ending& program) {
-         program.command(kMidiCmdMidiClock);
-         program.pressModal(program.rects_.bpm);
-         program.shown(kMessageClass, L"Set Tempo");
-     }},
-    {"TitleDialog", true,
-     [](const Ending& program) {
-         program.press(program.rects_.cards);
-         program.pressModal(program.rects_.title);
+    {"TitleDialog",
+     [](const Closing& program) {
+         program.click(program.rects_.cards);
+         program.openModal(program.rects_.title);
          program.shown(L"PunchCardTitleDialog", L"Punch Card Title");
      }},
-    {"CardInsertion", false,
-     [](const Ending& program) {
-         program.click("sw_007");
-         program.press(program.rects_.cards);
+    {"CardInsertion",
+     [](const Closing& program) {
+         program.click(control::kStartStop);
+         program.click(program.rects_.cards);
          cardPanel().slots[0].used = true;
-         program.press(program.rects_.load);
+         program.click(program.rects_.load);
          EXPECT_TRUE(cardPanel().insertingCard || program.hasEnded());
      }},
-    {"WindowsAndLearning", false,
-     [](const Ending& program) {
-         program.click("sw_007");
-         program.press(program.rects_.info);
-         program.press(program.rects_.effects);
-         program.press(program.rects_.midi);
+    {"ToolWindowsAndLearn",
+     [](const Closing& program) {
+         program.click(control::kStartStop);
+         program.click(program.rects_.info);
+         program.click(program.rects_.effects);
+         program.click(program.rects_.midi);
          program.shown(L"LumivardaMidiDeviceSelectorWindow", L"Percussomatic MIDI");
-         program.command(kMidiCmdLearn);
+         PostMessageW(program.window_, kMidiNotifyMessage, kMidiCmdLearn, 0);
      }},
 };
 
-TEST_P(Ending, ComesSoonAndWhole) {
-    const struct {
-        const char* name;
-        std::function<void()> press;
-        bool byKeyboard = false;
-        bool first = false; // what follows happens within the switch's second
-    } ways[] = {
-        {"Escape", [this] { send(WM_KEYDOWN, VK_ESCAPE, 0); }, true},
-        {"close", [this] { PostMessageW(window_, WM_CLOSE, 0, 0); }},
-        {"end of the log-on",
-         [this] {
-             EXPECT_TRUE(SendMessageW(window_, WM_QUERYENDSESSION, 0, 0));
-             send(WM_ENDSESSION, FALSE, 0); // somebody has objected
-             EXPECT_TRUE(IsWindow(window_));
-             send(WM_ENDSESSION, TRUE, 0);
-             EXPECT_FALSE(IsWindow(window_));
-         }},
-        {"power switch", [this] { click("pw_001"); }, false, true},
-    };
-    bool begun = true;
-    for (const auto& [name, press, byKeyboard, first] : ways) {
-        SCOPED_TRACE(name);
-        if (byKeyboard && GetParam().modal) {
-            continue;
-        }
-        if (!std::exchange(begun, false)) {
-            begin();
-        }
-        if (first) {
-            press();
-        }
-        GetParam().enter(*this);
-        if (!first) {
-            press();
-        }
-        ASSERT_TRUE(endsWithin(std::chrono::milliseconds(first ? 3000 : 2000)));
-    }
+TEST_P(Closing, ByClosingTheWindow) {
+    GetParam().enter(*this);
+    PostMessageW(window_, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(endsWithin(2000));
 }
 
-INSTANTIATE_TEST_SUITE_P(From, Ending, testing::ValuesIn(kSituations),
-                         [](const auto& situation) { return situation.param.name; });
-
-TEST(RealDevice, OpensAndClosesAHundredTimes) {
-    if (waveOutGetNumDevs() == 0) {
-        GTEST_SKIP() << "no sound device";
-    }
-    WaveOut out(soundEngine());
-    for (int cycle = 0; cycle < 100; ++cycle) {
-        ASSERT_TRUE(out.start()) << cycle;
-        soundEngine().trigger(0, 1.0f);
-        out.stop();
-        ASSERT_EQ(out.device, nullptr);
-    }
+TEST_P(Closing, ByTheEndOfTheSession) {
+    GetParam().enter(*this);
+    EXPECT_TRUE(SendMessageW(window_, WM_QUERYENDSESSION, 0, 0));
+    send(WM_ENDSESSION, FALSE, 0); // cancelled by another program
+    EXPECT_FALSE(hasEnded());
+    send(WM_ENDSESSION, TRUE, 0);
+    EXPECT_TRUE(hasEnded());
+    EXPECT_TRUE(endsWithin(2000));
 }
+
+TEST_P(Closing, ByThePowerSwitchASecondBefore) {
+    click(control::kPower);
+    GetParam().enter(*this);
+    EXPECT_TRUE(endsWithin(3000));
+}
+
+INSTANTIATE_TEST_SUITE_P(During, Closing, testing::ValuesIn(kSituations));
 
 } // namespace
 } // namespace percussomatic

@@ -1,12 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "win32/windows/effects_window.h"
 
 #include "audio/effect_choice.h"
 #include "audio/effect_controls.h"
-#include "panel/display_scale.h"
 #include "win32/windows/owner_window.h"
 #include "win32/windows/tool_window.h"
-
-#include <gtest/gtest.h>
 
 #include <commctrl.h>
 
@@ -37,55 +35,28 @@ protected:
     int owned_ = ownedObjects;
 };
 
-struct Written {
-    const wchar_t* text; // none for a trackbar
-    int id;
-    WrittenPlace place;
-    int fontPixels, weight;
-};
-
-// One of each kind, in both columns.
-constexpr Written kWritten[] = {
-    {L"PERCUSOMATIC  /  EFFECTS", 0, {22, 14, 430, 30}, 24, 700},
-    {L"ENABLE EFFECT", kEnable, {535, 15, 145, 26}, 16, 600},
-    {L"STADIUM", kPreset + 3, {520, 56, 152, 38}, 16, 600},
-    {L"REVERB PARAMETERS", 0, {22, 458, 260, 22}, 16, 600},
-    {L"Triangle", 0, {357, 146, 125, 20}, 14, 400},
-    {L"Stereo Width", 0, {22, 612, 115, 20}, 14, 400},
-    {nullptr, 2005, {148, 391, 180, 30}, 0, 0},
-    {nullptr, 2114, {473, 487, 190, 30}, 0, 0},
-    {nullptr, 2115, {473, 527, 190, 30}, 0, 0}, // not shown
-};
-
-TEST_F(EffectsWindow, LooksAsWrittenAtEveryDisplaySetting) {
-    for (const int dpi : {96, 144, 192}) {
-        displayDpi() = dpi;
-        HWND window = show();
-        expectPlace(owner_, window, {40, 45, 720, 735});
-        EXPECT_EQ(GetWindowLongW(window, GWL_STYLE) & ~WS_CLIPSIBLINGS,
-                  WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_VISIBLE);
-        EXPECT_TRUE(GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW);
-        for (const Written& written : kWritten) {
-            const bool bar = written.text == nullptr;
-            HWND control = bar ? GetDlgItem(window, written.id)
-                               : FindWindowExW(window, nullptr, nullptr, written.text);
-            SCOPED_TRACE(written.place.y);
-            expectPlace(window, control, written.place);
-            EXPECT_EQ(GetDlgCtrlID(control), written.id);
-            EXPECT_EQ(IsWindowVisible(control) != 0, written.id != 2115);
-            EXPECT_EQ(SendMessageW(control, TBM_GETRANGEMAX, 0, 0), bar ? 100 : 0);
-            LOGFONTW font{};
-            GetObjectW(reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)),
-                       sizeof font, &font);
-            EXPECT_EQ(-font.lfHeight, written.fontPixels * dpi / 96);
-            EXPECT_EQ(font.lfWeight, written.weight);
-        }
-        DestroyWindow(window);
-        EXPECT_EQ(ownedObjects, owned_);
+TEST_F(EffectsWindow, ScalesWithTheDisplay) {
+    displayDpi() = 144;
+    HWND window = show();
+    const struct {
+        HWND control;
+        int x, y, width, height; // at 96 DPI
+    } kPlaces[] = {{FindWindowExW(window, nullptr, nullptr, L"STADIUM"), 520, 56, 152, 38},
+                   {FindWindowExW(window, nullptr, nullptr, L"Triangle"), 357, 146, 125, 20},
+                   {GetDlgItem(window, 2114), 473, 487, 190, 30}};
+    for (const auto& [control, x, y, width, height] : kPlaces) {
+        RECT place{};
+        GetWindowRect(control, &place);
+        MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+        EXPECT_EQ(place.left, onScreen(x));
+        EXPECT_EQ(place.top, onScreen(y));
+        EXPECT_EQ(place.right - place.left, onScreen(width));
+        EXPECT_EQ(place.bottom - place.top, onScreen(height));
     }
+    EXPECT_FALSE(IsWindowVisible(GetDlgItem(window, 2115))) << "an extra, without effect";
 }
 
-TEST_F(EffectsWindow, HandGoesStraightToTheEngine) {
+TEST_F(EffectsWindow, ControlsSetTheEngine) {
     HWND window = show();
     for (const int id : {2000, 2011, 2110, 2111, 2112, 2113, 2114, 2117}) {
         for (const auto& [key, position] : {std::pair{VK_END, 100}, {VK_LEFT, 99}, {VK_HOME, 0}}) {
@@ -99,7 +70,6 @@ TEST_F(EffectsWindow, HandGoesStraightToTheEngine) {
     }
 }
 
-// The fill of a button on the screen.
 COLORREF fillOf(HWND button) {
     UpdateWindow(button);
     HDC dc = GetDC(button);
@@ -108,41 +78,33 @@ COLORREF fillOf(HWND button) {
     return fill;
 }
 
-TEST_F(EffectsWindow, FollowsTheChosenPreset) {
-    const std::vector<const wchar_t*> texts[] = {
-        {L"Room Size", L"Damping", L"Stereo Width"},
-        {L"Warm Tone", L"A warm and smooth room designed for vintage electronic drums."},
-        {L"Hall Size", L"A large hall with a long tail and an open stereo image."},
-        {L"Reverb Tail", L"Vintage Tone", L"Stereo Spread"},
-    };
+TEST_F(EffectsWindow, ShowsTheSelectedPreset) {
+    const wchar_t* const kTexts[] = {
+        L"Room Size", L"A warm and smooth room designed for vintage electronic drums.",
+        L"A large hall with a long tail and an open stereo image.", L"Stereo Spread"};
     HWND window = show();
     for (const int preset : {3, 2, 1, 0}) {
         SCOPED_TRACE(preset);
         SendDlgItemMessageW(window, kPreset + preset, BM_CLICK, 0, 0);
         EXPECT_EQ(effectChoice().selectedPreset, preset);
         EXPECT_FALSE(soundEngine().isEffectEnabled());
-        for (const wchar_t* text : texts[preset]) {
-            EXPECT_NE(FindWindowExW(window, nullptr, L"Static", text), nullptr);
-        }
+        EXPECT_NE(FindWindowExW(window, nullptr, L"Static", kTexts[preset]), nullptr);
         for (int each = 0; each < 4; ++each) {
             EXPECT_EQ(fillOf(GetDlgItem(window, kPreset + each)),
                       colour(each == preset ? 0xD6912D : 0x413D36));
         }
     }
-    selectPreset(1); // as a card does
-    refreshEffectsWindow();
-    EXPECT_EQ(fillOf(GetDlgItem(window, kPreset + 1)), colour(0xD6912D));
 }
 
-TEST_F(EffectsWindow, IsKeptAndShowsWhatHappenedMeanwhile) {
-    refreshEffectsWindow();                                     // nothing yet
-    showEffectsWindow(reinterpret_cast<HWND>(INT_PTR{0x7FFE})); // no owner, no window
+TEST_F(EffectsWindow, IsReusedAndShowsChangesMadeWhileHidden) {
+    refreshEffectsWindow();                                     // no-op: it does not exist yet
+    showEffectsWindow(reinterpret_cast<HWND>(INT_PTR{0x7FFE})); // fails: no such owner
     EXPECT_EQ(ownedObjects, owned_);
     HWND window = show();
     ShowWindow(window, SW_MINIMIZE);
     SendMessageW(window, WM_CLOSE, 0, 0);
     EXPECT_EQ(GetFocus(), owner_);
-    selectPreset(2); // as a card does
+    selectPreset(2); // as loading a card does
     soundEngine().setEffectEnabled(true);
     EXPECT_EQ(show(), window);
     EXPECT_TRUE(IsWindowVisible(window) && !IsIconic(window));
@@ -150,6 +112,7 @@ TEST_F(EffectsWindow, IsKeptAndShowsWhatHappenedMeanwhile) {
         EXPECT_EQ(SendDlgItemMessageW(window, id++, TBM_GETPOS, 0, 0), position);
     }
     EXPECT_TRUE(IsDlgButtonChecked(window, kEnable));
+    EXPECT_EQ(fillOf(GetDlgItem(window, kPreset + 2)), colour(0xD6912D));
 }
 
 } // namespace
