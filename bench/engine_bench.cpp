@@ -64,8 +64,8 @@ void registerBenchmarks() {
     for (const bool silent : {false, true}) {
         const std::string name = std::string("reverb alone, ") + (silent ? "silence" : "signal");
         RegisterBenchmark(name.c_str(), reverbAlone<lumivarda::dsp::Plate70Reverb>, silent);
-        RegisterBenchmark((name + againstReference).c_str(), reverbAlone<reference::ReferenceReverb>,
-                          silent);
+        RegisterBenchmark((name + againstReference).c_str(),
+                          reverbAlone<reference::ReferenceReverb>, silent);
     }
 }
 

@@ -2,18 +2,20 @@
 // How long does the GUI thread delay a step? Starts the program and operates it from a second
 // thread with posted messages. A third thread posts a silent step every millisecond. For every
 // message handled by the panel's window or a tool window, measures the longest time during which
-// the GUI thread served no step. Prints the median and the worst time for each kind of message.
+// the GUI thread handled no step. Prints the median and the worst time for each kind of message.
 // Run it in a folder of its own: it saves cards.
 
 #include "cards/card_panel.h"
+#include "main_window_handle.h"
 #include "panel/control_geometry.h"
+#include "panel/control_names.h"
 #include "panel/panel_rects.h"
 #include "sequencer/sequencer.h"
-#include "sequencer/system.h"
+#include "system_time.h"
 #include "win32/app/main_window.h"
 #include "win32/app/start_up.h"
-#include "win32/midi/midi_input.h"
-#include "win32/windows/message_loop.h"
+#include "win32/messages.h"
+#include "win32/view/panel_rendering.h"
 
 #include <windows.h>
 
@@ -67,26 +69,26 @@ std::string nameOf(UINT message) {
     }
 }
 
-// The longest time without a served step, within one message. GUI thread only.
-struct ServiceGap {
-    std::int64_t lastServedNs = 0, longestNs = 0;
+// The longest time without a handled step, within one message. GUI thread only.
+struct StepGap {
+    std::int64_t lastStepNs = 0, longestNs = 0;
 
-    void served() {
+    void stepHandled() {
         const std::int64_t nowNs = counterNs();
-        longestNs = std::max(longestNs, nowNs - lastServedNs);
-        lastServedNs = nowNs;
+        longestNs = std::max(longestNs, nowNs - lastStepNs);
+        lastStepNs = nowNs;
     }
 };
 
 LRESULT CALLBACK timedProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     static int depth = 0; // messages sent while handling a message count as part of it
-    static ServiceGap gap;
+    static StepGap gap;
     if (message == kMarkerMessage) {
         ++handledMarkers;
         return 0;
     }
     if (depth > 0 && message == kStepTickMessage) {
-        gap.served();
+        gap.stepHandled();
     }
     if (message == kStepTickMessage && wParam == kSilentStep) {
         return 0;
@@ -99,7 +101,7 @@ LRESULT CALLBACK timedProc(HWND window, UINT message, WPARAM wParam, LPARAM lPar
     const LRESULT result = CallWindowProcW(timedWindows[window], window, message, wParam, lParam);
     --depth;
     if (depth == 0 && what != nullptr) {
-        gap.served();
+        gap.stepHandled();
         timesMs[std::string(what) + ": " + nameOf(message)].push_back(
             static_cast<double>(gap.longestNs) * 1e-6);
     }
@@ -131,16 +133,17 @@ PixelPoint centreOf(const PixelRect& rect) {
     return {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
 }
 
-PixelPoint centreOf(const char* name) {
-    RECT client{};
-    GetClientRect(panel(), &client);
-    return centreOf(controlClientRect(findControl(name), viewScale(client.right, client.bottom)));
+PixelPoint centreOf(int control) {
+    return centreOf(controlClientRect(control, windowScale(panel())));
+}
+
+PixelPoint centreOf(std::string_view control) {
+    return centreOf(findControl(control));
 }
 
 PanelRects rects() {
-    RECT client{};
-    GetClientRect(panel(), &client);
-    return panelRects(client.right, client.bottom, 0.0);
+    const Size client = clientSize(panel());
+    return panelRects(client.width, client.height, 0.0);
 }
 
 void click(PixelPoint at) {
@@ -149,7 +152,7 @@ void click(PixelPoint at) {
     waitUntilHandled();
 }
 
-void drag(const char* what, const char* control, int dx, int dy) {
+void drag(const char* what, std::string_view control, int dx, int dy) {
     action = what;
     const PixelPoint from = centreOf(control);
     mouse(WM_LBUTTONDOWN, from);
@@ -222,13 +225,13 @@ void playCards() {
         Sleep(50);
     }
     Sleep(200);
-    click(centreOf("sw_008")); // switches editing off again
+    click(centreOf(control::kEdit)); // loading has turned edit mode on
 }
 
 void floodWithControlChanges() {
     action = "learn";
     PostMessageW(panel(), kMidiNotifyMessage, kMidiCmdLearn, 0);
-    click(centreOf("rotary_001"));
+    click(centreOf(control::kMasterRotary));
     action = "flood of CC";
     for (int i = 0; i < 6000; ++i) {
         PostMessageW(panel(), kMidiNotifyMessage, static_cast<WPARAM>(0x07B0 | (i % 128) << 16), 0);
@@ -243,23 +246,21 @@ void operatePanel() {
     action = nullptr;
     for (int line = 0; line < kLineCount; ++line) {
         for (int step = 0; step < kStepCount; ++step) {
-            char name[16];
-            std::snprintf(name, sizeof name, "bottone_%03d", line * kStepCount + step + 1);
-            click(centreOf(name));
+            click(centreOf(stepButtonIndex(line, step)));
         }
     }
-    const PixelPoint tempo = centreOf("rotary_002");
+    const PixelPoint tempo = centreOf(control::kTempoRotary);
     mouse(WM_LBUTTONDOWN, tempo);
     mouse(WM_MOUSEMOVE, {tempo.x, tempo.y - 1000}); // 240 BPM
     mouse(WM_LBUTTONUP, tempo);
-    click(centreOf("sw_007"));
+    click(centreOf(control::kStartStop));
     action = "playing";
     Sleep(5000);
-    drag("dial", "rotary_001", 0, 150);
-    drag("slider", "slider_003", 120, 0);
+    drag("dial", control::kMasterRotary, 0, 150);
+    drag("slider", control::line(2).slider, 120, 0);
     action = "step button";
     for (int i = 0; i < 100; ++i) {
-        click(centreOf("bottone_035"));
+        click(centreOf(stepButtonIndex(2, 2)));
     }
     resize();
     openAndClose("EFFECTS, first time", "EFFECTS, again", centreOf(rects().effects),

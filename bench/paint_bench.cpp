@@ -5,11 +5,15 @@
 
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
+#include "main_window_handle.h"
 #include "panel/control_geometry.h"
+#include "panel/control_names.h"
+#include "panel/control_state.h"
 #include "panel/panel_state.h"
 #include "redraw.h"
 #include "sequencer/sequencer.h"
-#include "sequencer/system.h"
+#include "sequencer/transport.h"
+#include "system_time.h"
 #include "win32/app/start_up.h"
 
 #include <windows.h>
@@ -76,22 +80,21 @@ void measureRepaints() {
     std::printf("panel of %ld x %ld pixels\n", full.cx, full.cy);
     fillPattern();
     sequencer().running = true;
-    sequencer().externalSync = true; // keeps the program's own step clock out of it
+    sequencer().externalSync = true; // stops the program's own step clock
 
     const double fullMs = measureAndPrint("full repaint", 30, 0.0, [](int) { redrawPanel(); });
-    measureAndPrint("a step's tick", 200, fullMs, [](int) {
+    measureAndPrint("a step", 200, fullMs, [](int) {
         onStepTick();
         flushPainting();
     });
-    const int knob = findControl("rotary_002");
-    measureAndPrint("a dial while it is dragged", 200, fullMs, [knob](int round) {
+    const int dial = findControl(control::kTempoRotary);
+    measureAndPrint("a dial while it is dragged", 200, fullMs, [dial](int round) {
         panelState().tempo.value = round / 200.0;
-        redrawControl(knob, Repaint::now);
+        redrawControl(dial, Repaint::now);
     });
     measureAndPrint("a slider while it is dragged", 200, fullMs, [](int round) {
-        const int slider = findControl("slider_003");
-        auto& offset = controlState().sliderOffset[static_cast<std::size_t>(slider)];
-        const std::uint32_t old = std::exchange(offset, static_cast<std::uint32_t>(round * 3));
+        const int slider = findControl(control::line(2).slider);
+        const std::uint32_t old = std::exchange(controlState().offset(slider), round * 3U);
         redrawSlider(slider, old);
     });
     insertCard();

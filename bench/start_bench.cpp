@@ -6,10 +6,12 @@
 #include "audio/sound_engine.h"
 #include "cards/card_panel.h"
 #include "midi/midi_state.h"
+#include "panel/control_geometry.h"
+#include "panel/control_state.h"
 #include "panel/layout_scale.h"
 #include "panel/panel_state.h"
 #include "sequencer/sequencer.h"
-#include "sequencer/system.h"
+#include "system_time.h"
 #include "win32/audio/wave_out.h"
 #include "win32/graphics/gdiplus_flat.h"
 #include "win32/graphics/images.h"
@@ -49,8 +51,7 @@ void startInSteps() {
         resetSequencer();
         resetMidiState();
     });
-    timed("pictures (parallel to the next three)",
-          [size] { loadPanelImages(viewScale(size.width, size.height)); });
+    timed("pictures (parallel to the next three)", [size] { loadPanelImages(viewScale(size)); });
     timed("ten cards", [] {
         resetCardPanel();
         loadCards();
@@ -62,7 +63,7 @@ void startInSteps() {
                                  nullptr, nullptr, nullptr, nullptr);
     });
     timed("background", [&] { rebuildBackgroundCache(window); });
-    timed("MIDI port of the last run", connectSavedMidiInput);
+    timed("MIDI port of the last session", connectSavedMidiInput);
     timed("first paint", [&] {
         screenPixels().fit(size);
         composePanel(screenPixels().view(), {0, 0, size.width, size.height}, size);

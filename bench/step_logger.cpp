@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The instrument with a log of its steps, for step_times.py: when the step clock posted each step and
+// The program with a log of its steps, for step_times.py: when the step clock posted each step and
 // when the panel had finished handling it, in nanoseconds. Writes steps.txt on exit.
 
 #include "clock_thread.h"
 #include "system_time.h"
 #include "win32/app/main_window.h"
 #include "win32/app/start_up.h"
-#include "win32/windows/message_loop.h"
+#include "win32/messages.h"
 
 #include <windows.h>
 
@@ -22,14 +22,14 @@ void loggedPost(WindowHandle window) noexcept;
 namespace {
 
 std::mutex mutex;
-std::vector<std::int64_t> postedNs; // guarded by mutex
-std::vector<std::int64_t> servedNs; // GUI thread only
+std::vector<std::int64_t> postedNs;  // guarded by mutex
+std::vector<std::int64_t> handledNs; // GUI thread only
 WNDPROC panelProc = nullptr;
 
 LRESULT CALLBACK loggedProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     const LRESULT result = CallWindowProcW(panelProc, window, message, wParam, lParam);
     if (message == kStepTickMessage) {
-        servedNs.push_back(counterNs());
+        handledNs.push_back(counterNs());
     }
     return result;
 }
@@ -55,13 +55,13 @@ void loggedPost(WindowHandle window) noexcept {
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int) {
     using namespace percussomatic;
     postedNs.reserve(100'000);
-    servedNs.reserve(100'000);
+    handledNs.reserve(100'000);
     SetTimer(nullptr, 0, 500, onStarted);
     const int code = runPercussomatic(instance);
     if (std::FILE* file = std::fopen("steps.txt", "w"); file != nullptr) {
-        for (std::size_t i = 0; i < postedNs.size() && i < servedNs.size(); ++i) {
+        for (std::size_t i = 0; i < postedNs.size() && i < handledNs.size(); ++i) {
             std::fprintf(file, "%lld %lld\n", static_cast<long long>(postedNs[i]),
-                         static_cast<long long>(servedNs[i]));
+                         static_cast<long long>(handledNs[i]));
         }
         std::fclose(file);
     }
