@@ -1,8 +1,9 @@
-; The installer: for one user, without an administrator.
+; SPDX-License-Identifier: MIT
+; The installer: per user, without administrator rights.
 ;
-; The program goes into the user's folder for programs, where it may write its settings beside itself. The
-; cards and the layout scale lie where the program is started: in a folder of the user's documents, which
-; is the working folder of the entry in the start menu. An update leaves cards and settings alone.
+; The program goes into the user's folder for programs, where it can write its settings file. It keeps the
+; cards and the layout scale in its working folder: a folder in the user's documents, which the Start menu
+; shortcut sets. An update keeps cards and settings.
 ;
 ; makensis -DVERSION=... -DSTAGED=folder-with-the-files -DSETUP=result.exe -DICON=... -DSIDE=...
 
@@ -19,7 +20,7 @@ InstallDir "$LOCALAPPDATA\Programs\Percussomatic"
 InstallDirRegKey HKCU "${UNINSTALL_KEY}" "InstallLocation"
 SetCompressor /SOLID lzma
 SetCompressorDictSize 64
-SetDateSave off ; the same files give the same installer
+SetDateSave off ; for a reproducible installer
 ManifestDPIAware true
 BrandingText "Percussomatic ${VERSION}"
 
@@ -31,15 +32,15 @@ VIAddVersionKey "FileDescription" "Installs Percussomatic"
 VIAddVersionKey "CompanyName" "Percussomatic developers"
 VIAddVersionKey "LegalCopyright" "Percussomatic developers, 2026. MIT licence."
 
-Var Cards ; the folder that holds PunchCards and the layout scale
+Var Cards ; the working folder, with PunchCards and the layout scale
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
 !define MUI_WELCOMEFINISHPAGE_BITMAP "${SIDE}"
 !define MUI_WELCOMEPAGE_TITLE "Percussomatic ${VERSION}"
-!define MUI_WELCOMEPAGE_TEXT "This installs the drum machine for you alone; nothing else on this computer is changed.$\r$\n$\r$\nYour punch cards are kept in the folder Percussomatic of your documents. If you have an older version, it is replaced, and your cards and settings stay as they are.$\r$\n$\r$\nClick Install to go on."
+!define MUI_WELCOMEPAGE_TEXT "This installs Percussomatic for your user account only. Administrator rights are not needed.$\r$\n$\r$\nYour punch cards are kept in the folder Percussomatic in your documents. An older version is replaced; your cards and settings are kept.$\r$\n$\r$\nClick Install to continue."
 !define MUI_FINISHPAGE_TITLE "Ready to play"
-!define MUI_FINISHPAGE_TEXT "Percussomatic is in your start menu."
+!define MUI_FINISHPAGE_TEXT "Percussomatic is in your Start menu."
 !define MUI_FINISHPAGE_RUN
 !define MUI_FINISHPAGE_RUN_TEXT "Play now"
 !define MUI_FINISHPAGE_RUN_FUNCTION play
@@ -50,8 +51,8 @@ Var Cards ; the folder that holds PunchCards and the layout scale
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
 
-; A program that is playing cannot be replaced or removed.
-!macro waitForTheProgramToEnd
+; The files of a running program cannot be replaced or removed.
+!macro requireProgramClosed
     ${If} ${FileExists} "$INSTDIR\Percussomatic.exe"
         ${Do}
             ClearErrors
@@ -60,7 +61,7 @@ Var Cards ; the folder that holds PunchCards and the layout scale
                 FileClose $0
                 ${ExitDo}
             ${EndIf}
-            MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Percussomatic is playing. Please end it, then try again." /SD IDCANCEL IDRETRY +3
+            MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Percussomatic is running. Please close it, then try again." /SD IDCANCEL IDRETRY +3
             SetErrorLevel 2
             Quit
         ${Loop}
@@ -68,11 +69,11 @@ Var Cards ; the folder that holds PunchCards and the layout scale
 !macroend
 
 Function .onInit
-    !insertmacro waitForTheProgramToEnd
+    !insertmacro requireProgramClosed
 FunctionEnd
 
-; Where the documents cannot be written, say because a guard against ransomware protects them, the cards
-; lie in the user's folder for local files.
+; If the documents folder is not writable, for example because of ransomware protection, the cards go into
+; the user's local application data.
 Function chooseCards
     ReadRegStr $Cards HKCU "${UNINSTALL_KEY}" "CardFolder"
     ${If} $Cards == ""
@@ -111,7 +112,7 @@ Section
     ${EndIf}
 
     CreateDirectory "$SMPROGRAMS\Percussomatic"
-    SetOutPath "$Cards" ; becomes the working folder of the entries
+    SetOutPath "$Cards" ; becomes the working folder of the shortcuts
     CreateShortCut "$SMPROGRAMS\Percussomatic\Percussomatic.lnk" "$INSTDIR\Percussomatic.exe"
     CreateShortCut "$SMPROGRAMS\Percussomatic\Manual.lnk" "$INSTDIR\Manual.html"
 
@@ -132,10 +133,10 @@ Section
 SectionEnd
 
 Function un.onInit
-    !insertmacro waitForTheProgramToEnd
+    !insertmacro requireProgramClosed
 FunctionEnd
 
-; Removes what the installer brought, and no folder that holds anything else.
+; Removes only files that the installer created, and folders only if they are then empty.
 Section "Uninstall"
     ReadRegStr $Cards HKCU "${UNINSTALL_KEY}" "CardFolder"
     Delete "$INSTDIR\Percussomatic.exe"
@@ -152,7 +153,7 @@ Section "Uninstall"
     DeleteRegKey HKCU "${UNINSTALL_KEY}"
 
     MessageBox MB_YESNO|MB_DEFBUTTON2|MB_ICONQUESTION "Do you want to remove your punch cards and settings too?$\r$\n$\r$\nThe cards are in $Cards\PunchCards." /SD IDNO IDNO kept
-    ; Also what lies beside the program, where it keeps its settings and may have been started by hand.
+    ; The program's folder has the settings, and cards if the program was started from there.
     Delete "$INSTDIR\Percussomatic.ini"
     Delete "$INSTDIR\MidiMappings.ini"
     Delete "$INSTDIR\LumivardaLayoutScale.txt"
@@ -163,6 +164,6 @@ Section "Uninstall"
         RMDir "$Cards"
     ${EndIf}
 kept:
-    SetOutPath "$TEMP" ; a working folder cannot be removed
+    SetOutPath "$TEMP" ; the current folder cannot be removed
     RMDir "$INSTDIR"
 SectionEnd
