@@ -48,10 +48,10 @@ TEST_F(EffectsWindow, ScalesWithTheDisplay) {
         RECT place{};
         GetWindowRect(control, &place);
         MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
-        EXPECT_EQ(place.left, onScreen(x));
-        EXPECT_EQ(place.top, onScreen(y));
-        EXPECT_EQ(place.right - place.left, onScreen(width));
-        EXPECT_EQ(place.bottom - place.top, onScreen(height));
+        EXPECT_EQ(place.left, scaledForDpi(x));
+        EXPECT_EQ(place.top, scaledForDpi(y));
+        EXPECT_EQ(place.right - place.left, scaledForDpi(width));
+        EXPECT_EQ(place.bottom - place.top, scaledForDpi(height));
     }
     EXPECT_FALSE(IsWindowVisible(GetDlgItem(window, 2115))) << "an extra, without effect";
 }
