@@ -1,18 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include "support/counting_new.h"
 
 #include <cstdlib>
 #include <new>
 
-namespace {
-
-thread_local std::size_t allocations = 0;
-
-} // namespace
-
-// All forms stand here: a sanitizer's own array forms would not come by. In a file of its own, or
-// the compiler sees memory of its new go to free().
+// Replaces the array forms, too, because a sanitizer's array forms would bypass this. In a separate
+// file, because the compiler would otherwise warn that memory from new is passed to free().
 void* operator new(std::size_t size) {
-    ++allocations;
+    ++percussomatic::allocationCount;
     if (void* memory = std::malloc(size != 0 ? size : 1)) {
         return memory;
     }
@@ -32,8 +27,4 @@ void operator delete[](void* memory) noexcept {
 }
 void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
-}
-
-std::size_t percussomatic::allocationCount() noexcept {
-    return allocations;
 }

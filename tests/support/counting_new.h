@@ -1,11 +1,11 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 
 namespace percussomatic {
 
-// How often the calling thread has used operator new. Over-aligned types use another one and are
-// not seen.
-std::size_t allocationCount() noexcept;
+// Number of calls of operator new by this thread, except for over-aligned types.
+inline thread_local std::size_t allocationCount = 0;
 
 } // namespace percussomatic

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <csignal>
@@ -6,24 +7,21 @@
 
 namespace percussomatic {
 
-// While one lives, nothing can be written beyond so many bytes of a file, as on a disk that has
-// filled up.
+// During its lifetime no file can grow beyond `bytes`, as if the disk were full.
 class FullDisk {
 public:
     explicit FullDisk(std::size_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &former_);
-        const rlimit limit{bytes, former_.rlim_max};
+        getrlimit(RLIMIT_FSIZE, &oldLimit_);
+        const rlimit limit{bytes, oldLimit_.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
     ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &former_);
+        setrlimit(RLIMIT_FSIZE, &oldLimit_);
         std::signal(SIGXFSZ, handler_);
     }
 
 private:
-    rlimit former_{};
+    rlimit oldLimit_{};
     void (*handler_)(int);
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <csignal>
@@ -7,11 +8,11 @@
 
 namespace percussomatic {
 
-// Does some work in a process of its own, which is killed after it has called the system so many
-// times and half times: before its first call with 0, when that has returned with 1, before the
-// second with 2. False when the work was done before.
+// Runs work() in a child process and kills that at a stop in its system calls: 0 is the entry to
+// the first call, 1 the return from it, 2 the entry to the second, and so on. Returns false if
+// work() completed before that.
 template <typename Work>
-bool killedInCall(int halfCalls, Work work) {
+bool killedInCall(int stop, Work work) {
     const pid_t child = fork();
     if (child == 0) {
         if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) {
@@ -23,12 +24,12 @@ bool killedInCall(int halfCalls, Work work) {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    for (int stops = -1; stops < halfCalls; ++stops) {
-        ptrace(PTRACE_SYSCALL, child, nullptr, nullptr); // on to the next entry or return
+    for (int stops = -1; stops < stop && !WIFEXITED(status); ++stops) {
+        ptrace(PTRACE_SYSCALL, child, nullptr, nullptr); // runs to the next entry or return
         waitpid(child, &status, 0);
-        if (WIFEXITED(status)) {
-            return false;
-        }
+    }
+    if (WIFEXITED(status)) {
+        return false;
     }
     kill(child, SIGKILL);
     waitpid(child, &status, 0);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <gtest/gtest.h>
@@ -24,7 +25,8 @@ inline std::ptrdiff_t filesIn(const std::filesystem::path& folder) {
     return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
-// A working directory of the test's own, gone afterwards.
+// An empty directory, named after the test, that is the working directory during the object's
+// lifetime and is then removed.
 class OwnFolder {
 public:
     OwnFolder() {
@@ -36,8 +38,6 @@ public:
         std::filesystem::current_path(former_);
         std::filesystem::remove_all(folder_);
     }
-    OwnFolder(const OwnFolder&) = delete;
-    OwnFolder& operator=(const OwnFolder&) = delete;
 
 private:
     const std::filesystem::path former_ = std::filesystem::current_path();

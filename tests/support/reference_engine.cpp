@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "support/reference_engine.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace percussomatic::reference {
@@ -7,24 +9,19 @@ namespace percussomatic::reference {
 namespace {
 
 // Return, room size, damping, width, pre-delay in ms.
-constexpr float kPresets[6][5] = {
+constexpr std::tuple<float, float, float, float, float> kPresets[6] = {
     {0.20f, 0.42f, 0.58f, 0.92f, 5.0f},  {0.24f, 0.62f, 0.48f, 1.00f, 10.0f},
     {0.16f, 0.28f, 0.66f, 0.78f, 2.0f},  {0.30f, 0.82f, 0.38f, 1.00f, 18.0f},
     {0.34f, 0.92f, 0.42f, 1.00f, 26.0f}, {0.38f, 0.97f, 0.58f, 0.88f, 32.0f},
 };
 
-std::int16_t converted(float value) {
-    if (std::isnan(value)) {
-        return 0;
-    }
-    value = value > 1.0f ? 1.0f : value;
-    value = value < -1.0f ? -1.0f : value;
-    return static_cast<std::int16_t>(value * 32767.0f);
+std::int16_t toPcm(float value) {
+    return static_cast<std::int16_t>(std::isnan(value) ? 0.0f
+                                                       : std::clamp(value, -1.0f, 1.0f) * 32767.0f);
 }
 
-std::uint64_t framesOf(std::uint64_t ms, std::uint32_t rateHz) { // at least one
-    const std::uint64_t frames = rateHz * ms / 1000;
-    return frames < 1 ? 1 : frames;
+std::uint64_t framesOf(std::uint64_t ms, std::uint32_t rateHz) {
+    return std::max<std::uint64_t>(rateHz * ms / 1000, 1);
 }
 
 } // namespace
@@ -37,10 +34,7 @@ void ReferenceEngine::trigger(std::int32_t sampleIndex, float gain) {
     while (slot < 64 && voices[slot].active) {
         ++slot;
     }
-    if (slot == 64) {
-        slot = 0;
-    }
-    voices[slot] = {sampleIndex, 0.0, gain > 0.0f ? gain : 0.0f, true, 0, 0};
+    voices[slot % 64] = {sampleIndex, 0.0, gain > 0.0f ? gain : 0.0f, true, 0, 0};
 }
 
 void ReferenceEngine::setEffectEnabled(bool enabled) {
@@ -51,36 +45,20 @@ void ReferenceEngine::setEffectEnabled(bool enabled) {
 }
 
 void ReferenceEngine::setEffectPreset(std::int32_t preset) {
-    const float* values = kPresets[preset < 0 ? 0 : preset > 5 ? 5 : preset];
-    effectReturn = values[0];
-    reverb.roomSize = values[1];
-    reverb.damping = values[2];
-    reverb.width = values[3];
-    reverb.preDelayMs = values[4];
-}
-
-void ReferenceEngine::setAutoStop(bool enabled, float threshold, std::uint32_t holdMs,
-                                  std::uint32_t minMs) {
-    autoStopEnabled = enabled;
-    silenceThreshold = threshold;
-    silenceHoldMs = holdMs;
-    minPlayMs = minMs;
+    std::tie(effectReturn, reverb.roomSize, reverb.damping, reverb.width, reverb.preDelayMs) =
+        kPresets[std::clamp(preset, 0, 5)];
 }
 
 void ReferenceEngine::renderBlock(std::int16_t* out, std::uint32_t frames) {
-    if (stopAllVoicesRequest) {
-        stopAllVoicesRequest = false;
-        for (Voice& voice : voices) {
-            voice.active = false;
-            voice.sampleIndex = -1;
-            voice.position = 0.0;
-            voice.gain = 0.0f;
+    for (Voice& voice : voices) {
+        if (stopAllVoicesRequest) {
+            voice = {-1, 0.0, 0.0f, false, voice.silentFrames, voice.playedFrames};
         }
     }
+    stopAllVoicesRequest = false;
     for (; frames > 0; --frames, out += 2) {
         if (outputMuted) {
-            out[0] = 0;
-            out[1] = 0;
+            std::fill_n(out, 2, std::int16_t{0});
         } else {
             renderFrame(out);
         }
@@ -88,10 +66,7 @@ void ReferenceEngine::renderBlock(std::int16_t* out, std::uint32_t frames) {
 }
 
 void ReferenceEngine::renderFrame(std::int16_t* out) {
-    float L = 0.0f;
-    float R = 0.0f;
-    float sendL = 0.0f;
-    float sendR = 0.0f;
+    float L = 0.0f, R = 0.0f, sendL = 0.0f, sendR = 0.0f;
     for (Voice& voice : voices) {
         if (!voice.active || voice.sampleIndex < 0) {
             continue;
@@ -132,8 +107,8 @@ void ReferenceEngine::renderFrame(std::int16_t* out) {
         L += effectReturn * wet.left;
         R += effectReturn * wet.right;
     }
-    out[0] = converted(L * masterVolume);
-    out[1] = converted(R * masterVolume);
+    out[0] = toPcm(L * masterVolume);
+    out[1] = toPcm(R * masterVolume);
 }
 
 } // namespace percussomatic::reference

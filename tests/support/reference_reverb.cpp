@@ -1,5 +1,7 @@
-#include "support/reference_reverb.h"
+// SPDX-License-Identifier: MIT
+#include "support/reference_engine.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace percussomatic::reference {
@@ -9,12 +11,11 @@ namespace {
 constexpr int kCombFrames[8] = {1116, 1188, 1277, 1356, 1422, 1491, 1557, 1617};
 constexpr int kAllpassFrames[4] = {556, 441, 341, 225};
 
-std::size_t scaledFrames(int rateHz, int frames) {
-    const int scaled = (rateHz * frames) / 44100;
-    return static_cast<std::size_t>(scaled < 1 ? 1 : scaled);
+ReferenceReverb::Line emptyLine(int rateHz, int frames) {
+    return {std::vector<float>(static_cast<std::size_t>(std::max(rateHz * frames / 44100, 1)))};
 }
 
-float orZero(float value) {
+float flushed(float value) {
     return std::fabs(value) < 1e-30f ? 0.0f : value;
 }
 
@@ -26,30 +27,21 @@ void ReferenceReverb::prepare(double rateHz) {
     for (std::size_t channel = 0; channel < 2; ++channel) {
         const int spread = channel == 1 ? 23 : 0;
         for (std::size_t stage = 0; stage < 8; ++stage) {
-            combs[channel][stage].memory.resize(scaledFrames(rate, kCombFrames[stage] + spread));
+            combs[channel][stage] = emptyLine(rate, kCombFrames[stage] + spread);
         }
         for (std::size_t stage = 0; stage < 4; ++stage) {
-            allpasses[channel][stage].memory.resize(
-                scaledFrames(rate, kAllpassFrames[stage] + spread));
+            allpasses[channel][stage] = emptyLine(rate, kAllpassFrames[stage] + spread);
         }
         const auto frames = static_cast<std::size_t>(sampleRate * 0.21);
-        preDelay[channel].resize(frames < 8 ? 8 : frames);
+        preDelay[channel].assign(frames < 8 ? 8 : frames, 0.0f);
     }
-    reset();
+    frame = 0;
 }
 
 void ReferenceReverb::reset() {
-    for (std::size_t channel = 0; channel < 2; ++channel) {
-        for (Line& comb : combs[channel]) {
-            comb.memory.assign(comb.memory.size(), 0.0f);
-            comb.lowPass = 0.0f;
-        }
-        for (Line& allpass : allpasses[channel]) {
-            allpass.memory.assign(allpass.memory.size(), 0.0f);
-        }
-        preDelay[channel].assign(preDelay[channel].size(), 0.0f);
+    if (!preDelay[0].empty()) {
+        prepare(sampleRate);
     }
-    frame = 0;
 }
 
 ReferenceReverb::Frame ReferenceReverb::process(float left, float right) {
@@ -59,15 +51,9 @@ ReferenceReverb::Frame ReferenceReverb::process(float left, float right) {
     const float wet2 = wet * 3.0f * 0.5f * (1.0f - width);
 
     float delayed[2] = {left, right};
-    if (!preDelay[0].empty()) {
-        const std::size_t length = preDelay[0].size();
-        float delay = static_cast<float>(sampleRate) * preDelayMs * 0.001f;
-        if (delay < 0.0f) {
-            delay = 0.0f;
-        }
-        if (delay > static_cast<float>(length - 1)) {
-            delay = static_cast<float>(length - 1);
-        }
+    if (const std::size_t length = preDelay[0].size(); length > 0) {
+        const float delay = std::clamp(static_cast<float>(sampleRate) * preDelayMs * 0.001f, 0.0f,
+                                       static_cast<float>(length - 1));
         const std::size_t write = frame % length;
         const std::size_t read = (write - static_cast<std::size_t>(delay) + length) % length;
         delayed[0] = preDelay[0][read];
@@ -77,28 +63,20 @@ ReferenceReverb::Frame ReferenceReverb::process(float left, float right) {
     }
     const float mono = (delayed[0] + delayed[1]) * 1.0f * 0.015f;
 
-    float out[2];
-    for (std::size_t channel = 0; channel < 2; ++channel) {
-        out[channel] = 0.0f;
+    float out[2] = {};
+    for (std::size_t channel = 0; channel < 2 && !preDelay[0].empty(); ++channel) {
         for (Line& comb : combs[channel]) {
-            if (comb.memory.empty()) {
-                continue;
-            }
-            float& cell = comb.memory[frame % comb.memory.size()];
+            float& cell = comb.buffer[frame % comb.buffer.size()];
             const float y = cell;
-            comb.lowPass = orZero(y * (1.0f - damp1) + comb.lowPass * damp1);
-            cell = orZero(mono + comb.lowPass * feedback);
+            comb.lowPass = flushed(y * (1.0f - damp1) + comb.lowPass * damp1);
+            cell = flushed(mono + comb.lowPass * feedback);
             out[channel] += y;
         }
         for (Line& allpass : allpasses[channel]) {
-            if (allpass.memory.empty()) {
-                out[channel] = 0.0f;
-                continue;
-            }
-            float& cell = allpass.memory[frame % allpass.memory.size()];
-            const float b = cell;
-            cell = orZero(b * 0.5f + out[channel]);
-            out[channel] = b - out[channel];
+            float& cell = allpass.buffer[frame % allpass.buffer.size()];
+            const float delayedFrame = cell;
+            cell = flushed(delayedFrame * 0.5f + out[channel]);
+            out[channel] = delayedFrame - out[channel];
         }
     }
     ++frame;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -11,7 +12,7 @@ namespace percussomatic {
 
 using Bytes = std::vector<std::byte>;
 
-// Of numbers in a row, as this machine has them: least byte first.
+// Contiguous numbers in this machine's byte order, which is little-endian.
 template <typename Values>
 Bytes toBytes(const Values& values) {
     const auto bytes = std::as_bytes(std::span(values));
@@ -19,32 +20,34 @@ Bytes toBytes(const Values& values) {
 }
 
 struct WaveFormat {
-    std::uint16_t tag = 1;
-    std::uint16_t channels = 1;
+    std::uint16_t tag = 1, channels = 1;
     std::uint32_t sampleRate = 48000;
     std::uint16_t bits = 16;
+    std::size_t chunkBytes = 16; // more are filled with 0xAA
 };
 
-// Puts RIFF/WAVE files together, well formed or not.
+// Builds RIFF/WAVE files, valid or not, chunk by chunk.
 class WaveBuilder {
 public:
     WaveBuilder& format(const WaveFormat& format) {
         const auto frameBytes = static_cast<std::uint16_t>(format.channels * (format.bits / 8));
+        const std::uint32_t rate = format.sampleRate;
         Bytes body = toBytes(std::vector{format.tag, format.channels});
-        append(body, toBytes(std::vector{format.sampleRate, format.sampleRate * frameBytes}));
+        append(body, toBytes(std::vector{rate, rate * frameBytes}));
         append(body, toBytes(std::vector{frameBytes, format.bits}));
+        body.resize(format.chunkBytes, std::byte{0xAA});
         return chunk("fmt ", body);
     }
     WaveBuilder& values16(const std::vector<std::int16_t>& values) {
         return chunk("data", toBytes(values));
     }
 
-    // An odd body is padded. The claimed size is the body's unless told otherwise.
+    // Pads an odd body. Writes the body's size unless another one is given.
     WaveBuilder& chunk(std::string_view id, const Bytes& body,
-                       std::optional<std::uint32_t> claimedSize = {}) {
+                       std::optional<std::uint32_t> writtenSize = {}) {
         const auto size = static_cast<std::uint32_t>(body.size());
         append(bytes_, toBytes(id));
-        append(bytes_, toBytes(std::vector{claimedSize.value_or(size)}));
+        append(bytes_, toBytes(std::vector{writtenSize.value_or(size)}));
         append(bytes_, body);
         bytes_.resize(bytes_.size() + size % 2, std::byte{0xAA});
         return *this;

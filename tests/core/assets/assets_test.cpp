@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "assets/assets.h"
 
 #include "graphics/icon_directory.h"
@@ -7,40 +8,33 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
-#include <span>
 #include <string>
-#include <utility>
 
 namespace percussomatic {
 namespace {
 
 using Bytes = std::span<const std::byte>;
-using PixelSize = std::pair<std::int64_t, std::int64_t>; // width, height
 
-std::uint32_t littleEndian(Bytes bytes, std::size_t offset, std::size_t count) {
-    std::uint32_t value = 0;
-    for (std::size_t i = count; i-- > 0;) {
-        value = value << 8 | std::to_integer<std::uint32_t>(bytes[offset + i]);
-    }
+template <typename Value>
+Value read(Bytes bytes, std::size_t offset) { // little-endian
+    Value value{};
+    std::memcpy(&value, bytes.subspan(offset, sizeof value).data(), sizeof value);
     return value;
 }
 
 std::uint32_t bigEndian(Bytes bytes, std::size_t offset) {
-    const std::uint32_t value = littleEndian(bytes, offset, 4);
-    return value << 24 | (value & 0xFF00) << 8 | (value >> 8 & 0xFF00) | value >> 24;
+    return __builtin_bswap32(read<std::uint32_t>(bytes, offset));
 }
 
-// The picture is an 8-bit RGBA PNG of this size, whole to its last byte. Chunks other than pixels
-// are refused: a gamma or profile chunk changes colours on some systems, a date makes the same
-// sources give other bytes.
-void expectPicture(Bytes png, PixelSize size) {
+// Checks for a complete 8-bit RGBA PNG of this size with pixel chunks only. A gamma or profile
+// chunk changes colours on some systems; a date chunk makes builds differ.
+void expectPicture(Bytes png, const Size& size) {
     ASSERT_GT(png.size(), 33u);
     EXPECT_EQ(std::memcmp(png.data(), "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR", 16), 0);
-    EXPECT_EQ(PixelSize(bigEndian(png, 16), bigEndian(png, 20)), size);
-    EXPECT_EQ(littleEndian(png, 24, 2), 0x0608u) << "bit depth 8, colour type 6";
+    EXPECT_EQ(bigEndian(png, 16), size.width);
+    EXPECT_EQ(bigEndian(png, 20), size.height);
+    EXPECT_EQ(read<std::uint16_t>(png, 24), 0x0608) << "bit depth 8, colour type 6";
     std::size_t offset = 33;
     while (offset + 12 < png.size()) {
         ASSERT_EQ(std::memcmp(&png[offset + 4], "IDAT", 4), 0);
@@ -50,7 +44,7 @@ void expectPicture(Bytes png, PixelSize size) {
     EXPECT_EQ(std::memcmp(&png[offset + 4], "IEND", 4), 0);
 }
 
-TEST(Assets, TableIsSortedByUpperCasedNameAndLookUpsAreExact) {
+TEST(Assets, TableIsSortedByUpperCaseNameAndLookUpsAreExact) {
     EXPECT_EQ(assetTable().size(), 29u);
     std::string last;
     for (const AssetRow& row : assetTable()) {
@@ -68,33 +62,32 @@ TEST(Assets, TableIsSortedByUpperCasedNameAndLookUpsAreExact) {
     }
 }
 
-// A picture of another size or pixel format would still be drawn, but stretched, without its
-// transparency or with a hole in the panel.
+// A picture of another size or pixel format would be drawn stretched or without transparency.
 TEST(Assets, PicturesHaveTheSizeOfEveryControlThatShowsThem) {
-    // The lit beat lamp, the card and its hole are shown by rules of their own.
     expectPicture(findAsset("BIN_onPNG.PNG").span(), {166, 166});
     expectPicture(findAsset("pounch.PNG").span(), {883, 2540});
     expectPicture(findAsset("hole.PNG").span(), {56, 56});
     for (const ControlRow& row : controlRows()) {
         SCOPED_TRACE(row.name);
-        expectPicture(findAsset(row.image).span(), {row.width, row.height});
-        if (!row.imageOn.empty()) {
-            expectPicture(findAsset(row.imageOn).span(), {row.width, row.height});
+        for (const std::string_view image : {row.image, row.imageOn}) {
+            if (!image.empty()) {
+                expectPicture(findAsset(image).span(), {row.width, row.height});
+            }
         }
     }
 }
 
-// A size that is missing makes the system stretch another one.
-TEST(Assets, IconHasItsSevenSizesWhole) {
+// The system would stretch another size in place of a missing one.
+TEST(Assets, IconHasAllSevenSizes) {
     const Bytes icon = findAsset("AppIcon.ico").span();
     expectPicture(bestIconImage(icon, 256, 256), {256, 256});
-    for (const std::uint32_t side : {16u, 20u, 24u, 32u, 48u, 64u}) {
+    for (const int side : {16, 20, 24, 32, 48, 64}) {
         SCOPED_TRACE(side);
-        const Bytes image = bestIconImage(icon, static_cast<int>(side), static_cast<int>(side));
+        const Bytes image = bestIconImage(icon, side, side);
         ASSERT_EQ(image.size(), 40 + 4 * side * side + (side + 31) / 32 * 4 * side);
-        EXPECT_EQ(littleEndian(image, 4, 4), side);
-        EXPECT_EQ(littleEndian(image, 8, 4), 2 * side) << "and mask";
-        EXPECT_EQ(littleEndian(image, 14, 2), 32u) << "bits per pixel";
+        EXPECT_EQ(read<std::int32_t>(image, 4), side);
+        EXPECT_EQ(read<std::int32_t>(image, 8), 2 * side) << "height of pixels and mask";
+        EXPECT_EQ(read<std::uint16_t>(image, 14), 32) << "bits per pixel";
     }
 }
 

@@ -1,147 +1,134 @@
+// SPDX-License-Identifier: MIT
 #include "graphics/pixel_image.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace percussomatic {
 namespace {
 
-TEST(PixelImage, ColoursAreMultipliedByAlphaAndRounded) {
-    for (std::uint32_t alpha = 0; alpha < 256; ++alpha) {
-        for (std::uint32_t colour = 0; colour < 256; ++colour) {
-            const auto scaled = [alpha](std::uint32_t channel) {
-                return static_cast<std::uint32_t>(std::lround(channel * alpha / 255.0));
-            };
-            const std::uint32_t red = 255 - colour, green = colour, blue = colour / 2;
-            PixelImage image{1, 1, {alpha << 24 | red << 16 | green << 8 | blue}};
-            premultiply(image);
-            ASSERT_EQ(image.pixels[0],
-                      alpha << 24 | scaled(red) << 16 | scaled(green) << 8 | scaled(blue))
-                << "alpha " << alpha << ", colour " << colour;
+using Pixels = std::vector<std::uint32_t>;
+
+// One channel of a pixel; 0 is blue, 3 alpha. Beyond the right and bottom edge that of the last
+// one.
+int at(const PixelImage& image, int x, int y, int channel) {
+    const int index = std::min(y, image.height - 1) * image.width + std::min(x, image.width - 1);
+    return static_cast<int>(image.pixels[static_cast<std::size_t>(index)] >> (8 * channel) & 0xFF);
+}
+
+// The pixels of an image, computed by valueAt(x, y, channel).
+template <typename ValueAt>
+Pixels reference(int width, int height, ValueAt valueAt) {
+    Pixels pixels;
+    for (int i = 0; i < width * height; ++i) {
+        std::uint32_t pixel = 0;
+        for (int channel = 3; channel >= 0; --channel) {
+            pixel = pixel << 8 | static_cast<std::uint32_t>(valueAt(i % width, i / width, channel));
         }
+        pixels.push_back(pixel);
     }
+    return pixels;
 }
 
 PixelImage noise(int width, int height) {
-    PixelImage image = blankImage(width, height);
     std::uint32_t random = 1;
-    for (std::uint32_t& pixel : image.pixels) {
-        random = random * 1664525U + 1013904223U;
-        pixel = random;
-    }
+    const auto next = [&](int, int, int) { return (random = random * 1664525 + 1013904223) >> 24; };
+    PixelImage image{width, height, reference(width, height, next)};
     premultiply(image);
     return image;
 }
 
-int channelOf(std::uint32_t pixel, int channel) {
-    return static_cast<int>((pixel >> (8 * channel)) & 0xFF);
+TEST(PixelImage, PremultiplyingRounds) {
+    const auto straight = [](int x, int y, int c) { return c == 3 ? x : c == 0 ? y : 255 - y / c; };
+    PixelImage image{256, 256, reference(256, 256, straight)};
+    premultiply(image);
+    const auto rounded = [&](int x, int y, int c) {
+        return c == 3 ? x : (2 * straight(x, y, c) * x + 255) / 510;
+    };
+    EXPECT_EQ(image.pixels, reference(256, 256, rounded));
 }
 
-// One channel after the other, as the header words it.
-template <typename Channel>
-PixelImage plain(int width, int height, Channel channel) {
-    PixelImage image = blankImage(width, height);
-    for (int i = 0; i < 4 * width * height; ++i) {
-        const int value = channel(i / 4 % width, i / 4 / width, i % 4);
-        image.pixels[static_cast<std::size_t>(i / 4)] |= static_cast<std::uint32_t>(value)
-                                                         << (8 * (i % 4));
-    }
-    return image;
-}
-
-TEST(PixelImage, FourPixelsAtOnceGiveTheSameAsOneChannelAfterTheOther) {
-    for (int width = 1; width < 26; ++width) {
-        const int height = 26 - width;
-        const PixelImage image = noise(width, height);
-        const auto at = [&](int x, int y, int channel) {
-            const int index = std::min(y, height - 1) * width + std::min(x, width - 1);
-            return channelOf(image.pixels[static_cast<std::size_t>(index)], channel);
-        };
+TEST(PixelImage, HalvingAveragesBlocksOfFourPixels) {
+    for (int width = 1, height = 25; width < 26; ++width, --height) {
+        const PixelImage image = noise(width, height), half = halved(image);
         const auto average = [&](int x, int y, int c) {
-            return (at(2 * x, 2 * y, c) + at(2 * x + 1, 2 * y, c) + at(2 * x, 2 * y + 1, c) +
-                    at(2 * x + 1, 2 * y + 1, c) + 2) /
+            return (at(image, 2 * x, 2 * y, c) + at(image, 2 * x + 1, 2 * y, c) +
+                    at(image, 2 * x, 2 * y + 1, c) + at(image, 2 * x + 1, 2 * y + 1, c) + 2) /
                    4;
         };
-        const PixelImage half = halved(image);
-        ASSERT_EQ(half.pixels, plain((width + 1) / 2, (height + 1) / 2, average).pixels) << width;
-        ASSERT_EQ(scaled(image, width, height).pixels, image.pixels);
-        if (width >= 8 && height >= 8) {
+        ASSERT_EQ(half.pixels, reference((width + 1) / 2, (height + 1) / 2, average)) << width;
+        if (width >= 8 && height >= 8) { // scaling to less than half halves first
             ASSERT_EQ(scaled(image, width / 3, height / 3).pixels,
                       scaled(half, width / 3, height / 3).pixels);
         }
-        for (int wanted = width / 2 + 1; wanted < 3 * width; ++wanted) {
-            const int tall = (height * 3 + 3) / 4;
-            const auto place = [](int i, int from, int to) {
-                return std::clamp(((2 * i + 1) * from * 256 / to - 256) / 2, 0, (from - 1) * 256);
-            };
-            const auto mixed = [](int a, int b, int weight) {
-                return (a * (256 - weight) + b * weight + 128) / 256;
-            };
-            const auto weighted = [&](int x, int y, int c) {
-                const int u = place(x, width, wanted), v = place(y, height, tall);
+    }
+}
+
+TEST(PixelImage, ScalingInterpolatesBetweenPixelCentres) {
+    const auto source = [](int i, int from, int to) { // in 1/256 pixel
+        return std::clamp(((2 * i + 1) * from * 256 / to - 256) / 2, 0, (from - 1) * 256);
+    };
+    const auto mix = [](int a, int b, int weight) {
+        return (a * (256 - weight) + b * weight + 128) / 256;
+    };
+    for (int width = 1, height = 25; width < 26; ++width, --height) {
+        const PixelImage image = noise(width, height);
+        ASSERT_EQ(scaled(image, width, height).pixels, image.pixels);
+        const int newHeight = (height * 3 + 3) / 4;
+        for (int newWidth = width / 2 + 1; newWidth < 3 * width; ++newWidth) {
+            SCOPED_TRACE(testing::Message() << width << " to " << newWidth);
+            const auto value = [&](int x, int y, int c) {
+                const int u = source(x, width, newWidth), v = source(y, height, newHeight);
                 const auto column = [&](int left) {
-                    return mixed(at(left, v / 256, c), at(left, v / 256 + 1, c), v % 256);
+                    return mix(at(image, left, v / 256, c), at(image, left, v / 256 + 1, c),
+                               v % 256);
                 };
-                return mixed(column(u / 256), column(u / 256 + 1), u % 256);
+                return mix(column(u / 256), column(u / 256 + 1), u % 256);
             };
-            const PixelImage whole = scaled(image, wanted, tall);
-            ASSERT_EQ(whole.pixels, plain(wanted, tall, weighted).pixels)
-                << width << " to " << wanted;
-            // Any part of it alone.
-            const int left = wanted / 3, top = tall / 4;
-            PixelImage part = blankImage(wanted - left - left / 2, tall - top), same = part;
-            copyScaled(image, {-left, -top, wanted - left, tall - top}, viewOf(part));
-            copyPixels(whole, -left, -top, viewOf(same));
-            ASSERT_EQ(part.pixels, same.pixels) << width << " to " << wanted;
+            const PixelImage whole = scaled(image, newWidth, newHeight);
+            ASSERT_EQ(whole.pixels, reference(newWidth, newHeight, value));
+            const int left = newWidth / 3, top = newHeight / 4;
+            PixelImage part = blankImage(newWidth - left - left / 2, newHeight - top), copy = part;
+            copyScaled(image, {-left, -top, newWidth - left, newHeight - top}, viewOf(part));
+            copyPixels(whole, -left, -top, viewOf(copy));
+            ASSERT_EQ(part.pixels, copy.pixels) << "clipped";
         }
     }
 }
 
-TEST(PixelImage, BlendingPutsOneOverTheOtherAndCutsWhatLiesOutside) {
+TEST(PixelImage, PicturesAreCopiedOrBlendedAndClipped) {
     const PixelImage over = noise(8, 6), under = noise(10, 7);
-    for (const auto& [left, top] :
-         {std::pair(1, 1), std::pair(-3, -2), std::pair(6, 4), std::pair(-8, 0), std::pair(0, 7)}) {
+    for (const PixelPoint corner : {PixelPoint{1, 1}, {-3, -2}, {6, 4}, {-8, 0}, {0, 7}}) {
         PixelImage blended = under, copied = under;
-        blendPixels(over, left, top, viewOf(blended));
-        copyPixels(over, left, top, viewOf(copied));
-        for (int i = 0; i < under.width * under.height; ++i) {
-            const int x = i % under.width - left, y = i / under.width - top;
-            const bool covered = x >= 0 && x < over.width && y >= 0 && y < over.height;
-            const auto index = static_cast<std::size_t>(i);
-            const std::uint32_t ground = under.pixels[index];
-            const std::uint32_t source =
-                covered ? over.pixels[static_cast<std::size_t>(y * over.width + x)] : 0;
-            ASSERT_EQ(copied.pixels[index], covered ? source : ground);
-            for (int channel = 0; channel < 4; ++channel) {
-                const double through = (255 - channelOf(source, 3)) / 255.0;
-                ASSERT_NEAR(channelOf(blended.pixels[index], channel),
-                            channelOf(source, channel) + channelOf(ground, channel) * through,
-                            0.51);
-            }
-        }
+        blendPixels(over, corner.x, corner.y, viewOf(blended));
+        copyPixels(over, corner.x, corner.y, viewOf(copied));
+        const auto covered = [=](int x, int y) {
+            return contains({corner.x, corner.y, corner.x + 8, corner.y + 6}, {x, y});
+        };
+        const auto source = [&](int x, int y, int c) {
+            return covered(x, y) ? at(over, x - corner.x, y - corner.y, c) : 0;
+        };
+        EXPECT_EQ(copied.pixels, reference(10, 7, [&](int x, int y, int c) {
+                      return covered(x, y) ? source(x, y, c) : at(under, x, y, c);
+                  }));
+        EXPECT_EQ(blended.pixels, reference(10, 7, [&](int x, int y, int c) {
+                      const int transparency = 255 - source(x, y, 3);
+                      return source(x, y, c) + (at(under, x, y, c) * transparency + 127) / 255;
+                  }));
     }
 }
 
-TEST(PixelImage, AFillWeakensWhatLiesThereByItsOpacity) {
-    PixelImage ground = blankImage(258, 3);
-    for (std::uint32_t x = 0; x < 256; ++x) {
-        ground.pixels[258 + x] = x | x << 8 | x << 16 | x << 24;
-    }
+TEST(PixelImage, FillingEqualsBlendingAPictureOfOneColour) {
     for (std::uint32_t alpha = 0; alpha < 256; ++alpha) {
-        PixelImage filled = ground;
-        fillPixels({-5, 1, 256, 2}, alpha << 24 | 0x00FF00, viewOf(filled));
-        for (std::uint32_t x = 0; x < 258; ++x) {
-            EXPECT_EQ(filled.pixels[x] | filled.pixels[2 * 258 + x], 0U) << "beside it";
-            const std::uint32_t weak = (x * (255 - alpha) + 127) / 255;
-            ASSERT_EQ(filled.pixels[258 + x],
-                      x < 256 ? (weak + alpha) << 24 | weak << 16 | (weak + alpha) << 8 | weak : 0U)
-                << alpha << " over " << x;
-        }
+        const std::uint32_t argb = alpha << 24 | 0x20FF77;
+        PixelImage filled = noise(258, 3), blended = filled, picture{261, 1, Pixels(261, argb)};
+        fillPixels({-5, 1, 256, 2}, argb, viewOf(filled));
+        premultiply(picture);
+        blendPixels(picture, -5, 1, viewOf(blended));
+        ASSERT_EQ(filled.pixels, blended.pixels) << alpha;
     }
 }
 
