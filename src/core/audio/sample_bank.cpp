@@ -59,7 +59,7 @@ float decodeInt32(const std::byte* bytes) {
                               0x1p-31);
 }
 
-// A NaN would stay in the reverb's feedback for ever, so it becomes 0.
+// A NaN would stay in the reverb's feedback forever, so it becomes 0.
 float decodeFloat32(const std::byte* bytes) {
     const auto value = std::bit_cast<float>(readU32(bytes));
     return std::isnan(value) ? 0.0f : std::clamp(value, -1.0f, 1.0f);
