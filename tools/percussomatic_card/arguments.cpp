@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "arguments.h"
 
 #include <algorithm>
@@ -9,7 +10,7 @@ namespace percussomatic::tool {
 
 namespace {
 
-std::string inWords(double value) {
+std::string numberText(double value) {
     std::ostringstream text;
     text << value;
     return text.str();
@@ -29,14 +30,13 @@ std::optional<std::uint64_t> Arguments::count(std::string_view option) const {
         value = std::numeric_limits<std::uint64_t>::max();
     }
     if (error == std::errc::invalid_argument || end != text.data() + text.size() || value < 1) {
-        throw Misuse(std::string(option) + " is \"" + text +
-                     "\"; expected a whole number of at least 1");
+        throw UsageError(std::string(option) + " is \"" + text +
+                         "\"; expected a whole number of at least 1");
     }
     return value;
 }
 
-std::optional<double> Arguments::number(std::string_view option, double lowest,
-                                        double highest) const {
+std::optional<double> Arguments::number(std::string_view option, double min, double max) const {
     const auto found = options.find(option);
     if (found == options.end()) {
         return {};
@@ -44,10 +44,10 @@ std::optional<double> Arguments::number(std::string_view option, double lowest,
     const std::string& text = found->second;
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool within = value >= lowest && value <= highest; // a NaN is not
-    if (error != std::errc{} || end != text.data() + text.size() || !within) {
-        throw Misuse(std::string(option) + " is \"" + text + "\"; expected a number from " +
-                     inWords(lowest) + " to " + inWords(highest));
+    const bool withinRange = value >= min && value <= max; // false for NaN
+    if (error != std::errc{} || end != text.data() + text.size() || !withinRange) {
+        throw UsageError(std::string(option) + " is \"" + text + "\"; expected a number from " +
+                         numberText(min) + " to " + numberText(max));
     }
     return value;
 }
@@ -55,35 +55,35 @@ std::optional<double> Arguments::number(std::string_view option, double lowest,
 Arguments parseArguments(std::span<const std::string> words,
                          std::span<const std::string_view> options) {
     Arguments arguments;
-    bool onlyOperands = false;
+    bool optionsEnded = false;
     for (std::size_t at = 0; at < words.size(); ++at) {
         const std::string& word = words[at];
-        if (onlyOperands || !word.starts_with('-') || word == "-") {
+        if (optionsEnded || !word.starts_with('-') || word == "-") {
             arguments.operands.push_back(word);
         } else if (word == "--") {
-            onlyOperands = true;
+            optionsEnded = true;
         } else if (word == "--help" || word == "-h") {
-            arguments.helpWanted = true;
+            arguments.helpRequested = true;
         } else {
             const std::size_t equals = word.find('=');
             const std::string name = word.substr(0, equals);
             if (std::ranges::find(options, name) == options.end()) {
-                throw Misuse("unknown option " + name);
+                throw UsageError("unknown option " + name);
             }
             if (equals == std::string::npos && at + 1 == words.size()) {
-                throw Misuse(name + " needs a value");
+                throw UsageError(name + " needs a value");
             }
             const std::string value =
                 equals == std::string::npos ? words[++at] : word.substr(equals + 1);
             if (!arguments.options.emplace(name, value).second) {
-                throw Misuse(name + " is given twice");
+                throw UsageError(name + " is given twice");
             }
         }
     }
     return arguments;
 }
 
-std::filesystem::path pathOf(std::string_view utf8) {
+std::filesystem::path pathFromUtf8(std::string_view utf8) {
     return {std::u8string(utf8.begin(), utf8.end())};
 }
 

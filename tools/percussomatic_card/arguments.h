@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -15,34 +16,35 @@
 namespace percussomatic::tool {
 
 // Exit codes of every command.
-inline constexpr int kDone = 0;    // warnings do not count
-inline constexpr int kFailed = 1;  // a card is refused, a file cannot be read or written
-inline constexpr int kMisused = 2; // the command line makes no sense
+inline constexpr int kSuccess = 0;    // with or without warnings
+inline constexpr int kFailure = 1;    // a card is refused, a file cannot be read or written
+inline constexpr int kUsageError = 2; // the command line is invalid
 
-// The player's fault; the text says which.
-class Misuse : public std::runtime_error {
+// An invalid command line; the text says why.
+class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// What follows a command, in UTF-8, options and operands in any order. "--" makes everything after
-// it an operand. Every option has a value, as "--bars 2" or "--bars=2".
+// The words after the command, in UTF-8. Options and operands can be mixed; everything after "--"
+// is an operand. Every option has a value: "--bars 2" or "--bars=2".
 struct Arguments {
     std::vector<std::string> operands;
     std::map<std::string, std::string, std::less<>> options;
-    bool helpWanted = false;
+    bool helpRequested = false;
 
     bool has(std::string_view option) const { return options.contains(option); }
 
-    // A whole number of at least 1; larger ones than it holds become the largest. Throws Misuse.
+    // The option's value, or nullopt if the option is absent. Both throw UsageError for an invalid
+    // value. A count is a whole number of at least 1, saturated at the largest uint64_t.
     std::optional<std::uint64_t> count(std::string_view option) const;
-    std::optional<double> number(std::string_view option, double lowest, double highest) const;
+    std::optional<double> number(std::string_view option, double min, double max) const;
 };
 
-// Throws Misuse for an option that is not in the list, comes twice or lacks its value.
+// Throws UsageError for an unknown or repeated option or one without a value.
 Arguments parseArguments(std::span<const std::string> words,
                          std::span<const std::string_view> options);
 
-std::filesystem::path pathOf(std::string_view utf8);
+std::filesystem::path pathFromUtf8(std::string_view utf8);
 
 } // namespace percussomatic::tool

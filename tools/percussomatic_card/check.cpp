@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands.h"
 
 #include "cards/card_text.h"
@@ -8,15 +9,15 @@
 namespace percussomatic::tool {
 
 int check(const Arguments& arguments) {
-    int code = kDone;
+    int code = kSuccess;
     for (const std::string& file : arguments.operands) {
         const auto read = readCard(file);
         if (!read) {
-            code = kFailed;
+            code = kFailure;
             continue;
         }
         for (const CardRemark& warning : read->report.warnings) {
-            tellRemark(file, warning, "warning: ");
+            reportRemark(file, warning, "warning: ");
         }
         std::cout << file << ": ok, version " << read->report.version << ", \""
                   << printableUtf8(read->card.title) << "\"" << std::endl;

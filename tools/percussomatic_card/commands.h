@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "arguments.h"
@@ -7,8 +8,8 @@
 
 namespace percussomatic::tool {
 
-// One file per command. Each gets arguments whose number and option names are right, and gives the
-// exit code; what is wrong with them otherwise it throws as Misuse.
+// Each command has a source file of its own and returns the exit code. The number of operands and
+// the names of the options have been checked; invalid values throw UsageError.
 int check(const Arguments& arguments);
 int show(const Arguments& arguments);
 int rewrite(const Arguments& arguments);
@@ -16,10 +17,10 @@ int render(const Arguments& arguments);
 int midi(const Arguments& arguments);
 int recordings(const Arguments& arguments);
 
-// The whole tool: command line without the program's name, in UTF-8; the exit code.
+// Runs the tool with the command line in UTF-8, without the program's name. Returns the exit code.
 int runTool(std::span<const std::string> words);
 
-// Whether somebody watches stderr. One implementation per system.
-bool errorsGoToTerminal() noexcept;
+// Implemented in main_posix.cpp and main_windows.cpp.
+bool stderrIsTerminal() noexcept;
 
 } // namespace percussomatic::tool

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files.h"
 
 #include <fstream>
@@ -6,24 +7,24 @@
 
 namespace percussomatic::tool {
 
-std::optional<CardRead> readCard(const std::string& file) {
-    const auto bytes = readCardBytes(pathOf(file));
+std::optional<LoadedCard> readCard(const std::string& file) {
+    const auto bytes = readCardBytes(pathFromUtf8(file));
     if (!bytes) {
-        tellFault(file, "cannot be read; expected a punch card");
+        reportError(file, "cannot be read; expected a punch card");
         return {};
     }
     CardReport report;
     try {
         if (auto card = parsePunchCard(*bytes, &report)) {
-            return CardRead{std::move(*card), std::move(report)};
+            return LoadedCard{std::move(*card), std::move(report)};
         }
-    } catch (const std::logic_error&) { // NOLINT(bugprone-empty-catch): the report has the fault
+    } catch (const std::logic_error&) { // NOLINT(bugprone-empty-catch): the report names the fault
     }
-    tellRemark(file, report.fault.value_or(CardRemark{}));
+    reportRemark(file, report.fault.value_or(CardRemark{}));
     return {};
 }
 
-std::optional<std::vector<std::byte>> readWhole(const std::filesystem::path& path) {
+std::optional<std::vector<std::byte>> readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::vector<std::byte> bytes;
     for (char byte = 0; file.get(byte);) {
@@ -35,47 +36,49 @@ std::optional<std::vector<std::byte>> readWhole(const std::filesystem::path& pat
     return bytes;
 }
 
-void tellFault(const std::string& file, std::string_view fault) {
+void reportError(const std::string& file, std::string_view fault) {
     std::cerr << file << ": " << fault << '\n';
 }
 
-void tellRemark(const std::string& file, const CardRemark& remark, std::string_view kind) {
+void reportRemark(const std::string& file, const CardRemark& remark, std::string_view kind) {
     std::cerr << file << ':' << remark.line << ": " << kind << remark.text << '\n';
 }
 
-void keepCard(const Arguments& arguments) {
-    std::error_code error; // one that is not there yet is another file
-    if (std::filesystem::equivalent(pathOf(arguments.operands[0]), pathOf(arguments.operands[1]),
-                                    error)) {
-        throw Misuse(arguments.operands[1] + " is the card itself; expected another file to write");
+void requireSeparateOutput(const Arguments& arguments) {
+    std::error_code error; // set if the output does not exist yet: then it is a separate file
+    if (std::filesystem::equivalent(pathFromUtf8(arguments.operands[0]),
+                                    pathFromUtf8(arguments.operands[1]), error)) {
+        throw UsageError(arguments.operands[1] +
+                         " is the card itself; expected a different output file");
     }
 }
 
-int outcome(SaveResult result, const std::string& file) {
+int exitCode(SaveResult result, const std::string& file) {
     switch (result) {
     case SaveResult::saved:
-        return kDone;
+        return kSuccess;
     case SaveResult::noFolder:
-        tellFault(file, "the folder cannot be created; expected a place for one");
+        reportError(file, "the folder cannot be created; expected a writable location");
         break;
     case SaveResult::readOnly:
-        tellFault(file, "is marked read-only; expected a file that may be replaced");
+        reportError(file, "is read-only; expected a file that can be replaced");
         break;
     case SaveResult::notAFile:
-        tellFault(file, "is not a file; expected the name of a file");
+        reportError(file, "is not a regular file; expected a file name");
         break;
     case SaveResult::notWritten:
-        tellFault(file, "cannot be written; expected an existing folder that may be written to and "
-                        "room on the disk");
+        reportError(file,
+                    "cannot be written; expected an existing, writable folder and enough free "
+                    "disk space");
         break;
     }
-    return kFailed;
+    return kFailure;
 }
 
 int writeOutput(const std::string& file, std::string_view bytes) {
-    FileReplacement output(pathOf(file));
+    FileReplacement output(pathFromUtf8(file));
     output.write(bytes);
-    return outcome(output.commit(), file);
+    return exitCode(output.take(), file);
 }
 
 } // namespace percussomatic::tool

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "arguments.h"
@@ -12,28 +13,30 @@
 
 namespace percussomatic::tool {
 
-// Files of the commands, and what is said of them on stderr.
+// Reading and writing the files of the commands, and reporting errors on stderr.
 
-struct CardRead {
+struct LoadedCard {
     PunchCard card;
     CardReport report;
 };
 
-// Nothing, with the fault told, for a card that is refused or cannot be read.
-std::optional<CardRead> readCard(const std::string& file);
+// Reports the error and returns nullopt if the card is refused or cannot be read.
+std::optional<LoadedCard> readCard(const std::string& file);
 
-std::optional<std::vector<std::byte>> readWhole(const std::filesystem::path& path);
+// The whole file; nullopt if it cannot be read.
+std::optional<std::vector<std::byte>> readFile(const std::filesystem::path& path);
 
-void tellFault(const std::string& file, std::string_view fault);
-void tellRemark(const std::string& file, const CardRemark& remark, std::string_view kind = "");
+// "FILE: FAULT" and "FILE:LINE: KIND TEXT".
+void reportError(const std::string& file, std::string_view fault);
+void reportRemark(const std::string& file, const CardRemark& remark, std::string_view kind = "");
 
-// Throws Misuse when the second operand is the card itself, by whatever name.
-void keepCard(const Arguments& arguments);
+// Throws UsageError if the second operand names the same file as the first, the card.
+void requireSeparateOutput(const Arguments& arguments);
 
-// An exit code; a failure is told.
-int outcome(SaveResult result, const std::string& file);
+// The exit code for the result of a save; reports a failure.
+int exitCode(SaveResult result, const std::string& file);
 
-// Writes a file whole or not at all.
+// Writes the whole file or leaves an existing one unchanged. Returns the exit code.
 int writeOutput(const std::string& file, std::string_view bytes);
 
 } // namespace percussomatic::tool

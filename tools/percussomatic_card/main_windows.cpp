@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cards/card_text.h"
 #include "commands.h"
 
@@ -7,7 +8,7 @@
 #include <vector>
 #include <windows.h>
 
-bool percussomatic::tool::errorsGoToTerminal() noexcept {
+bool percussomatic::tool::stderrIsTerminal() noexcept {
     return _isatty(_fileno(stderr)) != 0;
 }
 

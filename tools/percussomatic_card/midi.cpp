@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "commands.h"
 
 #include "cards/card_text.h"
 #include "files.h"
-#include "playing.h"
+#include "playback.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,11 +12,12 @@ namespace percussomatic::tool {
 
 namespace {
 
-constexpr std::uint32_t kQuarterTicks = 480;
-constexpr std::uint32_t kStepTicks = kQuarterTicks / 4;
-constexpr std::uint32_t kNoteTicks = kStepTicks / 2; // ends before its key can be struck again
-constexpr std::uint64_t kPlainBars = 4;
-constexpr std::uint64_t kMostSteps = 0x0FFFFFFFU / kStepTicks; // the largest pause is 28 bits
+constexpr std::uint32_t kTicksPerQuarter = 480;
+constexpr std::uint32_t kTicksPerStep = kTicksPerQuarter / 4;
+constexpr std::uint32_t kNoteTicks =
+    kTicksPerStep / 2; // ends before the next step can repeat the key
+constexpr std::uint64_t kDefaultBars = 4;
+constexpr std::uint64_t kMaxSteps = 0x0FFFFFFFU / kTicksPerStep; // a tick count has 28 bits
 
 void appendBigEndian(std::string& bytes, std::uint32_t value, std::uint32_t count) {
     for (std::uint32_t left = count; left > 0; --left) {
@@ -23,8 +25,9 @@ void appendBigEndian(std::string& bytes, std::uint32_t value, std::uint32_t coun
     }
 }
 
-// Seven bits a byte, the highest first; all but the last are marked.
-void appendVariable(std::string& bytes, std::uint32_t value) {
+// A variable-length quantity: seven bits per byte, most significant first; bit 7 is set in all
+// bytes but the last.
+void appendVariableLength(std::string& bytes, std::uint32_t value) {
     for (std::uint32_t shift = 21; shift > 0; shift -= 7) {
         if (value >> shift != 0) {
             bytes += static_cast<char>(0x80U | (value >> shift & 0x7FU));
@@ -33,18 +36,18 @@ void appendVariable(std::string& bytes, std::uint32_t value) {
     bytes += static_cast<char>(value & 0x7FU);
 }
 
-// The one track, in the order of time.
+// Collects the events of a track in chronological order.
 class Track {
 public:
     void meta(std::uint8_t type, std::string_view body) {
-        pause();
+        appendDeltaTime();
         appendBigEndian(bytes_, 0xFF00U | type, 2);
-        appendVariable(bytes_, static_cast<std::uint32_t>(body.size()));
+        appendVariableLength(bytes_, static_cast<std::uint32_t>(body.size()));
         bytes_ += body;
     }
-    void note(std::uint8_t key, std::uint8_t velocity) { // 0: ends
+    void note(std::uint8_t key, std::uint8_t velocity) { // velocity 0 ends it
         constexpr std::uint8_t kNoteOnChannel10 = 0x99;
-        pause();
+        appendDeltaTime();
         appendBigEndian(bytes_, kNoteOnChannel10, 1);
         appendBigEndian(bytes_, key, 1);
         appendBigEndian(bytes_, velocity, 1);
@@ -53,42 +56,43 @@ public:
     const std::string& bytes() const { return bytes_; }
 
 private:
-    void pause() {
-        appendVariable(bytes_, tick_ - written_);
-        written_ = tick_;
+    void appendDeltaTime() {
+        appendVariableLength(bytes_, tick_ - lastEventTick_);
+        lastEventTick_ = tick_;
     }
 
     std::string bytes_;
     std::uint32_t tick_ = 0;
-    std::uint32_t written_ = 0; // tick of the last event
+    std::uint32_t lastEventTick_ = 0;
 };
 
-std::uint8_t velocityOf(float gain) {
-    constexpr float kLoudest = 127.0f;
-    return static_cast<std::uint8_t>(std::max(1L, std::lround(kLoudest * gain)));
+std::uint8_t velocityForGain(float gain) {
+    constexpr float kMaxVelocity = 127.0f;
+    return static_cast<std::uint8_t>(std::max(1L, std::lround(kMaxVelocity * gain)));
 }
 
-std::string trackOf(const PunchCard& card, double bpm, std::uint32_t steps) {
+std::string trackBytes(const PunchCard& card, double bpm, std::uint32_t steps) {
     constexpr std::uint8_t kTrackName = 0x03, kTempo = 0x51, kEnd = 0x2F;
-    constexpr double kMinuteMicroseconds = 60e6;
+    constexpr double kMicrosecondsPerMinute = 60e6;
     std::string tempo;
-    appendBigEndian(tempo, static_cast<std::uint32_t>(std::lround(kMinuteMicroseconds / bpm)), 3);
+    appendBigEndian(tempo, static_cast<std::uint32_t>(std::lround(kMicrosecondsPerMinute / bpm)),
+                    3);
 
     Track track;
     track.meta(kTrackName, utf8FromWide(cardLabel(card, 0)));
     track.meta(kTempo, tempo);
     for (std::uint32_t step = 0; step < steps; ++step) {
-        const auto strokes = strokesOn(card, static_cast<int>(step % card.sequenceLength));
-        track.moveTo(step * kStepTicks);
-        for (const Stroke& stroke : strokes) {
-            track.note(kInstruments[stroke.sampleIndex].midiKey, velocityOf(stroke.gain));
+        const auto hits = hitsOnStep(card, static_cast<int>(step % card.sequenceLength));
+        track.moveTo(step * kTicksPerStep);
+        for (const Hit& hit : hits) {
+            track.note(kInstruments[hit.sampleIndex].midiKey, velocityForGain(hit.gain));
         }
-        track.moveTo(step * kStepTicks + kNoteTicks);
-        for (const Stroke& stroke : strokes) {
-            track.note(kInstruments[stroke.sampleIndex].midiKey, 0);
+        track.moveTo(step * kTicksPerStep + kNoteTicks);
+        for (const Hit& hit : hits) {
+            track.note(kInstruments[hit.sampleIndex].midiKey, 0);
         }
     }
-    track.moveTo(steps * kStepTicks); // a whole bar, for loops
+    track.moveTo(steps * kTicksPerStep); // the end of the last bar, so that the track can be looped
     track.meta(kEnd, "");
     return track.bytes();
 }
@@ -96,25 +100,25 @@ std::string trackOf(const PunchCard& card, double bpm, std::uint32_t steps) {
 } // namespace
 
 int midi(const Arguments& arguments) {
-    const std::uint64_t bars = arguments.count("--bars").value_or(kPlainBars);
-    keepCard(arguments);
+    const std::uint64_t bars = arguments.count("--bars").value_or(kDefaultBars);
+    requireSeparateOutput(arguments);
     const auto read = readCard(arguments.operands[0]);
     if (!read) {
-        return kFailed;
+        return kFailure;
     }
     const PunchCard card = withSettings(read->card);
-    if (bars > kMostSteps / card.sequenceLength) {
-        tellFault(arguments.operands[1], "would be longer than 2 million steps");
-        return kFailed;
+    if (bars > kMaxSteps / card.sequenceLength) {
+        reportError(arguments.operands[1], "would have more than 2 million steps");
+        return kFailure;
     }
     const auto steps = static_cast<std::uint32_t>(bars * card.sequenceLength);
-    const std::string track = trackOf(card, tempoBpm(read->card), steps);
+    const std::string track = trackBytes(card, tempoBpm(read->card), steps);
 
     std::string bytes = "MThd";
     appendBigEndian(bytes, 6, 4);
     appendBigEndian(bytes, 0, 2); // type 0
     appendBigEndian(bytes, 1, 2); // one track
-    appendBigEndian(bytes, kQuarterTicks, 2);
+    appendBigEndian(bytes, kTicksPerQuarter, 2);
     bytes += "MTrk";
     appendBigEndian(bytes, static_cast<std::uint32_t>(track.size()), 4);
     return writeOutput(arguments.operands[1], bytes + track);

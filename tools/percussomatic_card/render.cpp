@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "commands.h"
 
 #include "assets/assets.h"
 #include "audio/sound_engine.h"
 #include "cards/card_settings.h"
 #include "files.h"
-#include "playing.h"
+#include "playback.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,48 +17,49 @@ namespace percussomatic::tool {
 namespace {
 
 constexpr std::uint32_t kChannels = 2;
-constexpr std::uint32_t kFrameBytes = kChannels * sizeof(std::int16_t);
+constexpr std::uint32_t kBytesPerFrame = kChannels * sizeof(std::int16_t);
 constexpr std::uint32_t kHeaderBytes = 44;
-constexpr std::uint32_t kMostFrames = (0xFFFFFFFFU - kHeaderBytes) / kFrameBytes; // of one file
+constexpr std::uint32_t kMaxFrames = (0xFFFFFFFFU - kHeaderBytes) / kBytesPerFrame; // per file
 
-constexpr double kMostTailSeconds = 600.0;
-constexpr double kPlainTailSeconds = 2.0;
-constexpr std::uint64_t kPlainBars = 4;
+constexpr double kMaxTailSeconds = 600.0;
+constexpr double kDefaultTailSeconds = 2.0;
+constexpr std::uint64_t kDefaultBars = 4;
 
 volatile std::sig_atomic_t interrupted = 0;
 
-// While one lives, an interrupt ends the rendering in order: nothing half-written stays behind.
-class CatchInterrupts {
+// During its lifetime, SIGINT and similar signals only set `interrupted`: rendering stops and the
+// temporary file is removed.
+class InterruptGuard {
 public:
-    CatchInterrupts() {
-        for (std::size_t at = 0; at < former_.size(); ++at) {
-            former_[at] = std::signal(kSignals[at], note);
+    InterruptGuard() {
+        for (std::size_t at = 0; at < previous_.size(); ++at) {
+            previous_[at] = std::signal(kSignals[at], setInterrupted);
         }
     }
-    CatchInterrupts(const CatchInterrupts&) = delete;
-    CatchInterrupts& operator=(const CatchInterrupts&) = delete;
-    ~CatchInterrupts() {
-        for (std::size_t at = 0; at < former_.size(); ++at) {
-            std::signal(kSignals[at], former_[at]);
+    InterruptGuard(const InterruptGuard&) = delete;
+    InterruptGuard& operator=(const InterruptGuard&) = delete;
+    ~InterruptGuard() {
+        for (std::size_t at = 0; at < previous_.size(); ++at) {
+            std::signal(kSignals[at], previous_[at]);
         }
     }
 
 private:
     using Handler = void (*)(int);
-    static void note(int) { interrupted = 1; }
+    static void setInterrupted(int) { interrupted = 1; }
 
 #ifdef SIGHUP
     static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
 #else
     static constexpr std::array kSignals{SIGINT, SIGTERM};
 #endif
-    std::array<Handler, kSignals.size()> former_{};
+    std::array<Handler, kSignals.size()> previous_{};
 };
 
 using SampleIndices = std::array<std::int32_t, kInstrumentCount>;
 
-// The card's pace, and where the file ends.
-struct Course {
+// Where the steps start and where the file ends, in frames.
+struct Timeline {
     double stepFrames = 0.0;
     std::uint64_t steps = 0;
     std::uint64_t frames = 0;
@@ -67,23 +69,23 @@ struct Course {
     }
 };
 
-// Nothing for a course that is too long for a file.
-std::optional<Course> courseOf(const Arguments& arguments, const PunchCard& card, double bpm) {
+// Nullopt if the file would be too long.
+std::optional<Timeline> timelineOf(const Arguments& arguments, const PunchCard& card, double bpm) {
     const auto bars = arguments.count("--bars");
     const auto steps = arguments.count("--steps");
     const double tailSeconds =
-        arguments.number("--tail", 0.0, kMostTailSeconds).value_or(kPlainTailSeconds);
-    Course course{.stepFrames = double{kDeviceRateHz} * 60.0 / (bpm * 4.0)};
-    const double wanted = steps ? static_cast<double>(*steps)
-                                : static_cast<double>(bars.value_or(kPlainBars)) *
-                                      static_cast<double>(card.sequenceLength);
+        arguments.number("--tail", 0.0, kMaxTailSeconds).value_or(kDefaultTailSeconds);
+    Timeline timeline{.stepFrames = double{kDeviceRateHz} * 60.0 / (bpm * 4.0)};
+    const double stepCount = steps ? static_cast<double>(*steps)
+                                   : static_cast<double>(bars.value_or(kDefaultBars)) *
+                                         static_cast<double>(card.sequenceLength);
     const double tailFrames = std::floor(tailSeconds * kDeviceRateHz);
-    if (std::floor(wanted * course.stepFrames) + tailFrames > kMostFrames) {
+    if (std::floor(stepCount * timeline.stepFrames) + tailFrames > kMaxFrames) {
         return {};
     }
-    course.steps = static_cast<std::uint64_t>(wanted);
-    course.frames = course.startOf(course.steps) + static_cast<std::uint64_t>(tailFrames);
-    return course;
+    timeline.steps = static_cast<std::uint64_t>(stepCount);
+    timeline.frames = timeline.startOf(timeline.steps) + static_cast<std::uint64_t>(tailFrames);
+    return timeline;
 }
 
 SampleIndices loadRecordings(const Arguments& arguments) {
@@ -96,17 +98,17 @@ SampleIndices loadRecordings(const Arguments& arguments) {
             continue;
         }
         const std::string file = folder->second + '/' + std::string(kInstruments[at].recording);
-        const auto bytes = readWhole(pathOf(file));
+        const auto bytes = readFile(pathFromUtf8(file));
         indices[at] = bytes ? soundEngine().loadSample(bytes->data(), bytes->size()) : -1;
         if (indices[at] < 0) {
-            tellFault(file, bytes ? "warning: is no recording that the instrument can play"
-                                  : "warning: cannot be read; the instrument stays silent");
+            reportError(file, bytes ? "warning: is not a recording that the instrument can play"
+                                    : "warning: cannot be read; the instrument stays silent");
         }
     }
     return indices;
 }
 
-// As the instrument starts, and then as it stands after the card.
+// Sets up the engine as the instrument does at start-up and then when it loads the card.
 SampleIndices prepareEngine(const Arguments& arguments, const PunchCard& card) {
     constexpr float kSilence = 1.0e-5f;
     SoundEngine& engine = soundEngine();
@@ -132,7 +134,7 @@ void appendLittleEndian(std::string& bytes, std::uint32_t value, std::uint32_t c
 }
 
 std::string waveHeader(std::uint64_t frames) {
-    const auto audioBytes = static_cast<std::uint32_t>(frames * kFrameBytes);
+    const auto audioBytes = static_cast<std::uint32_t>(frames * kBytesPerFrame);
     std::string bytes = "RIFF";
     appendLittleEndian(bytes, audioBytes + kHeaderBytes - 8, 4);
     bytes += "WAVEfmt ";
@@ -140,19 +142,19 @@ std::string waveHeader(std::uint64_t frames) {
     appendLittleEndian(bytes, 1, 2); // PCM
     appendLittleEndian(bytes, kChannels, 2);
     appendLittleEndian(bytes, kDeviceRateHz, 4);
-    appendLittleEndian(bytes, kDeviceRateHz * kFrameBytes, 4);
-    appendLittleEndian(bytes, kFrameBytes, 2);
+    appendLittleEndian(bytes, kDeviceRateHz * kBytesPerFrame, 4);
+    appendLittleEndian(bytes, kBytesPerFrame, 2);
     appendLittleEndian(bytes, 16, 2);
     bytes += "data";
     appendLittleEndian(bytes, audioBytes, 4);
     return bytes;
 }
 
-// Counts percents on a terminal when the file is a long one.
+// Shows the percentage done while a long file is rendered, if stderr is a terminal.
 class Progress {
 public:
     explicit Progress(std::uint64_t frames)
-        : frames_(frames), shown_(frames >= kLongFrames && errorsGoToTerminal()) {}
+        : frames_(frames), shown_(frames >= kMinFramesToShow && stderrIsTerminal()) {}
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress() {
@@ -161,7 +163,7 @@ public:
         }
     }
 
-    void at(std::uint64_t frame) {
+    void update(std::uint64_t frame) {
         const std::uint64_t percent = 100 * frame / frames_;
         if (shown_ && percent != percent_) {
             percent_ = percent;
@@ -170,81 +172,81 @@ public:
     }
 
 private:
-    static constexpr std::uint64_t kLongFrames = std::uint64_t{60} * kDeviceRateHz;
+    static constexpr std::uint64_t kMinFramesToShow = std::uint64_t{60} * kDeviceRateHz;
 
     std::uint64_t frames_;
     std::uint64_t percent_ = 0;
     bool shown_;
 };
 
-// Up to the frame `end`, or until it is interrupted or cannot be written.
+// Renders from `frame` to `end`; stops early if interrupted or if the file cannot be written.
 void renderFrames(FileReplacement& output, std::uint64_t frame, std::uint64_t end,
                   Progress& progress) {
     std::array<std::int16_t, std::size_t{kDeviceBufferFrames} * kChannels> block{};
     while (frame < end && interrupted == 0 && output.result() == SaveResult::saved) {
-        const auto now =
+        const auto count =
             static_cast<std::uint32_t>(std::min<std::uint64_t>(end - frame, kDeviceBufferFrames));
-        soundEngine().renderBlock(block.data(), now);
+        soundEngine().renderBlock(block.data(), count);
         std::string bytes;
-        bytes.reserve(std::size_t{now} * kFrameBytes);
-        for (std::size_t at = 0; at < std::size_t{now} * kChannels; ++at) {
+        bytes.reserve(std::size_t{count} * kBytesPerFrame);
+        for (std::size_t at = 0; at < std::size_t{count} * kChannels; ++at) {
             appendLittleEndian(bytes, static_cast<std::uint16_t>(block[at]), 2);
         }
         output.write(bytes);
-        frame += now;
-        progress.at(frame);
+        frame += count;
+        progress.update(frame);
     }
 }
 
-void play(const Course& course, const PunchCard& card, const SampleIndices& indices,
+void play(const Timeline& timeline, const PunchCard& card, const SampleIndices& indices,
           FileReplacement& output) {
-    Progress progress(course.frames);
-    for (std::uint64_t step = 0; step < course.steps; ++step) {
+    Progress progress(timeline.frames);
+    for (std::uint64_t step = 0; step < timeline.steps; ++step) {
         if (interrupted != 0 || output.result() != SaveResult::saved) {
             return;
         }
         const auto column = static_cast<int>(step % card.sequenceLength);
-        for (const Stroke& stroke : strokesOn(card, column)) {
-            soundEngine().trigger(indices[stroke.sampleIndex], stroke.gain);
+        for (const Hit& hit : hitsOnStep(card, column)) {
+            soundEngine().trigger(indices[hit.sampleIndex], hit.gain);
         }
-        renderFrames(output, course.startOf(step), course.startOf(step + 1), progress);
+        renderFrames(output, timeline.startOf(step), timeline.startOf(step + 1), progress);
     }
-    renderFrames(output, course.startOf(course.steps), course.frames, progress);
+    renderFrames(output, timeline.startOf(timeline.steps), timeline.frames, progress);
 }
 
 } // namespace
 
 int render(const Arguments& arguments) {
     if (arguments.has("--bars") && arguments.has("--steps")) {
-        throw Misuse("--bars and --steps exclude each other");
+        throw UsageError("--bars and --steps exclude each other");
     }
-    arguments.count("--bars"); // what is wrong with the command comes before what is with the card
+    arguments.count("--bars"); // reports an invalid command line before reading the card
     arguments.count("--steps");
-    arguments.number("--tail", 0.0, kMostTailSeconds);
-    keepCard(arguments);
+    arguments.number("--tail", 0.0, kMaxTailSeconds);
+    requireSeparateOutput(arguments);
     const auto read = readCard(arguments.operands[0]);
     if (!read) {
-        return kFailed;
+        return kFailure;
     }
     const PunchCard card = withSettings(read->card);
-    const auto course = courseOf(arguments, card, tempoBpm(read->card));
-    if (!course) {
-        tellFault(arguments.operands[1], "would be longer than a WAVE file can be, 4 GiB");
-        return kFailed;
+    const auto timeline = timelineOf(arguments, card, tempoBpm(read->card));
+    if (!timeline) {
+        reportError(arguments.operands[1], "would exceed 4 GiB, the size limit of a WAVE file");
+        return kFailure;
     }
 
-    const CatchInterrupts catching;
-    FileReplacement output(pathOf(arguments.operands[1]));
+    const InterruptGuard interruptGuard;
+    FileReplacement output(pathFromUtf8(arguments.operands[1]));
     if (output.result() != SaveResult::saved) {
-        return outcome(output.result(), arguments.operands[1]);
+        return exitCode(output.result(), arguments.operands[1]);
     }
     const SampleIndices indices = prepareEngine(arguments, card);
-    output.write(waveHeader(course->frames));
-    play(*course, card, indices, output);
+    output.write(waveHeader(timeline->frames));
+    play(*timeline, card, indices, output);
     if (interrupted != 0) {
-        return kFailed;
+        return kFailure;
     }
-    return outcome(output.commit(), arguments.operands[1]);
+    return exitCode(output.take(), arguments.operands[1]);
 }
 
 } // namespace percussomatic::tool

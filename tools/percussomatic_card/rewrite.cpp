@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: MIT
 #include "commands.h"
 
 #include "files.h"
-#include "playing.h"
+#include "playback.h"
 
 namespace percussomatic::tool {
 
 int rewrite(const Arguments& arguments) {
     const auto read = readCard(arguments.operands[0]);
     if (!read) {
-        return kFailed;
+        return kFailure;
     }
     return writeOutput(arguments.operands[1], writePunchCard(withSettings(read->card), 0));
 }

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "commands.h"
 
 #include "cards/card_settings.h"
 #include "cards/card_text.h"
 #include "files.h"
 #include "pattern/instruments.h"
-#include "playing.h"
+#include "playback.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -28,7 +29,7 @@ std::string percent(float value) {
     return formatted("%.0f %%", 100.0 * double{unitValue(value)});
 }
 
-void showSettings(const PunchCard& card) {
+void printSettings(const PunchCard& card) {
     std::cout << formatted("Tempo    %.1f BPM\n", tempoBpm(card)) << "Length   "
               << card.sequenceLength << " steps\n"
               << "Master   " << percent(card.masterVolume) << "\nEffect   ";
@@ -43,12 +44,12 @@ void showSettings(const PunchCard& card) {
               << formatted(", pre-delay %.0f ms\n", std::min(preDelayMs, double{kMaxPreDelayMs}));
 }
 
-// Between the step and the one before it: beats apart, steps that are not played in brackets.
+// Text before a step: a blank between beats, a bracket before the first step that is not played.
 std::string_view gapBefore(int step, int length) {
     return step == length ? " (" : step % 4 == 0 && step > 0 ? " " : "";
 }
 
-// 1, 5, 9 and 13 over their steps.
+// 1, 5, 9 and 13 above their steps.
 std::string stepNumbers(int length) {
     std::string text;
     std::size_t column = 0;
@@ -63,7 +64,7 @@ std::string stepNumbers(int length) {
     return text;
 }
 
-std::string stepsOf(const PunchCard& card, int line) {
+std::string stepsText(const PunchCard& card, int line) {
     const auto length = static_cast<int>(card.sequenceLength);
     std::string text;
     for (int step = 0; step < kStepCount; ++step) {
@@ -73,7 +74,7 @@ std::string stepsOf(const PunchCard& card, int line) {
     return text + (length < kStepCount ? ")" : "");
 }
 
-std::string instrumentOf(const PunchCard& card, std::size_t position) {
+std::string instrumentText(const PunchCard& card, std::size_t position) {
     const std::uint32_t sampleIndex = sampleIndexOfSwitch(position);
     std::string text(kInstruments[sampleIndex].name);
     if (card.hasSettings) {
@@ -84,13 +85,13 @@ std::string instrumentOf(const PunchCard& card, std::size_t position) {
     return text;
 }
 
-void showLine(const PunchCard& card, int line) {
+void printLine(const PunchCard& card, int line) {
     const auto at = static_cast<std::size_t>(line);
-    std::cout << "Line " << line + 1 << "   " << stepsOf(card, line) << "   ";
+    std::cout << "Line " << line + 1 << "   " << stepsText(card, line) << "   ";
     if (card.hasSettings) {
         std::cout << formatted("%5s", percent(card.lineVolumes[at]).c_str()) << "   ";
     }
-    std::cout << instrumentOf(card, at) << "; " << instrumentOf(card, at + kLineCount) << '\n';
+    std::cout << instrumentText(card, at) << "; " << instrumentText(card, at + kLineCount) << '\n';
 }
 
 } // namespace
@@ -98,23 +99,24 @@ void showLine(const PunchCard& card, int line) {
 int show(const Arguments& arguments) {
     const auto read = readCard(arguments.operands[0]);
     if (!read) {
-        return kFailed;
+        return kFailure;
     }
     const PunchCard& card = read->card;
     std::cout << "Title    " << printableUtf8(cardLabel(card, 0)) << '\n';
     if (card.hasSettings) {
-        showSettings(card);
+        printSettings(card);
     } else {
-        std::cout << "A rhythm only: the panel keeps its tempo, length, volumes and switches.\n";
+        std::cout
+            << "Holds only a rhythm: the panel keeps its tempo, length, volumes and instruments.\n";
     }
     std::cout << "\n         " << stepNumbers(static_cast<int>(card.sequenceLength)) << '\n';
     for (int line = 0; line < kLineCount; ++line) {
-        showLine(card, line);
+        printLine(card, line);
     }
     if (card.sequenceLength < kStepCount) {
-        std::cout << "\nSteps in brackets are beyond the length and not played.\n";
+        std::cout << "\nSteps in brackets are beyond the length and are not played.\n";
     }
-    return kDone;
+    return kSuccess;
 }
 
 } // namespace percussomatic::tool

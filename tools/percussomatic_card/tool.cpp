@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands.h"
 
 #include <algorithm>
@@ -11,12 +12,12 @@ namespace percussomatic::tool {
 namespace {
 
 constexpr std::string_view kProgram = "percussomatic-card";
-constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
+constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
 
 struct Command {
     std::string_view name;
     std::string_view operands;
-    std::size_t fewest, most; // operands
+    std::size_t minOperands, maxOperands;
     std::span<const std::string_view> options;
     std::string_view summary;
     std::string_view help;
@@ -31,12 +32,12 @@ constexpr std::array<Command, 6> kCommands{{
     {"check",
      "FILE...",
      1,
-     kAnyNumber,
+     kUnlimited,
      {},
-     "say whether the instrument reads cards",
-     R"(Says "FILE: ok, version N, "TITLE"", or the first fault for which the instrument
-refuses the card. Warnings name every value that is read as something else than
-it says; a card with warnings is still ok.
+     "check whether the instrument accepts cards",
+     R"(Prints FILE: ok, version N, "TITLE" for each card that the instrument accepts, or
+the first error for which it refuses the card. Warnings name values that are read
+differently from what is written; a card with warnings is still ok.
 )",
      check},
     {"show",
@@ -44,9 +45,9 @@ it says; a card with warnings is still ok.
      1,
      1,
      {},
-     "print a card for reading",
-     R"(Prints title, tempo, length, effect, and the six lines with their instruments,
-volumes and steps. Steps beyond the length stand in brackets.
+     "print a card in readable form",
+     R"(Prints the title, tempo, length, effect and the six lines with their instruments,
+volumes and steps. Steps beyond the length are in brackets.
 )",
      show},
     {"rewrite",
@@ -54,27 +55,27 @@ volumes and steps. Steps beyond the length stand in brackets.
      2,
      2,
      {},
-     "write any card as version 4",
+     "convert a card to version 4",
      R"(Reads a card of any version and writes it as version 4. A card without settings
-gets all instruments at full volume, 120 BPM, 16 steps and no effect. IN and OUT
+is given all instruments at full volume, 120 BPM, 16 steps and no effect. IN and OUT
 may be the same file.
 )",
      rewrite},
-    {"render", "CARD OUT.wav", 2, 2, kRenderOptions, "play a card into a WAVE file",
-     R"(Plays the card through the instrument's own sound engine: 16 bits, stereo,
-48000 Hz, the same bytes every time.
+    {"render", "CARD OUT.wav", 2, 2, kRenderOptions, "render a card to a WAVE file",
+     R"(Plays the card through the instrument's own sound engine: 16-bit stereo at
+48000 Hz. The same card always gives exactly the same file.
 
-  --bars N          so many times its length (4)
-  --steps N         so many steps, instead of bars
-  --tail SECONDS    goes on after the last step, 0 to 600 (2)
-  --recordings DIR  takes the twelve recordings from a folder
+  --bars N          play the whole length of the card N times (default 4)
+  --steps N         play N steps instead of whole bars
+  --tail SECONDS    continue after the last step, 0 to 600 seconds (default 2)
+  --recordings DIR  take the twelve recordings from a folder
 )",
      render},
     {"midi", "CARD OUT.mid", 2, 2, kMidiOptions, "write a card as a Standard MIDI File",
-     R"(Type 0, 480 pulses per quarter, one note per sounding instrument and step on
-channel 10, with the General MIDI percussion keys.
+     R"(Type 0, 480 pulses per quarter note. On channel 10 it has a note with the General
+MIDI percussion key for each instrument that sounds on a step.
 
-  --bars N          so many times its length (4)
+  --bars N          play the whole length of the card N times (default 4)
 )",
      midi},
     {"recordings",
@@ -83,21 +84,23 @@ channel 10, with the General MIDI percussion keys.
      1,
      {},
      "write the twelve recordings into a folder",
-     R"(Writes the instrument's recordings as WAVE files; the folder is made if it is
-missing.
+     R"(Writes the instrument's recordings as WAVE files. The folder is created if it does
+not exist.
 )",
      recordings},
 }};
 
 void printUsage(std::ostream& out) {
-    out << "usage: " << kProgram << " COMMAND ...\n\nLooks after punch cards.\n\n";
+    out << "usage: " << kProgram
+        << " COMMAND ...\n\nChecks, prints, renders and converts punch cards.\n\n";
     for (const Command& command : kCommands) {
         constexpr std::size_t kColumn = 12;
         out << "  " << command.name << std::string(kColumn - command.name.size(), ' ')
             << command.summary << '\n';
     }
-    out << "\n\"" << kProgram << " COMMAND --help\" tells more, --version which this is.\n"
-        << "Ends with 0, with 1 when a card or file is at fault, with 2 when misused.\n";
+    out << "\n\"" << kProgram
+        << " COMMAND --help\" explains a command, --version prints the version.\n"
+        << "Exit code: 0 for success, 1 for an invalid card or a file error, 2 for wrong usage.\n";
 }
 
 void printHelp(const Command& command, std::ostream& out) {
@@ -108,41 +111,42 @@ void printHelp(const Command& command, std::ostream& out) {
 
 int runCommand(const Command& command, std::span<const std::string> words) {
     const Arguments arguments = parseArguments(words, command.options);
-    if (arguments.helpWanted) {
+    if (arguments.helpRequested) {
         printHelp(command, std::cout);
-        return kDone;
+        return kSuccess;
     }
-    if (arguments.operands.size() < command.fewest || arguments.operands.size() > command.most) {
-        throw Misuse("expected " + std::string(command.operands));
+    if (arguments.operands.size() < command.minOperands ||
+        arguments.operands.size() > command.maxOperands) {
+        throw UsageError("expected " + std::string(command.operands));
     }
     return command.run(arguments);
 }
 
-int misused(std::string_view where, std::string_view fault) {
+int reportUsageError(std::string_view where, std::string_view fault) {
     std::cerr << where << ": " << fault << "\nTry \"" << where << " --help\".\n";
-    return kMisused;
+    return kUsageError;
 }
 
 int runWords(std::span<const std::string> words) {
     if (words.empty()) {
-        return misused(kProgram, "expected a command");
+        return reportUsageError(kProgram, "expected a command");
     }
     if (words.front() == "--help" || words.front() == "-h") {
         printUsage(std::cout);
-        return kDone;
+        return kSuccess;
     }
     if (words.front() == "--version") {
         std::cout << kProgram << " " PERCUSSOMATIC_VERSION "\n";
-        return kDone;
+        return kSuccess;
     }
     const auto* const command = std::ranges::find(kCommands, words.front(), &Command::name);
     if (command == kCommands.end()) {
-        return misused(kProgram, "unknown command " + words.front());
+        return reportUsageError(kProgram, "unknown command " + words.front());
     }
     try {
         return runCommand(*command, words.subspan(1));
-    } catch (const Misuse& fault) {
-        return misused(std::string(kProgram) + ' ' + words.front(), fault.what());
+    } catch (const UsageError& fault) {
+        return reportUsageError(std::string(kProgram) + ' ' + words.front(), fault.what());
     }
 }
 
@@ -153,13 +157,13 @@ int runTool(std::span<const std::string> words) {
         const int code = runWords(words);
         std::cout.flush();
         if (!std::cout) {
-            std::cerr << kProgram << ": what it says cannot be written\n";
-            return std::max(code, kFailed);
+            std::cerr << kProgram << ": cannot write to standard output\n";
+            return std::max(code, kFailure);
         }
         return code;
-    } catch (const std::exception& failure) { // out of memory and the like
+    } catch (const std::exception& failure) { // such as std::bad_alloc
         std::cerr << kProgram << ": " << failure.what() << '\n';
-        return kFailed;
+        return kFailure;
     }
 }
 

@@ -1,4 +1,5 @@
-#include "playing.h"
+// SPDX-License-Identifier: MIT
+#include "playback.h"
 
 #include "cards/card_settings.h"
 #include "panel/control_state.h"
@@ -11,15 +12,15 @@ PunchCard withSettings(PunchCard card) {
         card.lineVolumes.fill(1.0f);
         card.instruments.fill(1);
     }
-    return card; // all else is at its default
+    return card; // the other settings have their defaults
 }
 
 double tempoBpm(const PunchCard& card) {
-    constexpr double kPlainBpm = 120.0;
-    return card.hasSettings ? rotaryToBpm(tempoRotaryOf(card)) : kPlainBpm;
+    constexpr double kDefaultBpm = 120.0;
+    return card.hasSettings ? rotaryToBpm(tempoRotaryOf(card)) : kDefaultBpm;
 }
 
-bool isOn(const PunchCard& card, std::uint32_t sampleIndex) {
+bool isSwitchedOn(const PunchCard& card, std::uint32_t sampleIndex) {
     for (std::size_t position = 0; position < card.instruments.size(); ++position) {
         if (sampleIndexOfSwitch(position) == sampleIndex) {
             return card.instruments[position] != 0;
@@ -33,8 +34,8 @@ float lineGain(const PunchCard& card, int line) {
     return static_cast<float>(sliderPositionOf(volume)) / static_cast<float>(kSliderTravel);
 }
 
-std::vector<Stroke> strokesOn(const PunchCard& card, int step) {
-    std::vector<Stroke> strokes;
+std::vector<Hit> hitsOnStep(const PunchCard& card, int step) {
+    std::vector<Hit> hits;
     for (int line = 0; line < kLineCount; ++line) {
         const float gain = lineGain(card, line);
         if (!card.pattern.isSet(line, step) || gain <= 0.0f) {
@@ -42,12 +43,12 @@ std::vector<Stroke> strokesOn(const PunchCard& card, int step) {
         }
         const auto first = static_cast<std::uint32_t>(2 * line);
         for (const std::uint32_t sampleIndex : {first, first + 1}) {
-            if (isOn(card, sampleIndex)) {
-                strokes.push_back({sampleIndex, gain});
+            if (isSwitchedOn(card, sampleIndex)) {
+                hits.push_back({sampleIndex, gain});
             }
         }
     }
-    return strokes;
+    return hits;
 }
 
 } // namespace percussomatic::tool
