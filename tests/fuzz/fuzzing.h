@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -7,21 +8,21 @@
 #include <span>
 #include <string_view>
 
-// A fuzz target is a file that defines this: whatever the bytes, it returns 0 and nothing goes
-// wrong. Linked with libFuzzer by scripts/fuzz and with replay_main.cpp by the tests.
+// Every fuzz target defines this function and returns 0. scripts/fuzz links it with libFuzzer, the
+// tests with replay_main.cpp.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace percussomatic::fuzz {
 
-// Ends the program where something is not as it must be.
-inline void require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "not so: %s\n", what);
+// Aborts with a message if the condition is false.
+inline void require(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "violated: %s\n", what);
         std::abort();
     }
 }
 
-// The input from its front; zeros when it has come to its end.
+// Takes values from the front of the input; zeros once it is empty.
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}

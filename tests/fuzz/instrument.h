@@ -1,42 +1,52 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "fuzz/fuzzing.h"
-#include "fuzz/sound.h"
-#include "panel/control_geometry.h"
+#include "graphics/pixel_rect.h"
+#include "sequencer/sequencer.h"
 #include "support/fake_midi.h"
 
 #include <cstdint>
 
 namespace percussomatic::fuzz {
 
-// The whole core as just started, on the tests' screen, system and clock, and a hand that does to
-// it what the bytes say, by the roads of the main window. After every act it is looked through for
-// what must never be. Cards go to the working directory.
+// The freshly started core on the fake platform. Each action reaches it through the functions that
+// the main window calls; after each one the invariants are checked. Cards go to the working
+// directory.
 class Instrument {
 public:
     Instrument();
 
-    // One act, by any number, and what it needs from the input. False: it was switched off, and the
-    // program has ended.
-    bool actOnPanel(int number, Input& input); // panel, time and MIDI
-    bool act(int number, Input& input);        // all that and cards, effects, renders
+    // Performs action 0..15 with parameters from the input: 0 to 7 use the panel, time and MIDI,
+    // the others cards, effects, the window and renders. False once the program has ended.
+    bool act(int action, Input& input);
 
     static void receive(int status, Input& input); // a MIDI message with two data bytes
 
 private:
-    void perform(int number, Input& input);
-    void press(PixelPoint client, Input& input);
-    void move(int byX, int byY, bool fine);
+    void perform(int action, Input& input);
+    void press(PixelPoint point, Input& input);
     void pass(std::int64_t ns);
-    void play(std::uint32_t frames);
-    double scale() const;
 
-    const Indices& recordings_; // before the tiny ones: the sends go by the first indices
+    const decltype(Sequencer::sampleIndices)& sampleIndices_; // loaded first: sends use low indices
     FreshMidi fresh_;
-    Size client_;
-    PixelPoint cursor_;
-    std::uint32_t framesLeft_ = 8192; // renders take most of the time
+    Size client_{1618, 1040};
+    PixelPoint cursor_{};
+    std::uint32_t framesLeft_ = 8192; // limits the time that renders take
     bool ended_ = false;
 };
+
+// Conditions that hold after every action.
+void checkInvariants();
+
+// The sound engine with short recordings of all kinds (sound.cpp).
+
+// Loaded on the first call: the engine only ever appends recordings.
+const decltype(Sequencer::sampleIndices)& testRecordings();
+
+void resetSound();
+void render(std::uint32_t frames);
+void trigger(Input& input);      // starts voices
+void changeEffect(Input& input); // what the effects window does, and the auto-stop
 
 } // namespace percussomatic::fuzz

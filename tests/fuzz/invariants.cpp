@@ -1,18 +1,13 @@
-#include "fuzz/invariants.h"
+// SPDX-License-Identifier: MIT
+#include "audio/sound_engine.h"
+#include "cards/card_panel.h"
+#include "fuzz/instrument.h"
+#include "midi/midi_glide.h"
+#include "midi/midi_state.h"
 #include "panel/control_state.h"
 #include "panel/panel_state.h"
 #include "sequencer/lamps.h"
-
-#include "audio/sound_engine.h"
-#include "cards/card_panel.h"
-#include "fuzz/fuzzing.h"
-#include "input/panel_controls.h"
-#include "midi/midi_glide.h"
-#include "midi/midi_state.h"
-#include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
-#include "sequencer/transport.h"
-#include "support/fake_system.h"
 
 #include <algorithm>
 #include <mutex>
@@ -22,64 +17,61 @@ namespace percussomatic::fuzz {
 namespace {
 
 void checkPanel() {
-    const auto within = [](double value) { return value >= 0.0 && value <= 1.0; };
-    const auto& offsets = controlState().sliderOffset;
-    require(std::all_of(offsets.begin(), offsets.end(),
-                        [](std::uint32_t offset) { return offset <= kSliderTravel; }),
-            "sliders stand at 0 to 650");
-    require(within(panelState().master.value) && within(panelState().tempo.value),
-            "rotaries stand at 0 to 1");
-    const auto volume = static_cast<float>(panelState().master.value * panelState().master.value);
-    require(panelState().powerOffPending || soundEngine().masterVolume == volume,
-            "the volume follows its rotary");
-    const bool mute = sequencer().editMode || panelState().powerOffPending;
-    require((soundEngine().outputMuted != 0) == mute, "edit mode and only that is silent");
+    const PanelState& panel = panelState();
+    const SoundEngine& engine = soundEngine();
+    const auto isUnit = [](double value) { return value >= 0.0 && value <= 1.0; };
+    require(std::ranges::max(controlState().sliderOffset) <= kSliderTravel,
+            "sliders stay within their travel");
+    require(isUnit(panel.master.value) && isUnit(panel.tempo.value), "rotaries stay within 0 to 1");
+    const auto volume = static_cast<float>(panel.master.value * panel.master.value);
+    require(panel.powerOffPending || engine.masterVolume == volume,
+            "the volume is the square of its rotary");
+    const bool mute = sequencer().editMode || panel.powerOffPending;
+    require((engine.outputMuted != 0) == mute, "the output is muted in edit mode and at power off");
+    for (const Voice& voice : engine.voices) {
+        require(!voice.active ||
+                    static_cast<std::size_t>(voice.sampleIndex) < engine.samples.size(),
+                "an active voice has a recording");
+    }
 }
 
 void checkSequencer() {
     const Sequencer& now = sequencer();
     require(now.currentStep < kStepCount &&
                 supportedLength(now.sequenceLength) == now.sequenceLength,
-            "step and length exist");
-    require(now.bpm >= kMinBpm && now.bpm <= kMaxBpm, "the tempo is within 40 and 240");
-    require(now.beatLampShown == beatLampLit(), "the beat lamp shows what it should");
+            "the step and the length exist");
+    require(now.bpm >= kMinBpm && now.bpm <= kMaxBpm, "the tempo is in range");
+    require(now.beatLampShown == beatLampLit(), "the beat lamp is up to date");
     const std::lock_guard lock(stepClock().mutex);
     const bool ticking = now.running && !now.externalSync;
-    require(stepClock().clockRunning == ticking, "the step clock runs when it leads");
-    require(!ticking || stepClock().clockBpm == now.bpm, "in the tempo that is set");
+    require(stepClock().clockRunning == ticking, "the step clock runs if it leads");
+    require(!ticking || stepClock().clockBpm == now.bpm, "the step clock has the set tempo");
 }
 
 void checkMidi() {
     const auto& all = midiState().mappings;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        for (std::size_t j = 0; j < i; ++j) {
-            require(all[i].controlId != all[j].controlId, "no control has two bindings");
-            require(all[i].channel != all[j].channel || all[i].controller != all[j].controller,
-                    "no controller has two bindings");
-        }
+    for (auto a = all.begin(); a != all.end(); ++a) {
+        require(std::none_of(all.begin(), a,
+                             [&](const MidiMapping& b) {
+                                 return a->controlId == b.controlId ||
+                                        (a->channel == b.channel && a->controller == b.controller);
+                             }),
+                "no control and no controller has two mappings");
     }
-    const auto& targets = midiState().midiTargetValue;
-    const bool gliding = std::any_of(targets.begin(), targets.end(),
-                                     [](double target) { return target != kNoMidiTarget; });
+    const bool gliding = std::ranges::any_of(midiState().midiTargetValue,
+                                             [](double target) { return target != kNoMidiTarget; });
     require(fakeSystem().timers.contains(WindowTimer::midiGlide) == gliding,
-            "the glide's timer runs while something glides");
-    require(midiState().clockTickCount < 6, "six pulses are a step");
+            "the timer of the glides runs while one is pending");
+    require(midiState().clockTickCount < 6, "a step has six pulses");
 }
 
-void checkCardsAndVoices() {
+void checkCards() {
     const CardPanel& cards = cardPanel();
     require(cards.dialogSlot >= 0 && cards.dialogSlot < kCardSlots && cards.columnsLoaded >= 0 &&
                 cards.columnsLoaded <= kStepCount,
-            "slot and column exist");
+            "the slot and the column exist");
     require(fakeSystem().timers.contains(WindowTimer::cardInsertion) == cards.insertingCard,
-            "the reader's timer runs while a card is read");
-    const SoundEngine& engine = soundEngine();
-    for (const Voice& voice : engine.voices) {
-        require(!voice.active ||
-                    (voice.sampleIndex >= 0 &&
-                     static_cast<std::size_t>(voice.sampleIndex) < engine.samples.size()),
-                "a voice that plays has a recording");
-    }
+            "the timer of the reader runs while a card is inserted");
 }
 
 } // namespace
@@ -88,7 +80,7 @@ void checkInvariants() {
     checkPanel();
     checkSequencer();
     checkMidi();
-    checkCardsAndVoices();
+    checkCards();
 }
 
 } // namespace percussomatic::fuzz

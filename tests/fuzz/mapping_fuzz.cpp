@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: MIT
+// Input: the settings file, followed by the older mappings file from its first line on.
 #include "fuzz/fuzzing.h"
 #include "midi/midi_connection.h"
 #include "midi/midi_mapping.h"
 #include "midi/midi_profile.h"
 #include "midi/midi_state.h"
+#include "panel/control_names.h"
 #include "support/fake_midi.h"
 
 #include <algorithm>
 #include <string>
-
-// The settings file, and from its first line on the older list of mappings.
 
 using namespace percussomatic;
 using fuzz::require;
@@ -16,25 +17,22 @@ using fuzz::require;
 namespace {
 
 constexpr std::string_view kLegacyMagic = "LUMIVARDA_MIDI_MAP_V1";
-constexpr std::size_t kPlayed = 16; // controllers of the profile that are moved
+constexpr std::size_t kMaxMoved = 16; // mapped controllers that are moved
 
-void checkReload() {
+std::vector<MidiMapping> reloadedMappings() {
     saveMidiProfile();
     loadMidiProfile();
-    const std::vector<MidiMapping> kept = midiState().mappings;
-    saveMidiProfile();
-    loadMidiProfile();
-    require(midiState().mappings == kept, "a saved profile is loaded as it was");
+    return midiState().mappings;
 }
 
-void checkBinding(const MidiMapping& learned) {
-    addMidiMapping(learned.controlId, learned.channel, learned.controller);
+void checkAdding(const MidiMapping& added) {
+    addMidiMapping(added.controlId, added.channel, added.controller);
     const auto& all = midiState().mappings;
-    const auto alike = std::count_if(all.begin(), all.end(), [&](const MidiMapping& each) {
-        return each.controlId == learned.controlId ||
-               (each.channel == learned.channel && each.controller == learned.controller);
+    const auto conflicts = std::ranges::count_if(all, [&](const MidiMapping& mapping) {
+        return mapping.controlId == added.controlId ||
+               (mapping.channel == added.channel && mapping.controller == added.controller);
     });
-    require(alike == 1 && all.back() == learned, "a new binding replaces all that it touches");
+    require(conflicts == 1 && all.back() == added, "a new mapping replaces all that conflict");
 }
 
 } // namespace
@@ -50,15 +48,17 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     midiPortOpened(L"Keys");
 
     const std::vector<MidiMapping> mappings = midiState().mappings;
-    for (const MidiMapping& each : mappings) {
-        require(each.channel >= 0 && each.channel < kMidiChannels && each.controller >= 0 &&
-                    each.controller < kMidiControllers,
+    for (const MidiMapping& mapping : mappings) {
+        require(mapping.channel >= 0 && mapping.channel < kMidiChannels &&
+                    mapping.controller >= 0 && mapping.controller < kMidiControllers,
                 "channels and controllers exist");
     }
-    for (std::size_t i = 0; i < std::min(mappings.size(), kPlayed); ++i) {
+    for (std::size_t i = 0; i < std::min(mappings.size(), kMaxMoved); ++i) {
         handleControlChange(mappings[i].channel, mappings[i].controller, 127);
     }
-    checkReload();
-    checkBinding(mappings.empty() ? MidiMapping{"sw_001", 3, 7} : mappings.front());
+    const std::vector<MidiMapping> saved = reloadedMappings(); // merges repeated keys
+    require(reloadedMappings() == saved, "a saved profile loads unchanged");
+    checkAdding(mappings.empty() ? MidiMapping{std::string(control::line(0).switches[0]), 3, 7}
+                                 : mappings.front());
     return 0;
 }

@@ -1,6 +1,6 @@
+// SPDX-License-Identifier: MIT
+// Input: MIDI messages (first byte 0x80 or above) mixed with actions on the panel.
 #include "fuzz/instrument.h"
-
-// A stream of MIDI messages, with acts at the panel and passing time between them.
 
 using namespace percussomatic::fuzz;
 
@@ -13,7 +13,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         if (first >= 0x80) {
             Instrument::receive(first, input);
         } else {
-            on = instrument.actOnPanel(first, input);
+            on = instrument.act(first % 8, input);
         }
     }
     return 0;

@@ -1,19 +1,19 @@
+// SPDX-License-Identifier: MIT
+// Runs each file of a folder once. Prints each name first, so the last one is the culprit.
 #include "fuzz/fuzzing.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
-#include <vector>
 
-// Runs every file of a folder once. The last name printed is the one that something is wrong with.
 int main(int argc, char** argv) {
     if (argc != 2) {
         return 2;
     }
-    std::vector<std::filesystem::path> files(std::filesystem::directory_iterator(argv[1]), {});
-    std::sort(files.begin(), files.end());
+    const std::filesystem::directory_iterator folder(argv[1]);
+    const std::set<std::filesystem::path> files(begin(folder), end(folder)); // sorted
     for (const std::filesystem::path& path : files) {
         std::printf("%s\n", path.c_str());
         std::fflush(stdout);

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+// Input: a WAVE file, which is loaded and played at whatever rate it claims.
 #include "audio/sound_engine.h"
 #include "fuzz/fuzzing.h"
 #include "support/reference_engine.h"
@@ -5,8 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <vector>
-
-// A WAVE file, loaded and played at whatever rate it claims.
 
 using namespace percussomatic;
 using fuzz::require;
@@ -17,23 +17,23 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         return 0;
     }
     const Sample& sample = engine.samples.front();
-    const auto within = [](float value) { return std::abs(value) <= 1.0f; };
     require(sample.sampleRate != 0 && sample.finite, "a recording has a rate and is finite");
     require(!sample.left.empty() && sample.left.size() == sample.right.size() &&
                 sample.left.size() <= size,
-            "both planes have the frames of the file");
-    require(std::all_of(sample.left.begin(), sample.left.end(), within) &&
-                std::all_of(sample.right.begin(), sample.right.end(), within),
-            "all values are within -1 and 1");
+            "both channels have the frames of the file");
+    for (const std::vector<float>* channel : {&sample.left, &sample.right}) {
+        require(std::ranges::all_of(*channel, [](float value) { return std::abs(value) <= 1.0f; }),
+                "all samples are within -1 and 1");
+    }
 
     reference::ReferenceEngine referenceEngine;
     referenceEngine.samples = engine.samples;
     engine.trigger(0, 0.7f);
     referenceEngine.trigger(0, 0.7f);
-    constexpr std::uint32_t kFrames = 530; // more than one stretch of the mixer
+    constexpr std::uint32_t kFrames = 530; // more than one chunk of the mixer
     std::vector<std::int16_t> out(2 * kFrames), expected(2 * kFrames);
     engine.renderBlock(out.data(), kFrames);
     referenceEngine.renderBlock(expected.data(), kFrames);
-    require(out == expected, "it sounds as the plain engine has it");
+    require(out == expected, "the engine renders what the reference engine does");
     return 0;
 }
