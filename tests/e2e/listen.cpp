@@ -12,10 +12,10 @@
 
 #include "assets/assets.h"
 #include "audio/sound_engine.h"
+#include "panel/control_state.h"
 #include "pattern/instruments.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -39,7 +39,7 @@ struct Trigger {
 };
 
 // Reads all complete entries; the last one may be truncated if the program was killed.
-std::vector<Block> readRecording(const std::string& path) {
+std::vector<Block> readRecording(const char* path) {
     std::ifstream file(path, std::ios::binary);
     std::vector<Block> blocks;
     Block block;
@@ -53,7 +53,7 @@ std::vector<Block> readRecording(const std::string& path) {
     return blocks;
 }
 
-std::vector<Trigger> readScenario(const std::string& path, double& master) {
+std::vector<Trigger> readScenario(const char* path, float& master) {
     std::ifstream text(path);
     std::string word;
     text >> word >> master;
@@ -61,19 +61,10 @@ std::vector<Trigger> readScenario(const std::string& path, double& master) {
     float slider = 0;
     for (Trigger voice; text >> voice.step >> voice.sampleIndex >> slider;) {
         voice.firstOfStep = cycle.empty() || cycle.back().step != voice.step;
-        voice.gain = slider / 650.0f;
+        voice.gain = slider / percussomatic::kSliderTravel;
         cycle.push_back(voice);
     }
     return cycle;
-}
-
-void prepare(percussomatic::SoundEngine& engine, double master) {
-    engine.prepareForDevice();
-    engine.setMasterVolume(static_cast<float>(master * master));
-    for (const percussomatic::Instrument& instrument : percussomatic::kInstruments) {
-        const percussomatic::AssetBytes asset = percussomatic::findAsset(instrument.recording);
-        engine.loadSample(asset.bytes, asset.size);
-    }
 }
 
 // Renders each block with 0, 1, 2, ... voices started before it until it equals the recorded block.
@@ -83,14 +74,14 @@ int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>&
     constexpr std::size_t kMaxVoicesPerBlock = 12; // two late steps
     std::size_t played = 0;                        // triggers, over all cycles
     for (std::size_t number = 0; number < recording.size(); ++number) {
-        const Block& block = recording[number];
-        if (block.samples.empty()) {
+        const auto& [header, samples] = recording[number];
+        if (samples.empty()) {
             engine.deactivateAllVoices(); // the device was closed, which ends them
             continue;
         }
         const auto voices = engine.voices;
-        std::vector<std::int16_t> rendered(block.samples.size());
-        std::ptrdiff_t equal = 0, longest = 0;
+        std::vector<std::int16_t> rendered(samples.size());
+        std::ptrdiff_t longest = 0; // equal samples of the best attempt
         std::size_t started = 0;
         for (;; ++started) {
             engine.voices = voices;
@@ -98,22 +89,21 @@ int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>&
                 const Trigger& trigger = cycle[next % cycle.size()];
                 engine.trigger(trigger.sampleIndex, trigger.gain);
             }
-            engine.renderBlock(rendered.data(), static_cast<std::uint32_t>(block.header.frames));
-            equal = std::ranges::mismatch(rendered, block.samples).in1 - rendered.begin();
-            longest = std::max(longest, equal);
-            if (equal == std::ssize(rendered) || started == kMaxVoicesPerBlock) {
+            engine.renderBlock(rendered.data(), static_cast<std::uint32_t>(header.frames));
+            if (rendered == samples) {
                 break;
             }
-        }
-        if (equal != std::ssize(rendered)) {
-            std::cout << "difference " << number << ' ' << longest / 2 << '\n';
-            return kWrongSound;
+            longest =
+                std::max(longest, std::ranges::mismatch(rendered, samples).in1 - rendered.begin());
+            if (started == kMaxVoicesPerBlock) {
+                std::cout << "difference " << number << ' ' << longest / 2 << '\n';
+                return kWrongSound;
+            }
         }
         for (; started > 0; --started, ++played) {
-            const Trigger& trigger = cycle[played % cycle.size()];
-            if (trigger.firstOfStep) {
-                std::cout << "hit " << trigger.step << ' ' << number << ' '
-                          << block.header.writtenNs << '\n';
+            if (const Trigger& trigger = cycle[played % cycle.size()]; trigger.firstOfStep) {
+                std::cout << "hit " << trigger.step << ' ' << number << ' ' << header.writtenNs
+                          << '\n';
             }
         }
     }
@@ -123,15 +113,20 @@ int printReplay(const std::vector<Block>& recording, const std::vector<Trigger>&
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> words(argv + 1, argv + argc);
-    double master = 1.0;
-    const bool validUsage = words.size() == 3 && words[0] == "replay";
-    const std::vector<Block> recording = readRecording(validUsage ? words[1] : "");
-    const std::vector<Trigger> cycle = readScenario(validUsage ? words[2] : "", master);
-    if (!recording.empty() && !cycle.empty()) {
-        prepare(percussomatic::soundEngine(), master);
-        return printReplay(recording, cycle, percussomatic::soundEngine());
+    const bool validUsage = argc == 4 && argv[1] == std::string("replay");
+    float master = 1.0f;
+    const std::vector<Block> recording = readRecording(validUsage ? argv[2] : "");
+    const std::vector<Trigger> cycle = readScenario(validUsage ? argv[3] : "", master);
+    if (recording.empty() || cycle.empty()) {
+        std::cerr << "usage: listen replay RECORDING SCENARIO (both non-empty)\n";
+        return kWrongUsage;
     }
-    std::cerr << "usage: listen replay RECORDING SCENARIO (both non-empty)\n";
-    return kWrongUsage;
+    percussomatic::SoundEngine& engine = percussomatic::soundEngine();
+    engine.prepareForDevice();
+    engine.setMasterVolume(master * master);
+    for (const percussomatic::Instrument& instrument : percussomatic::kInstruments) {
+        const percussomatic::AssetBytes asset = percussomatic::findAsset(instrument.recording);
+        engine.loadSample(asset.bytes, asset.size);
+    }
+    return printReplay(recording, cycle, engine);
 }

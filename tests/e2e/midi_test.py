@@ -19,14 +19,19 @@ TIMBAL_2 = SWITCHES["Timbal 2"]
 
 
 class Midi(ProgramTestCase):
+    window = PORTS
+
     def setUp(self):
         super().setUp()
         self.midi = MidiPorts(self.folder)
-        self.window = PORTS
 
     def start_with(self, ports, **variables):
         self.midi.set_ports(ports)
         return self.start(fake_winmm=True, **variables, **self.midi.variables())
+
+    def close_window_and_program(self, player):
+        self.window.push(CLOSE)
+        self.assertEqual(player.close(), 0)
 
     def line(self, index):
         return self.window.texts()[index]
@@ -34,12 +39,9 @@ class Midi(ProgramTestCase):
     def wait_for_line(self, index, text):
         wait_until(lambda: self.line(index) == text, text)
 
-    def select(self, entry, clicks=1):
-        self.window.select_entry(LIST, entry, clicks)
-        wait_until(lambda: self.window.control(LIST).state == entry, "the selection")
-
     def connect(self, entry, shown):
-        self.select(entry)
+        self.window.select_entry(LIST, entry)
+        wait_until(lambda: self.window.state(LIST) == entry, "the selection")
         self.window.push(CONNECT)
         self.wait_for_line(CONNECTION_LINE, f"Connected to: {shown}")
 
@@ -70,7 +72,7 @@ class Midi(ProgramTestCase):
         self.assertIn(f"LastMidiDevice={name}\n", self.settings())
         for entry in (1, 2):  # a failed open leaves no port open
             self.connect(entry, "no devices")
-        self.select(0, clicks=2)
+        self.window.select_entry(LIST, 0, clicks=2)
         self.wait_for_line(CONNECTION_LINE, "Connected to: Keys [A]")
         self.midi.set_ports(["Other"])
         self.window.push(RESCAN)
@@ -78,8 +80,7 @@ class Midi(ProgramTestCase):
         self.assertEqual(self.line(CONNECTION_LINE), "Connected to: Keys [A]")
         self.window.push(DISCONNECT)
         self.wait_for_line(LEARN_LINE, "No MIDI device connected")
-        self.window.push(CLOSE)
-        self.assertEqual(player.close(), 0)
+        self.close_window_and_program(player)
 
     def test_learned_controls_move_and_survive_a_restart(self):
         name = "Pads \u4e2d with thirty-one in [1]"  # one letter is not in the 8-bit code page
@@ -96,17 +97,15 @@ class Midi(ProgramTestCase):
         self.learn(player, TEMPO_DIAL, 0, 21)
         self.learn(player, SLIDERS[4], 0, 7)
         self.learn(player, START_STOP, 9, 64)
-        learned = f"{TEMPO_DIAL}=0,21\n{SLIDERS[4]}=0,7\n{START_STOP}=9,64\n"
-        self.assertIn(f"[{section}]\n{learned}", self.settings())
+        learned = f"[{section}]\n{TEMPO_DIAL}=0,21\n{SLIDERS[4]}=0,7\n{START_STOP}=9,64\n"
+        self.assertIn(learned, self.settings())
         self.assertIn(f"[DEVICE:Fl\u00fcgel]\n{MASTER_DIAL}=1,9\nby hand=kept\n", self.settings())
-        self.window.push(CLOSE)
-        self.assertEqual(player.close(), 0)
+        self.close_window_and_program(player)
 
         player = self.start_with([name])  # connects automatically
         dark = player.brightness(START_STOP)
-        self.midi.send_many([(2000, bytes([0xB0, 21, value])) for value in range(0, 128, 3)])
-        self.midi.send(0xB0, 21, 127)
-        self.midi.send_many([(2000, bytes([0xB0, 7, value])) for value in range(128)])
+        for controller in (21, 7):
+            self.midi.send_many([(2000, bytes([0xB0, controller, value])) for value in range(128)])
         self.midi.send(0xB9, 64, 127)
         self.wait_until_lit(player, START_STOP, dark)
         time.sleep(1.0)  # until all glides have ended
@@ -121,15 +120,13 @@ class Midi(ProgramTestCase):
         self.window.push(CLEAR)
         self.wait_for_line(LEARN_LINE, "All MIDI mappings cleared")
         self.assertNotIn(section, self.settings())
-        self.window.push(CLOSE)
-        self.assertEqual(player.close(), 0)
+        self.close_window_and_program(player)
 
         player = self.start_with([])
         self.window.open_by(player, "MIDI")
         self.assertEqual(self.window.control(LIST).text, "No MIDI IN device detected")
         self.assertEqual(self.line(LEARN_LINE), f"Saved MIDI device not connected: {name}")
-        self.window.push(CLOSE)
-        self.assertEqual(player.close(), 0)
+        self.close_window_and_program(player)
 
     def test_learning_works_without_a_writable_settings_file(self):
         (self.folder / "Percussomatic.ini").mkdir()  # a folder, so that it cannot be written
@@ -159,17 +156,15 @@ class Midi(ProgramTestCase):
         player = self.connected()
         rhythm = self.set_rhythm(player)
         self.window.open_by(player, "MIDI")
-        self.assertGreater(
-            player.green_excess("MIDI"), player.green_excess("CARDS") + 2, "the MIDI box is not green"
-        )
+        self.assertGreater(player.green_excess("MIDI"), player.green_excess("CARDS") + 2)
         yellow = player.green_excess("BPM")
         self.window.push(MIDI_CLOCK)
         self.wait_for_line(SYNC_LINE, "SYNC: MIDI CLOCK Waiting for clock...")
         wait_until(lambda: player.green_excess("BPM") > yellow + 8, "the green tempo")
-        for jitter_ms in (0.0, 2.0):  # pulses without a Start message are measured but start nothing
-            self.midi.send_many(clock_pulses(120, 240, jitter_ms))
-            wait_until(lambda: abs(self.shown_tempo() - 120) < 6, "the measured tempo", 5)
-            wait_until(self.midi.all_sent, "the last pulse")
+        # Pulses without a Start message are measured but start nothing.
+        self.midi.send_many(clock_pulses(120, 240, jitter_ms=2.0))
+        wait_until(lambda: abs(self.shown_tempo() - 120) < 6, "the measured tempo", 5)
+        wait_until(self.midi.all_sent, "the last pulse")
         self.midi.send_many([(0, START), *clock_pulses(140, 6 * 64 + 3), (0, STOP)])
         wait_until(lambda: abs(self.shown_tempo() - 140) < 6, "the measured tempo", 6)
         wait_until(self.midi.all_sent, "the last pulse", 60)

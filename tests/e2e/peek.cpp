@@ -13,32 +13,21 @@
 
 namespace {
 
-std::wstring textOf(HWND control) {
-    std::wstring text(static_cast<std::size_t>(SendMessageW(control, WM_GETTEXTLENGTH, 0, 0)) + 1,
-                      L'\0');
+// The result of a message that fills a buffer, such as WM_GETTEXT.
+std::wstring textFrom(HWND control, UINT message, WPARAM parameter) {
+    std::wstring text(512, L'\0');
     text.resize(static_cast<std::size_t>(
-        SendMessageW(control, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+        SendMessageW(control, message, parameter, reinterpret_cast<LPARAM>(text.data()))));
     return text;
 }
 
 std::wstring entriesOf(HWND list) {
     std::wstring entries;
-    const LRESULT count = SendMessageW(list, LB_GETCOUNT, 0, 0);
-    for (LRESULT i = 0; i < count; ++i) {
-        std::wstring entry(256, L'\0');
-        entry.resize(static_cast<std::size_t>(SendMessageW(
-            list, LB_GETTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(entry.data()))));
-        entries += (i > 0 ? L"\t" : L"") + entry;
+    const auto count = static_cast<WPARAM>(SendMessageW(list, LB_GETCOUNT, 0, 0));
+    for (WPARAM i = 0; i < count; ++i) {
+        entries += (i > 0 ? L"\t" : L"") + textFrom(list, LB_GETTEXT, i);
     }
     return entries;
-}
-
-std::string utf8(const std::wstring& text) {
-    std::string bytes(text.size() * 3, '\0');
-    bytes.resize(static_cast<std::size_t>(
-        WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
-                            static_cast<int>(bytes.size()), nullptr, nullptr)));
-    return bytes;
 }
 
 BOOL CALLBACK printControl(HWND control, LPARAM) {
@@ -52,9 +41,11 @@ BOOL CALLBACK printControl(HWND control, LPARAM) {
     const LRESULT state = SendMessageW(control, stateMessage, 0, 0);
     RECT rect{};
     GetWindowRect(control, &rect);
+    const std::wstring text = isList ? entriesOf(control) : textFrom(control, WM_GETTEXT, 512);
+    char utf8[2048] = {};
+    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, utf8, sizeof(utf8) - 1, nullptr, nullptr);
     std::printf("%d %ld %ld %ld %ld %d %s\n", GetDlgCtrlID(control), rect.left, rect.top,
-                rect.right, rect.bottom, static_cast<int>(state),
-                utf8(isList ? entriesOf(control) : textOf(control)).c_str());
+                rect.right, rect.bottom, static_cast<int>(state), utf8);
     return TRUE;
 }
 

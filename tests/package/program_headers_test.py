@@ -31,9 +31,6 @@ class Programs(unittest.TestCase):
             with self.subTest(name):
                 yield headers(name), (BUILD / name).read_bytes()
 
-    def directory_size(self, head, name):
-        return int(re.search(rf"(\w+) {name} Directory", head)[1], 16)
-
     def test_security_features_are_enabled(self):
         for head, program in self.programs():
             self.assertIn("file format pei-x86-64", head)
@@ -41,8 +38,7 @@ class Programs(unittest.TestCase):
                 self.assertIn(f"\t{feature}\n", head)
             base = int(re.search(r"ImageBase\s+(\w+)", head)[1], 16)
             self.assertGreater(base, 2**32, "high entropy needs a base above 4 GB")
-            relocations = self.directory_size(head, "Base Relocation")
-            self.assertGreater(relocations, 0, "cannot be moved without relocations")
+            self.assertNotRegex(head, r" 0+ Base Relocation Directory", "cannot be moved")
             for flags in re.findall(r"^ +(?:CONTENTS|ALLOC),.*CODE.*", head, re.MULTILINE):
                 self.assertIn("READONLY", flags, "writable and executable")
             self.assertIn(b"stack smashing detected", program)
@@ -62,11 +58,10 @@ class Programs(unittest.TestCase):
         for head, program in self.programs():
             self.assertRegex(head, r"Time/Date\s+Thu Jan  1 00:00:00 1970")
             for directory in ("Debug", "Export"):
-                self.assertEqual(self.directory_size(head, directory), 0, directory)
-            for folder in (str(BUILD), str(ROOT)):
-                for path in (folder, folder.replace("/", "\\")):
-                    self.assertNotIn(path.encode(), program)
-                    self.assertNotIn(path.encode("utf-16-le"), program)
+                self.assertRegex(head, rf" 0+ {directory} Directory")
+            for path in (str(ROOT), str(ROOT).replace("/", "\\")):  # also that of the build folder
+                self.assertNotIn(path.encode(), program)
+                self.assertNotIn(path.encode("utf-16-le"), program)
 
     def test_instrument_has_icon_version_and_manifest(self):
         head, program = headers(INSTRUMENT), (BUILD / INSTRUMENT).read_bytes()

@@ -97,59 +97,50 @@ class LivePlay(ProgramTestCase):
         Windows does so at the program's request; Wine does not."""
         prefix = os.stat(os.environ["WINEPREFIX"])
         program = str(self.player.process.pid)
-        threads = [
-            thread for thread in os.listdir(f"/proc/{program}/task") if thread != program
-        ]  # not the GUI
+        threads = set(os.listdir(f"/proc/{program}/task")) - {program}  # not the GUI
+        threads.update(processes_in(f"server-{prefix.st_dev:x}-{prefix.st_ino:x}"))
         try:
-            for thread in (*threads, *processes_in(f"server-{prefix.st_dev:x}-{prefix.st_ino:x}")):
+            for thread in threads:
                 os.sched_setscheduler(int(thread), os.SCHED_RR, os.sched_param(1))
             os.setpriority(os.PRIO_PROCESS, int(program), -10)
         except PermissionError:
             print("No permission to raise priorities: run no other programs meanwhile.", file=sys.stderr)
 
     def start_stall_detectors(self):
-        self.stall_logs = []
+        self.stall_log = self.folder / "stalls"
         for processor in os.sched_getaffinity(0):
-            self.stall_logs.append(self.folder / f"stalls_{processor}")
             command = [sys.executable, str(HERE / "stall_detector.py"), str(processor)]
-            with open(self.stall_logs[-1], "w") as output:
+            with open(self.stall_log, "a") as output:
                 detector = subprocess.Popen(command, stdout=output, stderr=subprocess.DEVNULL)
             self.addCleanup(detector.wait)
             self.addCleanup(detector.kill)
 
     def stalls(self):
-        """When a detector woke up late and by how many ms."""
-        lines = [line.split() for file in self.stall_logs for line in file.read_text().splitlines()]
-        return sorted((int(at), float(late)) for at, late in lines)
+        """When a detector woke up, in ns, and how late, in ms."""
+        lines = map(str.split, self.stall_log.read_text().splitlines())
+        return [(int(at), float(late)) for at, late in lines]
 
     def resident_kb(self):
         status = pathlib.Path(f"/proc/{self.player.process.pid}/status").read_text()
         return int(re.search(r"VmRSS:\s+(\d+)", status)[1])
 
     def gaps(self):
-        """Number of blocks, gaps as (end in ns, length in ms), minimum of queued sound in ms at a write.
-
-        Counts from the first action."""
-        count, gaps, min_queued, end = 0, [], 1e9, None
-        for written, start, samples in self.blocks():
-            if end and start > self.actions[0][0]:
-                min_queued = min(min_queued, end - written)
-                if start > end:
-                    gaps.append((start, (start - end) / 1e6))
+        """Gaps in the sound since the first action: (end in ns, length in ms)."""
+        end = None
+        for _, start, samples in self.blocks():
+            if end and start > max(end, self.actions[0][0]):
+                yield start, (start - end) / 1e6
             duration_ns = len(samples) // 2 * 1_000_000_000 // 48000
             end = start + duration_ns if samples else None  # None: the device was opened
-            count += 1
-        return count, gaps, min_queued / 1e6
 
-    def classified(self, gaps):
+    def classified_gaps(self):
         """Descriptions of all gaps, and of those that no stall of the machine explains."""
         stalls, descriptions, unexplained = self.stalls(), [], []
-        for at, missing in gaps:
+        for at, missing in self.gaps():
             begin = at - missing * 1e6 - 1.5 * QUEUE_NS  # a stall drains the queue before the gap
             late = sum(late for woken, late in stalls if begin < woken < at + QUEUE_NS / 2)
-            action = max(action for action in self.actions if action[0] < at)[1]
-            seconds = (at - self.actions[0][0]) / 1e9
-            descriptions.append(f"  {seconds:.1f} s: {missing:.1f} ms, {action}, stalled for {late:.0f} ms")
+            _, action = max(action for action in self.actions if action[0] < at)
+            descriptions.append(f"  {missing:.1f} ms during {action}, stalled for {late:.0f} ms")
             if late < QUEUE_NS / 2e6:
                 unexplained.append(descriptions[-1])
         return descriptions, unexplained
@@ -173,13 +164,10 @@ class LivePlay(ProgramTestCase):
             self.rounds += 1
             memory.append(self.resident_kb())
         self.assertEqual(self.player.close(), 0)
-        blocks, gaps, min_queued = self.gaps()
-        descriptions, unexplained = self.classified(gaps)
-        late = [late for _, late in self.stalls()]
-        report = [f"\n{self.rounds} rounds in {MINUTES:g} minutes, {blocks} blocks"]
-        report += [f"{len(gaps)} gaps, {len(unexplained)} unexplained; minimum queued {min_queued:.1f} ms"]
-        report += [*descriptions, f"{len(late)} stalls, at most {max(late, default=0):.0f} ms"]
-        report += [f"resident KB: first {memory[0]}, middle {memory[len(memory) // 2]}, last {memory[-1]}"]
+        gaps, unexplained = self.classified_gaps()
+        report = [f"{self.rounds} rounds in {MINUTES:g} minutes", *gaps]
+        report += [f"{len(gaps)} gaps, {len(unexplained)} unexplained; {len(self.stalls())} stalls"]
+        report += [f"resident KB: first {memory[0]}, last {memory[-1]}"]
         print(*report, sep="\n", file=sys.stderr)
         self.assertEqual(unexplained, [])
         self.assertLess(memory[-1], memory[0] + MAX_GROWTH_KB)

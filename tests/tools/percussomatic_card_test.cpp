@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "assets/assets.h"
 #include "cards/punch_card.h"
 #include "support/own_folder.h"
@@ -20,19 +21,19 @@ constexpr const char* kSixLines = "1000100010001000\n0000000000000000\n000000000
                                   "0000000000000000\n0000000000000000\n1010000000000001\n";
 const std::string kOldCard = std::string("_PERCUSOMATIC_CARD_V2\nTITLE=\n") + kSixLines;
 
-// Runs the tool in a folder of its own.
+// Runs the tool in a new folder that contains old.vopcard.
 class CardTool : public testing::Test {
 protected:
     CardTool() {
-        fs::create_directory("here");
-        put("here/old.vopcard", kOldCard);
-        fs::current_path("here");
+        fs::create_directory("work");
+        fs::current_path("work");
+        put("old.vopcard", kOldCard);
     }
 
-    // The exit code; before: shell words in front of the tool.
-    int run(const std::string& words, const std::string& before = "") {
+    // Returns the exit code. `prefix` is shell text before the tool's path.
+    int run(const std::string& words, const std::string& prefix = "") {
         const std::string command =
-            before + " '" + PERCUSSOMATIC_CARD_TOOL + "' " + words + " >../tool_out 2>../tool_err";
+            prefix + " '" + PERCUSSOMATIC_CARD_TOOL + "' " + words + " >../tool_out 2>../tool_err";
         const int status = std::system(command.c_str());
         out = contents("../tool_out");
         err = contents("../tool_err");
@@ -43,12 +44,12 @@ protected:
     std::string out, err;
 };
 
-TEST_F(CardTool, TellsMisuseFromHelp) {
+TEST_F(CardTool, WrongUsageExitsWith2AndHelpWith0) {
     for (const char* words :
          {"", "play x", "check", "check --quiet x", "show a b", "recordings", "midi a b --steps 3",
           "midi a b --bars 0", "render a b --bars 2 --steps 2", "render a b --bars 1.5",
-          "render a b --bars ''", "render a b --bars", "render --bars 1 --bars 2 a b",
-          "render a b --tail 600.1", "render a b --tail -0.1", "render a b --tail nan"}) {
+          "render a b --bars", "render --bars 1 --bars 2 a b", "render a b --tail nan",
+          "render a b --tail 600.1", "render a b --tail -0.1"}) {
         EXPECT_EQ(run(words), 2) << words;
         EXPECT_EQ(out, "") << words;
         EXPECT_NE(err.find("--help"), std::string::npos) << words;
@@ -60,7 +61,7 @@ TEST_F(CardTool, TellsMisuseFromHelp) {
     }
 }
 
-TEST_F(CardTool, CheckNamesFaultsAndWarningsAndShowBracketsWhatIsNotPlayed) {
+TEST_F(CardTool, CheckAndShowReportOddAndInvalidCards) {
     put("odd.vopcard",
         "_PERCUSSOMATIC_CARD_V3\nTITLE=NINE\nMASTER_VOLUME=1.5\nTEMPO_NORMALIZED=0.5\n"
         "SEQUENCE_LENGTH=9\nLINE_VOLUMES=1,1,1,1,1,0.5\nINSTRUMENTS=1,1,1,1,1,0,1,1,1,1,1,1\n" +
@@ -82,7 +83,7 @@ TEST_F(CardTool, CheckNamesFaultsAndWarningsAndShowBracketsWhatIsNotPlayed) {
     }
 }
 
-TEST_F(CardTool, RewritesOldCardsWithPlainSettings) {
+TEST_F(CardTool, RewriteGivesOldCardsDefaultSettings) {
     PunchCard expected = parsePunchCard(kOldCard).value();
     expected.lineVolumes.fill(1.0f);
     expected.instruments.fill(1);
@@ -90,7 +91,7 @@ TEST_F(CardTool, RewritesOldCardsWithPlainSettings) {
     EXPECT_EQ(contents("old.vopcard"), writePunchCard(expected, 0));
 }
 
-TEST_F(CardTool, OutputsAreWholeOrNotThere) {
+TEST_F(CardTool, FailedCommandLeavesTheOutputUnchanged) {
     put("out", "precious");
     put("bad.vopcard", "_PERCUSSOMATIC_CARD_V4\n");
     for (const std::string command : {"rewrite", "render", "midi"}) {
@@ -110,7 +111,7 @@ TEST_F(CardTool, OutputsAreWholeOrNotThere) {
     EXPECT_EQ(filesIn("."), 4);
 }
 
-TEST_F(CardTool, NoCommandTakesItsCardForItsOutput) {
+TEST_F(CardTool, OutputMustNotBeTheCardItself) {
     fs::create_hard_link("old.vopcard", "same");
     for (const char* words : {"render old.vopcard ./old.vopcard", "midi same old.vopcard"}) {
         EXPECT_EQ(run(words), 2) << words;
@@ -119,32 +120,28 @@ TEST_F(CardTool, NoCommandTakesItsCardForItsOutput) {
     }
 }
 
-// What a render has to be, by the reference engine. Missing recordings take no index, but sends
-// stay with the instruments' own numbers.
-std::vector<std::int16_t> referenceRender(const PunchCard& card, std::uint32_t steps, double tail,
-                                          const std::vector<std::string>& missing = {}) {
+// Renders a card with the reference engine. Missing recordings take no sample index, but the sends
+// keep the numbers of their instruments.
+std::vector<std::int16_t> referenceRender(PunchCard card, std::uint32_t steps, double tailSeconds,
+                                          const std::vector<std::string_view>& missing = {}) {
     reference::ReferenceEngine engine;
     engine.prepareForDevice();
     engine.setAutoStop(true, 1e-5f, 100, 50);
     std::vector<int> indices; // A and B of each line
     for (const Instrument& instrument : kInstruments) {
-        const bool there = std::ranges::find(missing, instrument.recording) == missing.end();
-        indices.push_back(there ? static_cast<int>(engine.samples.size()) : -1);
-        if (there) {
+        const bool exists = std::ranges::find(missing, instrument.recording) == missing.end();
+        indices.push_back(exists ? static_cast<int>(engine.samples.size()) : -1);
+        if (exists) {
             engine.samples.push_back(parseWave(findAsset(instrument.recording).span()).value());
         }
     }
     double bpm = 120.0;
-    float gains[6] = {1, 1, 1, 1, 1, 1};
     if (card.hasSettings) {
         bpm = static_cast<double>(card.tempo) * 200.0 + 40.0;
-        engine.setMasterVolume(card.masterVolume * card.masterVolume);
         constexpr int kEnginePresets[] = {0, 1, 4, 5};
         engine.setEffectPreset(kEnginePresets[std::clamp(card.effectPreset, 0, 3)]);
-        for (std::size_t line = 0; line < 6; ++line) {
-            engine.setSend(static_cast<std::uint32_t>(2 * line), card.effectSends[line]);
-            engine.setSend(static_cast<std::uint32_t>(2 * line + 1), card.effectSends[6 + line]);
-            gains[line] = std::trunc(card.lineVolumes[line] * 650.0f + 0.5f) / 650.0f;
+        for (std::uint32_t index = 0; index < kInstrumentCount; ++index) {
+            engine.setSend(index, card.effectSends[6 * (index % 2) + index / 2]);
         }
         engine.setEffectReturn(card.effect.effectReturn);
         engine.setEffectRoomSize(card.effect.roomSize);
@@ -152,20 +149,25 @@ std::vector<std::int16_t> referenceRender(const PunchCard& card, std::uint32_t s
         engine.setEffectWidth(card.effect.width);
         engine.setEffectPreDelayMs(card.effect.preDelayMs);
         engine.setEffectEnabled(card.effectEnabled);
+    } else {
+        card.lineVolumes.fill(1.0f);
+        card.instruments.fill(1);
     }
+    engine.setMasterVolume(card.masterVolume * card.masterVolume);
     const double stepFrames = 48000.0 * 60.0 / (bpm * 4.0);
     const auto end = static_cast<std::size_t>(std::floor(steps * stepFrames)) +
-                     static_cast<std::size_t>(std::floor(tail * 48000.0));
+                     static_cast<std::size_t>(std::floor(tailSeconds * 48000.0));
     std::vector<std::int16_t> out(2 * end);
     std::uint32_t next = 0;
     for (std::size_t frame = 0; frame < end; ++frame) {
         if (next < steps && frame == static_cast<std::size_t>(std::floor(next * stepFrames))) {
             const auto step = static_cast<int>(next++ % card.sequenceLength);
-            for (std::size_t voice = 0; voice < 12; ++voice) {
-                const std::size_t line = voice / 2, b = voice % 2;
-                if (card.pattern.isSet(static_cast<int>(line), step) && gains[line] > 0.0f &&
-                    (!card.hasSettings || card.instruments[6 * b + line] != 0)) {
-                    engine.trigger(indices[voice], gains[line]);
+            for (std::size_t voice = 0; voice < indices.size(); ++voice) {
+                const std::size_t line = voice / 2;
+                const float gain = std::trunc(card.lineVolumes[line] * 650.0f + 0.5f) / 650.0f;
+                if (card.pattern.isSet(static_cast<int>(line), step) && gain > 0.0f &&
+                    card.instruments[6 * (voice % 2) + line] != 0) {
+                    engine.trigger(indices[voice], gain);
                 }
             }
         }
@@ -174,14 +176,14 @@ std::vector<std::int16_t> referenceRender(const PunchCard& card, std::uint32_t s
     return out;
 }
 
-void expectWave(const fs::path& path, const std::vector<std::int16_t>& values) {
-    Bytes expected = WaveBuilder().format({.channels = 2}).values16(values).bytes();
-    const auto riffSize = static_cast<std::uint32_t>(36 + 2 * values.size());
+void expectWave(const fs::path& path, const std::vector<std::int16_t>& samples) {
+    Bytes expected = WaveBuilder().format({.channels = 2}).values16(samples).bytes();
+    const auto riffSize = static_cast<std::uint32_t>(36 + 2 * samples.size());
     std::memcpy(&expected[4], &riffSize, 4);
     EXPECT_TRUE(toBytes(contents(path)) == expected);
 }
 
-TEST_F(CardTool, FactoryCardsAreFaultlessAndSoundAsInThePlainEngine) {
+TEST_F(CardTool, FactoryCardsAreValidAndRenderAsInTheReferenceEngine) {
     int cards = 0;
     for (const auto& entry : fs::directory_iterator(PERCUSSOMATIC_CARDS_DIR)) {
         if (entry.path().extension() != ".vopcard") {
@@ -205,9 +207,12 @@ TEST_F(CardTool, FactoryCardsAreFaultlessAndSoundAsInThePlainEngine) {
     EXPECT_EQ(cards, 10);
 }
 
-TEST_F(CardTool, RendersOddCardsAsThePlainEngineDoes) {
-    const std::string text = contents(fs::path(PERCUSSOMATIC_CARDS_DIR) / "card_1.vopcard");
-    PunchCard card = parsePunchCard(text).value();
+TEST_F(CardTool, OddCardsRenderAsInTheReferenceEngine) {
+    PunchCard card = parsePunchCard(kOldCard).value();
+    ASSERT_EQ(run("render old.vopcard o.wav"), 0);
+    expectWave("o.wav", referenceRender(card, 64, 2.0));
+
+    card.hasSettings = true;
     card.sequenceLength = 5;
     card.tempo = 0.123457f;
     card.masterVolume = 0.7f;
@@ -221,14 +226,11 @@ TEST_F(CardTool, RendersOddCardsAsThePlainEngineDoes) {
     card.effect.preDelayMs = 250.0f;
     put("odd.vopcard", writePunchCard(card, 0));
     card = parsePunchCard(contents("odd.vopcard")).value();
-    ASSERT_EQ(run("render old.vopcard o.wav"), 0);
-    expectWave("o.wav", referenceRender(parsePunchCard(kOldCard).value(), 64, 2.0));
-
-    // Recordings from a folder; then without one of them and with a broken one.
     ASSERT_EQ(run("recordings made/kit"), 0);
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 13 --tail 0"), 0);
     EXPECT_EQ(err, "");
     expectWave("o.wav", referenceRender(card, 13, 0.0));
+
     fs::remove("made/kit/snare.wav");
     put("made/kit/clave.wav", "RIFF");
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
