@@ -47,10 +47,10 @@ struct Port {
 };
 
 struct OpenPort {
+    // Held during MIM_DATA, so no message arrives after midiInStop has returned.
     SRWLOCK lock = SRWLOCK_INIT;
-    // All guarded by lock, which is held during MIM_DATA: no message arrives after midiInStop has
-    // returned.
-    bool open = false, started = false;
+    bool started = false; // guarded by lock; nothing below changes while it is true
+    bool open = false;
     Port port;
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
@@ -64,13 +64,10 @@ std::vector<Port> readPorts() {
     std::vector<Port> ports;
     std::ifstream file(setting("MIDI_PORTS"), std::ios::binary);
     for (std::string line; std::getline(file, line);) {
-        Port port{std::wstring(line.size(), L'\0'),
-                  line.substr(0, line.starts_with('!') ? line.find(' ') + 1 : 0)};
-        line.erase(0, port.fault.size());
-        port.name.resize(static_cast<std::size_t>(
-            MultiByteToWideChar(CP_UTF8, 0, line.data(), static_cast<int>(line.size()),
-                                port.name.data(), static_cast<int>(port.name.size()))));
-        ports.push_back(port);
+        const std::size_t start = line.starts_with('!') ? line.find(' ') + 1 : 0;
+        wchar_t name[256] = {};
+        MultiByteToWideChar(CP_UTF8, 0, &line[start], -1, name, static_cast<int>(std::size(name)));
+        ports.push_back({name, line.substr(0, start)});
     }
     return ports;
 }
@@ -129,20 +126,17 @@ DWORD WINAPI sendMessages(void* /*unused*/) {
     std::ofstream log(setting("MIDI_DELIVERED"), std::ios::binary | std::ios::app);
     for (;;) {
         script.readAppendedLines();
-        std::int64_t wakeNs = counterNs() + kPollNs;
+        const std::int64_t pollNs = counterNs() + kPollNs;
         std::deque<Message>& pending = script.pending();
         for (; !pending.empty() && pending.front().dueNs <= counterNs(); pending.pop_front()) {
             const std::int64_t nowNs = counterNs();
             log << (deliver(pending.front()) ? "played " : "lost ") << nowNs << std::endl;
         }
-        if (!pending.empty()) {
-            wakeNs = std::min(wakeNs, pending.front().dueNs);
-        }
-        if (const std::int64_t remainingNs = wakeNs - counterNs(); remainingNs > 0) {
-            LARGE_INTEGER interval;
-            interval.QuadPart = -(remainingNs / 100);
-            delayExecution(0, &interval);
-        }
+        const std::int64_t wakeNs =
+            pending.empty() ? pollNs : std::min(pollNs, pending.front().dueNs);
+        LARGE_INTEGER interval;
+        interval.QuadPart = std::min<std::int64_t>(0, (counterNs() - wakeNs) / 100);
+        delayExecution(0, &interval);
     }
 }
 
@@ -183,22 +177,19 @@ MMRESULT WINAPI midiInGetDevCapsW(UINT_PTR id, LPMIDIINCAPSW caps, UINT size) {
 
 MMRESULT WINAPI midiInOpen(LPHMIDIIN device, UINT id, DWORD_PTR callback, DWORD_PTR instance,
                            DWORD /*flags*/) {
-    {
-        const Lock lock(thePort.lock);
-        const std::vector<Port> ports = readPorts();
-        if (id >= ports.size()) {
-            return MMSYSERR_BADDEVICEID;
-        }
-        if (thePort.open || ports[id].fault == "!open ") {
-            return MMSYSERR_ALLOCATED;
-        }
-        thePort.open = true;
-        thePort.port = ports[id];
-        thePort.callback = std::bit_cast<Callback>(callback);
-        thePort.instance = instance;
+    const std::vector<Port> ports = readPorts();
+    if (id >= ports.size()) {
+        return MMSYSERR_BADDEVICEID;
     }
+    if (thePort.open || ports[id].fault == "!open ") {
+        return MMSYSERR_ALLOCATED;
+    }
+    thePort.open = true;
+    thePort.port = ports[id];
+    thePort.callback = std::bit_cast<Callback>(callback);
+    thePort.instance = instance;
     *device = kHandle;
-    std::bit_cast<Callback>(callback)(kHandle, MIM_OPEN, instance, 0, 0);
+    thePort.callback(kHandle, MIM_OPEN, instance, 0, 0);
     return MMSYSERR_NOERROR;
 }
 

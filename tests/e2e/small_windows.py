@@ -22,7 +22,7 @@ class SmallWindow:
         return [Control(*map(int, line[:6]), line[6]) for line in words]
 
     def control(self, control_id):
-        return next(control for control in self.controls() if control.id == control_id)
+        return {control.id: control for control in self.controls()}[control_id]
 
     def state(self, control_id):
         return self.control(control_id).state

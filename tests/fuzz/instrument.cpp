@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fuzz/instrument.h"
 
+#include "audio/effect_choice.h"
+#include "audio/effect_controls.h"
 #include "audio/sound_engine.h"
 #include "cards/card_file.h"
 #include "cards/card_panel.h"
@@ -24,6 +26,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace percussomatic::fuzz {
 
@@ -90,10 +93,56 @@ void checkAll() {
     checkInvariants();
 }
 
+// Sets what FreshInstrument leaves as it was.
+void resetSound() {
+    SoundEngine& engine = soundEngine();
+    engine.voices = {};
+    engine.setAutoStop(true, 1e-5f, 100, 50);
+    engine.setEffectEnabled(false);
+    selectPreset(0);
+    for (std::uint32_t send = 0; send < kSendCount; ++send) {
+        engine.setSend(send, 0.0f);
+    }
+}
+
+// Starts voices.
+void trigger(Input& input) {
+    const int index = input.below(2 * kInstrumentCount + 4) - 2; // also outside the bank
+    const auto gain = static_cast<float>(input.word()) * 0.001f;
+    for (int voice = input.below(70); voice >= 0; --voice) {
+        soundEngine().trigger(index, gain);
+    }
+}
+
+// What the effects window does, and the auto-stop.
+void changeEffect(Input& input) {
+    SoundEngine& engine = soundEngine();
+    switch (input.below(5)) {
+    case 0:
+        engine.setEffectEnabled(input.flag());
+        break;
+    case 1:
+        selectPreset(input.below(6) - 1);
+        break;
+    case 2:
+    case 3: {
+        const int bar = input.byte() % 24; // some do not exist
+        moveBar(engine, bar < 14 ? kSendBarId + bar - 1 : kParameterBarId + bar - 14,
+                input.below(130) - 10);
+        break;
+    }
+    default: {
+        const auto threshold = static_cast<float>(input.below(4)) * 1e-3f;
+        const auto holdMs = static_cast<std::uint32_t>(input.below(16));
+        const auto minMs = static_cast<std::uint32_t>(input.below(16));
+        engine.setAutoStop(input.flag(), threshold, holdMs, minMs);
+    }
+    }
+}
+
 } // namespace
 
-Instrument::Instrument() : sampleIndices_(testRecordings()) {
-    sequencer().sampleIndices = sampleIndices_;
+Instrument::Instrument() {
     std::filesystem::remove_all(kCardFolder);
     resetSound();
 }
@@ -193,7 +242,10 @@ void Instrument::perform(int action, Input& input) {
         if (const std::uint32_t frames = 1 + 8 * std::uint32_t{input.byte()};
             frames <= framesLeft_) {
             framesLeft_ -= frames;
-            render(frames);
+            std::vector<std::int16_t> out(2 * std::size_t{frames});
+            soundEngine().renderBlock(out.data(), frames);
+            require(std::ranges::count(out, std::numeric_limits<std::int16_t>::min()) == 0,
+                    "-32768 is never written");
         }
     }
 }

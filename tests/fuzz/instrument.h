@@ -28,7 +28,6 @@ private:
     void press(PixelPoint point, Input& input);
     void pass(std::int64_t ns);
 
-    const decltype(Sequencer::sampleIndices)& sampleIndices_; // loaded first: sends use low indices
     FreshMidi fresh_;
     Size client_{1618, 1040};
     PixelPoint cursor_{};
@@ -38,15 +37,5 @@ private:
 
 // Conditions that hold after every action.
 void checkInvariants();
-
-// The sound engine with short recordings of all kinds (sound.cpp).
-
-// Loaded on the first call: the engine only ever appends recordings.
-const decltype(Sequencer::sampleIndices)& testRecordings();
-
-void resetSound();
-void render(std::uint32_t frames);
-void trigger(Input& input);      // starts voices
-void changeEffect(Input& input); // what the effects window does, and the auto-stop
 
 } // namespace percussomatic::fuzz

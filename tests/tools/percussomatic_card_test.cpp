@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "assets/assets.h"
-#include "cards/punch_card.h"
+#include "audio/sound_engine.h"
+#include "cards/card_panel.h"
+#include "sequencer/sequencer.h"
+#include "support/fake_system.h"
 #include "support/own_folder.h"
-#include "support/reference_engine.h"
 #include "support/wave_builder.h"
 
 #include <gtest/gtest.h>
@@ -120,58 +122,42 @@ TEST_F(CardTool, OutputMustNotBeTheCardItself) {
     }
 }
 
-// Renders a card with the reference engine. Missing recordings take no sample index, but the sends
-// keep the numbers of their instruments.
-std::vector<std::int16_t> referenceRender(PunchCard card, std::uint32_t steps, double tailSeconds,
-                                          const std::vector<std::string_view>& missing = {}) {
-    reference::ReferenceEngine engine;
+// What the instrument plays from a card on its panel. Missing recordings take no sample index, but
+// the sends keep the numbers of their instruments.
+std::vector<std::int16_t> instrumentRender(PunchCard card, std::uint32_t steps, double tailSeconds,
+                                           const std::vector<std::string_view>& missing = {}) {
+    const FreshInstrument instrument;
+    SoundEngine& engine = soundEngine();
     engine.prepareForDevice();
     engine.setAutoStop(true, 1e-5f, 100, 50);
-    std::vector<int> indices; // A and B of each line
-    for (const Instrument& instrument : kInstruments) {
-        const bool exists = std::ranges::find(missing, instrument.recording) == missing.end();
-        indices.push_back(exists ? static_cast<int>(engine.samples.size()) : -1);
-        if (exists) {
-            engine.samples.push_back(parseWave(findAsset(instrument.recording).span()).value());
-        }
+    engine.samples.clear();
+    for (std::size_t index = 0; index < kInstrumentCount; ++index) {
+        const std::string_view name = kInstruments[index].recording;
+        const AssetBytes asset = findAsset(name);
+        const bool exists = std::ranges::find(missing, name) == missing.end();
+        sequencer().sampleIndices[index] = exists ? engine.loadSample(asset.bytes, asset.size) : -1;
     }
-    double bpm = 120.0;
-    if (card.hasSettings) {
-        bpm = static_cast<double>(card.tempo) * 200.0 + 40.0;
-        constexpr int kEnginePresets[] = {0, 1, 4, 5};
-        engine.setEffectPreset(kEnginePresets[std::clamp(card.effectPreset, 0, 3)]);
-        for (std::uint32_t index = 0; index < kInstrumentCount; ++index) {
-            engine.setSend(index, card.effectSends[6 * (index % 2) + index / 2]);
-        }
-        engine.setEffectReturn(card.effect.effectReturn);
-        engine.setEffectRoomSize(card.effect.roomSize);
-        engine.setEffectDamping(card.effect.damping);
-        engine.setEffectWidth(card.effect.width);
-        engine.setEffectPreDelayMs(card.effect.preDelayMs);
-        engine.setEffectEnabled(card.effectEnabled);
-    } else {
+    const bool rhythmOnly = !card.hasSettings;
+    if (rhythmOnly) {
+        card.hasSettings = true;
         card.lineVolumes.fill(1.0f);
         card.instruments.fill(1);
     }
-    engine.setMasterVolume(card.masterVolume * card.masterVolume);
-    const double stepFrames = 48000.0 * 60.0 / (bpm * 4.0);
-    const auto end = static_cast<std::size_t>(std::floor(steps * stepFrames)) +
-                     static_cast<std::size_t>(std::floor(tailSeconds * 48000.0));
+    applyCard(card);
+    sequencer().pattern = card.pattern;
+    const double stepFrames = 48000.0 * 60.0 / ((rhythmOnly ? 120.0 : sequencer().bpm) * 4.0);
+    const auto startOf = [=](std::uint32_t step) {
+        return static_cast<std::size_t>(std::floor(step * stepFrames));
+    };
+    const auto end = startOf(steps) + static_cast<std::size_t>(std::floor(tailSeconds * 48000.0));
     std::vector<std::int16_t> out(2 * end);
-    std::uint32_t next = 0;
-    for (std::size_t frame = 0; frame < end; ++frame) {
-        if (next < steps && frame == static_cast<std::size_t>(std::floor(next * stepFrames))) {
-            const auto step = static_cast<int>(next++ % card.sequenceLength);
-            for (std::size_t voice = 0; voice < indices.size(); ++voice) {
-                const std::size_t line = voice / 2;
-                const float gain = std::trunc(card.lineVolumes[line] * 650.0f + 0.5f) / 650.0f;
-                if (card.pattern.isSet(static_cast<int>(line), step) && gain > 0.0f &&
-                    card.instruments[6 * (voice % 2) + line] != 0) {
-                    engine.trigger(indices[voice], gain);
-                }
-            }
+    for (std::uint32_t step = 0; step <= steps; ++step) {
+        const std::size_t frame = startOf(step);
+        if (step < steps) {
+            triggerStep(step % card.sequenceLength);
         }
-        engine.renderBlock(&out[2 * frame], 1);
+        const std::size_t next = step < steps ? startOf(step + 1) : end;
+        engine.renderBlock(out.data() + 2 * frame, static_cast<std::uint32_t>(next - frame));
     }
     return out;
 }
@@ -183,7 +169,7 @@ void expectWave(const fs::path& path, const std::vector<std::int16_t>& samples) 
     EXPECT_TRUE(toBytes(contents(path)) == expected);
 }
 
-TEST_F(CardTool, FactoryCardsAreValidAndRenderAsInTheReferenceEngine) {
+TEST_F(CardTool, FactoryCardsAreValidAndRenderAsTheInstrumentPlaysThem) {
     int cards = 0;
     for (const auto& entry : fs::directory_iterator(PERCUSSOMATIC_CARDS_DIR)) {
         if (entry.path().extension() != ".vopcard") {
@@ -197,7 +183,7 @@ TEST_F(CardTool, FactoryCardsAreValidAndRenderAsInTheReferenceEngine) {
         const PunchCard card = parsePunchCard(contents(entry.path())).value();
         ASSERT_EQ(run("render --tail 0.3 " + path + " o.wav --bars=1"), 0) << err;
         EXPECT_EQ(err, "");
-        const std::vector<std::int16_t> expected = referenceRender(card, card.sequenceLength, 0.3);
+        const std::vector<std::int16_t> expected = instrumentRender(card, card.sequenceLength, 0.3);
         expectWave("o.wav", expected);
         const auto clipped =
             std::ranges::count_if(expected, [](int value) { return std::abs(value) == 32767; });
@@ -207,10 +193,10 @@ TEST_F(CardTool, FactoryCardsAreValidAndRenderAsInTheReferenceEngine) {
     EXPECT_EQ(cards, 10);
 }
 
-TEST_F(CardTool, OddCardsRenderAsInTheReferenceEngine) {
+TEST_F(CardTool, OddCardsRenderAsTheInstrumentPlaysThem) {
     PunchCard card = parsePunchCard(kOldCard).value();
     ASSERT_EQ(run("render old.vopcard o.wav"), 0);
-    expectWave("o.wav", referenceRender(card, 64, 2.0));
+    expectWave("o.wav", instrumentRender(card, 64, 2.0));
 
     card.hasSettings = true;
     card.sequenceLength = 5;
@@ -229,14 +215,14 @@ TEST_F(CardTool, OddCardsRenderAsInTheReferenceEngine) {
     ASSERT_EQ(run("recordings made/kit"), 0);
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 13 --tail 0"), 0);
     EXPECT_EQ(err, "");
-    expectWave("o.wav", referenceRender(card, 13, 0.0));
+    expectWave("o.wav", instrumentRender(card, 13, 0.0));
 
     fs::remove("made/kit/snare.wav");
     put("made/kit/clave.wav", "RIFF");
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
     EXPECT_EQ(std::ranges::count(err, '\n'), 2) << err;
     EXPECT_NE(err.find("made/kit/snare.wav: warning: "), std::string::npos) << err;
-    expectWave("o.wav", referenceRender(card, 3, 2.0, {"snare.wav", "clave.wav"}));
+    expectWave("o.wav", instrumentRender(card, 3, 2.0, {"snare.wav", "clave.wav"}));
 }
 
 } // namespace
