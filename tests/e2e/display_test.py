@@ -19,8 +19,10 @@ WINDOWS["EFFECTS"] = EFFECTS, (720, 735)
 
 class Display(ProgramTestCase):
     def set_dpi(self, dpi):
+        """Takes effect with the next session, as on Windows. Its services must not inherit a pipe."""
         add = ["wine64", "reg", "add", r"HKCU\Control Panel\Desktop", "/v", "LogPixels", "/t", "REG_DWORD"]
-        subprocess.run([*add, "/d", str(dpi), "/f"], check=True, capture_output=True)
+        for command in ([*add, "/d", str(dpi), "/f"], ["wineserver", "-k"], ["wineserver", "-w"]):
+            subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def check_box(self, name):
         """The box is where regions() expects it: its outline is lighter than its interior."""
