@@ -52,6 +52,7 @@ BOOL CALLBACK printControl(HWND control, LPARAM) {
 } // namespace
 
 int wmain(int argc, wchar_t** argv) {
+    SetProcessDPIAware(); // or places are told in the pixels of a coarser display
     HWND window = argc == 2 ? FindWindowW(argv[1], nullptr) : nullptr;
     if (window == nullptr || IsWindowVisible(window) == 0) {
         return 1;
