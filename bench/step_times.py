@@ -67,9 +67,7 @@ class StepTimes(e2e.ProgramTestCase):
         interval = 15e3 / BPM
         lines = (self.folder / "steps.txt").read_text().splitlines()[:STEPS]
         posted, processed = zip(*(map(int, line.split()) for line in lines))
-        blocks = self.replayed_blocks(rhythm)[1 : STEPS + 1]
-        recorded = [block * e2e.BLOCK_SECONDS * 1000 for block in blocks]
-        # The stream's time only advances while the device has buffers, so only intervals are meaningful.
+        recorded = [at * 1000 for at in self.heard_steps(rhythm)[1 : STEPS + 1]]
         between = [b - a - interval for a, b in zip(recorded, recorded[1:])]
         late = {
             "posted": lateness_ms([ns / 1e6 for ns in posted], interval),

@@ -57,7 +57,7 @@ class Sound(ProgramTestCase):
         player.click(START_STOP)
         time.sleep(0.2)
         self.assertEqual(player.close(), 0)
-        self.check_grid(self.replayed_blocks(rhythm), 240, 128)
+        self.check_grid(self.heard_steps(rhythm), 240, 128)
 
     def test_power_switch_silences_at_once_and_ends_the_program(self):
         player = self.start(fake_winmm=True)
