@@ -78,7 +78,7 @@ int exitCode(SaveResult result, const std::string& file) {
 int writeOutput(const std::string& file, std::string_view bytes) {
     FileReplacement output(pathFromUtf8(file));
     output.write(bytes);
-    return exitCode(output.take(), file);
+    return exitCode(output.commit(), file);
 }
 
 } // namespace percussomatic::tool

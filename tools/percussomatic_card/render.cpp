@@ -246,7 +246,7 @@ int render(const Arguments& arguments) {
     if (interrupted != 0) {
         return kFailure;
     }
-    return exitCode(output.take(), arguments.operands[1]);
+    return exitCode(output.commit(), arguments.operands[1]);
 }
 
 } // namespace percussomatic::tool
