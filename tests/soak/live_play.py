@@ -56,7 +56,8 @@ def report_stalls(processor, log):
         time.sleep(0.002)
         woken = clock_ns()
         if woken - due > 5_000_000:
-            log.write(f"{woken} {(woken - due) / 1e6}\n")
+            with open(log, "a") as file:
+                file.write(f"{woken} {(woken - due) / 1e6}\n")
 
 
 class LivePlay(ProgramTestCase):
@@ -125,9 +126,9 @@ class LivePlay(ProgramTestCase):
 
     def start_stall_detectors(self):
         self.stall_log = self.folder / "stalls"
+        self.stall_log.touch()
         for processor in os.sched_getaffinity(0):
-            arguments = processor, open(self.stall_log, "a", buffering=1)
-            detector = multiprocessing.Process(target=report_stalls, args=arguments)
+            detector = multiprocessing.Process(target=report_stalls, args=(processor, self.stall_log))
             detector.start()
             self.addCleanup(detector.join)
             self.addCleanup(detector.kill)
