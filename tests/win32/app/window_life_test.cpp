@@ -41,7 +41,7 @@ void expectNoLeak(const wchar_t* windowClass, void (*open)(HWND)) {
     SCOPED_TRACE(std::filesystem::path(windowClass).string());
     moveOffScreen(owner.handle);
     int atFirst = 0;
-    for (int time = 0; time < 2000 && !testing::Test::HasFailure(); ++time) {
+    for (int time = 0; time < 300 && !testing::Test::HasFailure(); ++time) {
         bool closed = false;
         owner.post([&] {
             HWND window = ownedWindow(owner.handle, windowClass);
