@@ -61,9 +61,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     } catch (const std::logic_error&) { // a number that cannot be converted
     }
     require(card.has_value() != report.fault.has_value(), "a refused card has a reason");
-    std::vector<CardRemark> remarks = report.warnings;
-    remarks.push_back(report.fault.value_or(CardRemark{}));
-    for (const CardRemark& remark : remarks) {
+    std::vector<CardMessage> remarks = report.warnings;
+    remarks.push_back(report.fault.value_or(CardMessage{}));
+    for (const CardMessage& remark : remarks) {
         require(wideFromUtf8(remark.text).has_value(), "messages are valid UTF-8");
     }
     if (card) {

@@ -16,7 +16,7 @@ int check(const Arguments& arguments) {
             code = kFailure;
             continue;
         }
-        for (const CardRemark& warning : read->report.warnings) {
+        for (const CardMessage& warning : read->report.warnings) {
             reportRemark(file, warning, "warning: ");
         }
         std::cout << file << ": ok, version " << read->report.version << ", \""

@@ -20,7 +20,7 @@ std::optional<LoadedCard> readCard(const std::string& file) {
         }
     } catch (const std::logic_error&) { // NOLINT(bugprone-empty-catch): the report names the fault
     }
-    reportRemark(file, report.fault.value_or(CardRemark{}));
+    reportRemark(file, report.fault.value_or(CardMessage{}));
     return {};
 }
 
@@ -40,7 +40,7 @@ void reportError(const std::string& file, std::string_view fault) {
     std::cerr << file << ": " << fault << '\n';
 }
 
-void reportRemark(const std::string& file, const CardRemark& remark, std::string_view kind) {
+void reportRemark(const std::string& file, const CardMessage& remark, std::string_view kind) {
     std::cerr << file << ':' << remark.line << ": " << kind << remark.text << '\n';
 }
 

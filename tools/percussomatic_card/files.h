@@ -28,7 +28,7 @@ std::optional<std::vector<std::byte>> readFile(const std::filesystem::path& path
 
 // "FILE: FAULT" and "FILE:LINE: KIND TEXT".
 void reportError(const std::string& file, std::string_view fault);
-void reportRemark(const std::string& file, const CardRemark& remark, std::string_view kind = "");
+void reportRemark(const std::string& file, const CardMessage& remark, std::string_view kind = "");
 
 // Throws UsageError if the second operand names the same file as the first, the card.
 void requireSeparateOutput(const Arguments& arguments);

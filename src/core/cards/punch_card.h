@@ -46,15 +46,15 @@ std::wstring defaultCardLabel(int slot); // "PUNCH CARD 01"
 std::wstring cardLabel(const PunchCard& card, int slot);
 
 // A message about a line of the card, in words for the player (UTF-8).
-struct CardRemark {
+struct CardMessage {
     int line = 0; // of the file, from 1
     std::string text;
 };
 
 struct CardReport {
-    int version = 0;                  // 1..4; 0 while the first line is not recognised
-    std::vector<CardRemark> warnings; // values that are read differently from what is written
-    std::optional<CardRemark> fault;  // why the card is refused
+    int version = 0;                   // 1..4; 0 while the first line is not recognised
+    std::vector<CardMessage> warnings; // values that are read differently from what is written
+    std::optional<CardMessage> fault;  // why the card is refused
 };
 
 // Reads versions 1 to 4, tolerantly where old cards need it; the card returned is marked used.

@@ -132,7 +132,7 @@ TEST(PunchCardReader, TakesOddLinesAsItShould) {
         ASSERT_TRUE(card);
         EXPECT_EQ(writePunchCard(*card, 9), withLine(line, afterwards));
         EXPECT_EQ(report.warnings.size(), warnings);
-        for (const CardRemark& warning : report.warnings) {
+        for (const CardMessage& warning : report.warnings) {
             EXPECT_EQ(warning.line, line + (line == kGoodLines ? 1 : 0)) << warning.text;
         }
     };
