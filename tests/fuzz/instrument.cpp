@@ -166,7 +166,7 @@ void Instrument::press(PixelPoint point, Input& input) {
     if (request == Request::askTitle) {
         setCardTitle(typedText(input));
     } else if (request == Request::askTempo) {
-        if (const auto bpm = tempoOfText(typedText(input)); bpm) {
+        if (const auto bpm = parseTempo(typedText(input)); bpm) {
             setTempoBpm(*bpm);
         }
     }

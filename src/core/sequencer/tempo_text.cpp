@@ -7,7 +7,7 @@
 
 namespace percussomatic {
 
-std::optional<double> tempoOfText(const std::wstring& text) {
+std::optional<double> parseTempo(const std::wstring& text) {
     wchar_t* end = nullptr;
     const double bpm = std::wcstod(text.c_str(), &end);
     const auto parsed = static_cast<std::size_t>(end - text.c_str());

@@ -8,6 +8,6 @@ namespace percussomatic {
 
 // Reads a typed tempo: a number of 40..240 beats per minute, with decimals and an exponent if need
 // be, after blanks and before spaces. Nullopt for any other text.
-std::optional<double> tempoOfText(const std::wstring& text);
+std::optional<double> parseTempo(const std::wstring& text);
 
 } // namespace percussomatic

@@ -77,7 +77,7 @@ std::wstring textOf(HWND edit) {
 }
 
 void accept(HWND window, TempoDialog& dialog) {
-    dialog.acceptedBpm = tempoOfText(textOf(dialog.edit));
+    dialog.acceptedBpm = parseTempo(textOf(dialog.edit));
     if (dialog.acceptedBpm.has_value()) {
         dialog.done = true;
         return;

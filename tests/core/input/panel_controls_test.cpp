@@ -217,7 +217,7 @@ TEST(TempoText, IsOneNumberInRangeWithBlanksAround) {
         {L"120x", {}},        {L"000100", 100.0}, {L"", {}},       {L"  ", {}},
         {L"nan", {}},         {L"inf", {}}};
     for (const auto& [text, bpm] : cases) {
-        EXPECT_EQ(tempoOfText(text), bpm) << text;
+        EXPECT_EQ(parseTempo(text), bpm) << text;
     }
 }
 
