@@ -80,7 +80,7 @@ void showProblem(const std::wstring& text) {
 void saveCardLater(const std::filesystem::path& path, const std::string& text) {
     const SaveResult result = saveCardFile(path, text);
     if (result != SaveResult::saved) {
-        showProblem(saveFaultText(result, path));
+        showProblem(saveErrorText(result, path));
     }
 }
 

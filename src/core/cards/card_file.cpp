@@ -63,7 +63,7 @@ SaveResult saveCardFile(const std::filesystem::path& path, std::string_view text
     return file.commit();
 }
 
-std::wstring saveFaultText(SaveResult result, const std::filesystem::path& path) {
+std::wstring saveErrorText(SaveResult result, const std::filesystem::path& path) {
     const auto quoted = [](std::filesystem::path name) {
         return L'"' + name.make_preferred().wstring() + L'"';
     };

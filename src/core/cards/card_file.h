@@ -28,6 +28,6 @@ std::optional<std::string> readCardBytes(const std::filesystem::path& path);
 SaveResult saveCardFile(const std::filesystem::path& path, std::string_view text);
 
 // What happened and what to do, for a message box; names the file. Empty for SaveResult::saved.
-std::wstring saveFaultText(SaveResult result, const std::filesystem::path& path);
+std::wstring saveErrorText(SaveResult result, const std::filesystem::path& path);
 
 } // namespace percussomatic

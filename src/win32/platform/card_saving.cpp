@@ -37,7 +37,7 @@ void save(const std::filesystem::path& path, const std::string& text, HWND windo
     const SaveResult result = saveCardFile(path, text);
     if (result != SaveResult::saved) {
         const std::lock_guard lock(problems().mutex);
-        problems().texts.push_back(saveFaultText(result, path));
+        problems().texts.push_back(saveErrorText(result, path));
         PostMessageW(window, kCardProblemMessage, 0, 0);
     }
 }
