@@ -8,18 +8,18 @@
 
 namespace percussomatic {
 
-// What the step clock's thread asks of the system.
+// Waiting, priority and posted messages for the step clock's thread.
 
 // Posts one step tick to the window. No-op if the handle is null or the window is gone. Any thread.
 void postStepTick(WindowHandle window) noexcept;
 
-// Raises the calling thread's priority and makes its waits exact to a millisecond, until
+// Raises the calling thread's priority and sets the timer resolution to one millisecond, until
 // endClockThread().
 void beginClockThread() noexcept;
 void endClockThread() noexcept;
 
-// Releases the lock, waits for wakeClock() or that many milliseconds, and locks again. May return
-// early without a reason. A wakeClock() after the release is never missed.
+// Releases the lock, waits for wakeClock() or the time-out, and locks again. May wake up
+// spuriously. A wakeClock() after the release is never missed.
 void waitForWake(std::unique_lock<std::mutex>& lock);
 void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds);
 void wakeClock() noexcept; // any thread

@@ -6,14 +6,14 @@
 
 namespace percussomatic {
 
-// What writing a file safely needs beyond the standard library. One implementation for Windows and
-// one for POSIX systems, which the native tests and the companion tool use. Any thread.
+// File operations beyond the standard library that are needed to write a file safely. Implemented
+// for Windows and for POSIX systems. Any thread.
 
-// Creates a file for binary writing; null if the name is taken or nothing can be created there.
+// Creates a file for binary writing; null if the file exists or cannot be created.
 std::FILE* createNewFile(const std::filesystem::path& path) noexcept;
 
-// Writes everything through to the disk, so that a file that is renamed afterwards is whole even
-// after a power cut. False if that failed.
+// Flushes the file to the physical disk, so that a file renamed afterwards is complete even after a
+// power failure. False if that failed.
 bool flushToDisk(std::FILE* file) noexcept;
 
 } // namespace percussomatic

@@ -5,10 +5,10 @@
 
 namespace percussomatic {
 
-// All repaints that the core may ask for. GUI thread.
+// Repaint requests. GUI thread.
 
 enum class Repaint {
-    now,  // painted before the call returns: feedback to the mouse
+    now,  // painted before the call returns, for mouse feedback
     later // only marked; painted with the next batch or by flushPainting()
 };
 
@@ -20,13 +20,13 @@ void redrawSlider(int index, std::uint32_t oldOffset);
 
 void redrawTempoBox();
 void redrawEffectsBox();
-void redrawMidiBoxes(); // MIDI and, beside it, CARDS
+void redrawMidiBoxes(); // the MIDI and CARDS boxes
 
 void redrawPanel();      // the whole client area, now
 void redrawCardDialog(); // with its shadow
-void redrawReader();     // the area in which a card in the reader can be seen
+void redrawReader();     // the area in which the card in the reader is visible
 
-// Paints what is marked now, without waiting for the message queue.
+// Paints all marked areas before it returns.
 void flushPainting();
 
 } // namespace percussomatic

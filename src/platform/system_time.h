@@ -7,7 +7,7 @@ namespace percussomatic {
 
 // The system's clocks.
 
-// Milliseconds since some fixed point; wraps. GUI thread.
+// Milliseconds since an arbitrary point; wraps around. GUI thread.
 std::uint32_t tickCountMs() noexcept;
 
 // Nanoseconds of a monotonic high-resolution counter. Any thread.

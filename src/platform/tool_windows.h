@@ -5,15 +5,15 @@
 
 namespace percussomatic {
 
-// What the core tells the tool windows. No-ops for a window that has not been made yet. GUI thread.
+// Updates of the tool windows. No-ops if the window has not been created. GUI thread.
 
-// MIDI window: which clock leads, as the radio buttons and the sync line show it.
+// MIDI window: the clock source of the radio buttons, and the sync line.
 void showSyncStatus(bool externalSync, const std::wstring& text);
 
-// MIDI window: the learn line.
+// MIDI window: the learn status line.
 void showLearnStatus(const std::wstring& text);
 
-// Effects window: all settings of the engine and the chosen character.
+// Effects window: shows the current settings of the engine and the selected preset.
 void refreshFromEngine();
 
 } // namespace percussomatic

@@ -5,8 +5,7 @@
 
 namespace percussomatic {
 
-// Tells the player that something went wrong, and waits until the message has been closed. GUI
-// thread.
+// Reports a problem to the player and waits until the message has been closed. GUI thread.
 void showProblem(const std::wstring& text);
 
 } // namespace percussomatic

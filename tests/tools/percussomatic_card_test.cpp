@@ -76,7 +76,7 @@ TEST_F(CardTool, CheckAndShowReportOddAndInvalidCards) {
     EXPECT_EQ(run("check bad.vopcard old.vopcard none.vopcard"), 1);
     EXPECT_EQ(out, "old.vopcard: ok, version 2, \"\"\n");
     EXPECT_EQ(err,
-              "bad.vopcard:3: MASTER_VOLUME is \"?[2J\", which is no number; expected a number "
+              "bad.vopcard:3: MASTER_VOLUME is \"?[2J\", which is not a number; expected a number "
               "from 0 to 1\nnone.vopcard: cannot be read; expected a punch card\n");
     EXPECT_EQ(run("show odd.vopcard"), 0);
     for (const char* piece : {"NINE", "140.0 BPM", "9 steps", "X.X. .... . (... ...X)", "50 %",

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kMaxCardBytes = std::size_t{1} << 20;
 
-bool makeFolder(const std::filesystem::path& folder) {
+bool createFolder(const std::filesystem::path& folder) {
     std::error_code error;
     if (folder.empty() || std::filesystem::is_directory(folder, error)) {
         return true;
@@ -32,7 +32,7 @@ std::optional<std::string> readCardBytes(const std::filesystem::path& path) {
     std::string bytes(kMaxCardBytes, '\0');
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (file.bad() || !file.is_open()) {
-        return {};
+        return std::nullopt;
     }
     bytes.resize(static_cast<std::size_t>(file.gcount()));
     return bytes;
@@ -49,13 +49,13 @@ bool loadCardFile(const std::filesystem::path& path, PunchCard& slot) {
             slot = std::move(*card);
         }
         return card.has_value();
-    } catch (const std::logic_error&) { // a number that cannot be converted
+    } catch (const std::logic_error&) { // a number could not be converted
         return false;
     }
 }
 
 SaveResult saveCardFile(const std::filesystem::path& path, std::string_view text) {
-    if (!makeFolder(path.parent_path())) {
+    if (!createFolder(path.parent_path())) {
         return SaveResult::noFolder;
     }
     FileReplacement file(path);
@@ -89,8 +89,8 @@ std::wstring saveErrorText(SaveResult result, const std::filesystem::path& path)
         break;
     }
     return file +
-           L" could not be written. An earlier card of that name is unharmed. Check that the "
-           L"disk has room and that you may write to the folder; then save again." +
+           L" could not be written. Any earlier version of that file is unchanged. Check "
+           L"that the disk has room and that you can write to the folder; then save again." +
            kept;
 }
 

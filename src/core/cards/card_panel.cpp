@@ -43,7 +43,7 @@ void writeCardFile(const PunchCard& card, int slot) {
     saveCardLater(cardFilePath(slot), writePunchCard(card, slot));
 }
 
-void turnRotary(std::string_view name, double value) {
+void setRotary(std::string_view name, double value) {
     const int index = findControl(name);
     RotaryState& rotary = *rotaryState(index);
     rotary.value = value;
@@ -62,7 +62,7 @@ void applySliders(const PunchCard& card) {
             redrawSlider(slider, old);
         }
         if (panelState().sliderDragIndex == slider) {
-            panelState().sliderDragIndex = kNoControl; // or the next mouse move would undo the card
+            panelState().sliderDragIndex = kNoControl; // the next mouse move would undo the card
         }
     }
 }
@@ -79,8 +79,8 @@ void applySwitches(const PunchCard& card) {
     }
 }
 
-// Where a card starts above the window and where it comes to rest below the reader's plate.
-void setTravel(Size client) {
+// The card starts above the window and stops below the reader's plate.
+void setInsertionPath(Size client) {
     CardPanel& panel = cardPanel();
     const PanelRects rects = cardPanelRects(client);
     panel.insertStartY = -rects.readerCard.height() - 8;
@@ -90,11 +90,12 @@ void setTravel(Size client) {
                               : controlClientRect(plate, viewScale(client)).bottom + 2;
 }
 
-// The part of the way that the card has travelled, 0..1.
-double travelled() {
+// Fraction of the path that the card has covered, 0..1.
+double insertionProgress() {
     const CardPanel& panel = cardPanel();
-    const double way = panel.insertTargetY - panel.insertStartY;
-    return way > 0.0 ? std::clamp((panel.readerCardY - panel.insertStartY) / way, 0.0, 1.0) : 1.0;
+    const double length = panel.insertTargetY - panel.insertStartY;
+    return length > 0.0 ? std::clamp((panel.readerCardY - panel.insertStartY) / length, 0.0, 1.0)
+                        : 1.0;
 }
 
 void moveCard() {
@@ -110,12 +111,12 @@ void readColumns(int due) {
     CardPanel& panel = cardPanel();
     for (; panel.columnsLoaded < due; ++panel.columnsLoaded) {
         const int step = panel.columnsLoaded;
-        redrawStepColumn(
-            static_cast<std::uint32_t>(step)); // steps that the player has set meanwhile
+        const auto column = static_cast<std::uint32_t>(step);
+        redrawStepColumn(column); // the player may have set steps there during the insertion
         for (int line = 0; line < kLineCount; ++line) {
             sequencer().pattern.set(line, step, insertedCard().pattern.isSet(line, step));
         }
-        redrawStepColumn(static_cast<std::uint32_t>(step));
+        redrawStepColumn(column);
     }
 }
 
@@ -128,7 +129,7 @@ void finishInsertion() {
     applyCard(insertedCard());
 }
 
-// The card shown may be in the reader, too, partly outside the dialog.
+// The card shown in the dialog may be the one in the reader as well.
 void redrawShownCard() {
     redrawCardDialog();
     if (cardPanel().cardInserted && cardPanel().insertedSlot == cardPanel().dialogSlot) {
@@ -153,7 +154,7 @@ void resetCardPanel() {
 }
 
 void loadCards() {
-    std::error_code ignored; // without the folder every slot stays empty; a save reports it
+    std::error_code ignored; // the slots stay empty then; a save will report the error
     std::filesystem::create_directories(kCardFolder, ignored);
     for (int slot = 0; slot < kCardSlots; ++slot) {
         removeStaleTemporaries(cardFilePath(slot));
@@ -261,9 +262,9 @@ void beginCardInsertion(Size client) {
     soundEngine().outputMuted = 1;
     soundEngine().stopAllVoicesRequest = 1;
     panel.columnsLoaded = 0;
-    sequencer().pattern = Pattern{}; // its buttons go dark when the panel is repainted below
+    sequencer().pattern = Pattern{}; // its buttons are repainted by redrawPanel() below
 
-    setTravel(client);
+    setInsertionPath(client);
     panel.readerCardY = panel.insertStartY;
     panel.insertStartNs = counterNs();
     panel.moving = true;
@@ -279,7 +280,7 @@ void cardInsertionTick() {
     if (panel.moving) {
         moveCard();
     }
-    readColumns(panel.moving ? static_cast<int>(travelled() * kStepCount) : kStepCount);
+    readColumns(panel.moving ? static_cast<int>(insertionProgress() * kStepCount) : kStepCount);
     redrawReader();
     flushPainting();
     if (!panel.moving) {
@@ -292,9 +293,9 @@ void placeReaderCard(Size client) {
     if (!panel.insertingCard && !panel.cardInserted) {
         return;
     }
-    const double part = panel.insertingCard ? travelled() : 1.0;
-    setTravel(client);
-    panel.readerCardY = panel.insertStartY + (panel.insertTargetY - panel.insertStartY) * part;
+    const double progress = panel.insertingCard ? insertionProgress() : 1.0;
+    setInsertionPath(client);
+    panel.readerCardY = panel.insertStartY + (panel.insertTargetY - panel.insertStartY) * progress;
 }
 
 void hideInsertedCard() {
@@ -307,8 +308,8 @@ void hideInsertedCard() {
 void captureCard(PunchCard& card) {
     card.pattern = sequencer().pattern;
     card.hasSettings = true;
-    for (int line = 0; line < kLineCount; ++line) {
-        card.lineVolumes[static_cast<std::size_t>(line)] = lineVolume(line);
+    for (int line = 0; float& volume : card.lineVolumes) {
+        volume = lineVolume(line++);
     }
     card.masterVolume = static_cast<float>(panelState().master.value);
     card.tempo = static_cast<float>(panelState().tempo.value);
@@ -324,8 +325,8 @@ void applyCard(const PunchCard& card) {
         return;
     }
     applySliders(card);
-    turnRotary(control::kMasterRotary, masterRotaryOf(card));
-    turnRotary(control::kTempoRotary, tempoRotaryOf(card));
+    setRotary(control::kMasterRotary, masterRotaryOf(card));
+    setRotary(control::kTempoRotary, tempoRotaryOf(card));
     applySwitches(card);
     setSequenceLength(card.sequenceLength);
     applyCardEffect(card);

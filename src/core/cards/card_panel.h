@@ -10,22 +10,22 @@
 
 namespace percussomatic {
 
-// The ten card memories, the dialog in which they are chosen, and the reader that takes a card's
-// rhythm into the machine column by column while the card slides past. GUI thread.
+// The ten card slots, the dialog that shows them, and the reader, which copies a card's rhythm into
+// the pattern column by column while the card slides through. GUI thread.
 
 struct CardPanel {
     std::array<PunchCard, kCardSlots> slots{};
     bool cardsDialogOpen = false;
     int dialogSlot = 0; // the card shown in the dialog
 
-    bool insertingCard = false; // a card is on its way through the reader
-    bool cardInserted = false;  // a card has come to rest below it
+    bool insertingCard = false; // a card is moving through the reader
+    bool cardInserted = false;  // a card has stopped below the reader
     int insertSlot = 0;
     int insertedSlot = 0;
-    int columnsLoaded = 0;    // 0..16 of the card on its way
+    int columnsLoaded = 0;    // of the moving card, 0..16
     double readerCardY = 0.0; // upper edge, client pixels
 
-    std::int64_t insertStartNs = 0; // of the monotonic counter
+    std::int64_t insertStartNs = 0; // on the monotonic counter
     double insertStartY = 0.0;
     double insertTargetY = 0.0;
     bool moving = false;
@@ -38,16 +38,16 @@ CardPanel& cardPanel() noexcept;
 // Ten empty slots, dialog closed, reader empty.
 void resetCardPanel();
 
-// Creates the cards' folder if it is missing, removes what killed saves have left there and reads
-// every slot that has a file.
+// Creates the card folder if it is missing, removes temporary files left by interrupted saves and
+// reads every slot that has a file.
 void loadCards();
 
-// The rectangles for a client area of that size, with the card in the reader where it is now.
+// Rectangles for a client area of this size and the current position of the card in the reader.
 PanelRects cardPanelRects(Size client) noexcept;
 
-// What a click on the strip or in the card dialog asks for.
+// What a click on the strip or in the card dialog does.
 enum class PanelCommand {
-    none,      // nothing of the strip or the dialog lies there
+    none,      // outside the strip and the dialog
     swallowed, // inside the dialog, but on no button
     info,
     tempo,
@@ -62,7 +62,7 @@ enum class PanelCommand {
     cancel
 };
 
-// Where boxes of the strip overlap in a small window, the one drawn last takes the click.
+// Boxes of the strip overlap in a small window; the one drawn last takes the click.
 PanelCommand panelCommandAt(PixelPoint client, const PanelRects& rects) noexcept;
 
 void toggleCardsDialog();
@@ -70,31 +70,32 @@ void closeCardsDialog();
 void showPreviousCard();
 void showNextCard();
 
-// Takes the current rhythm and all panel settings into the slot shown and writes its file. No-op
-// while a card is being read in: half a rhythm would be saved. A failure is reported to the player;
-// the slot keeps the rhythm.
+// Stores the current rhythm and all panel settings in the slot shown and writes its file. No-op
+// while a card is being read, because the pattern is incomplete then. A failed write is reported to
+// the player; the slot keeps the rhythm.
 void saveCard();
 
-// Label of the card shown in the dialog: its title, or the slot's default.
+// Title of the card shown in the dialog, or the slot's default label.
 std::wstring shownCardLabel();
 
-// Blanks at the ends are cut. Writes the slot's file again if it holds a card.
+// Sets the title of the card shown, without leading and trailing blanks. Rewrites the file of a
+// slot that holds a card.
 void setCardTitle(std::wstring title);
 
-// Starts reading the card of the slot shown, in a client area of that size. From now on the
-// instrument is in edit mode and silent, until the player leaves edit mode. No-op for an empty slot
-// and while a card is being read in.
+// Starts reading the card of the slot shown, in a client area of this size. The instrument is
+// silent and in edit mode until the player leaves edit mode. No-op for an empty slot and while a
+// card is being read.
 void beginCardInsertion(Size client);
 
-// The animation's timer.
+// Advances the insertion; called by its timer.
 void cardInsertionTick();
 
-// Keeps the card in the reader in its place after the window's size has changed.
+// Repositions the card in the reader after the window has been resized.
 void placeReaderCard(Size client);
 
 void hideInsertedCard();
 
-// From the panel to a card and back. Applying is a no-op for a card without settings.
+// Copy the panel to a card and back. applyCard is a no-op for a card without settings.
 void captureCard(PunchCard& card);
 void applyCard(const PunchCard& card);
 

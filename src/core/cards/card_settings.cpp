@@ -28,7 +28,7 @@ double tempoRotaryOf(const PunchCard& card) noexcept {
 
 void applyCardEffect(const PunchCard& card) {
     SoundEngine& engine = soundEngine();
-    selectPreset(card.effectPreset); // first: it sets what the next lines refine
+    selectPreset(card.effectPreset); // first, because it overwrites the settings below
     for (std::size_t position = 0; position < card.effectSends.size(); ++position) {
         engine.setSend(sampleIndexOfSwitch(position), card.effectSends[position]);
     }

@@ -8,21 +8,21 @@
 
 namespace percussomatic {
 
-// From the numbers on a card to the instrument and back: the arithmetic that the panel and the
-// companion tool share. Draws nothing and makes no system calls. GUI thread.
+// Conversions between the values of a card and the instrument, shared by the panel and the
+// companion tool. No drawing and no system calls. GUI thread.
 
-// Clamped to 0..1; a NaN counts as 0.
+// Clamped to 0..1; NaN becomes 0.
 float unitValue(float value) noexcept;
 
-// Layout units 0..650 of a line's slider.
+// Slider offset in layout units, 0..kSliderTravel.
 std::uint32_t sliderPositionOf(float volume) noexcept;
 
-// Rotary positions 0..1, widened to the rotaries' type.
+// Rotary positions, 0..1.
 double masterRotaryOf(const PunchCard& card) noexcept;
 double tempoRotaryOf(const PunchCard& card) noexcept;
 
-// Preset, sends, settings and switch of the effect: to and from the sound engine and the chosen
-// preset. The caller refreshes the effects window.
+// Copy preset, sends, settings and on/off state of the effect to the sound engine and the preset
+// choice, and back. The caller refreshes the effects window.
 void applyCardEffect(const PunchCard& card);
 void captureCardEffect(PunchCard& card);
 

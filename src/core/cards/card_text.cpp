@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cards/card_text.h"
 
 #include <algorithm>
@@ -22,13 +23,13 @@ std::size_t blanksAt(std::string_view text) {
     return first == std::string_view::npos ? text.size() : first;
 }
 
-// Blanks and a sign before a number.
-struct NumberHead {
+// The blanks and the sign before a number.
+struct NumberPrefix {
     std::size_t length = 0;
     bool negative = false;
 };
 
-NumberHead readHead(std::string_view text) {
+NumberPrefix readPrefix(std::string_view text) {
     const std::size_t sign = blanksAt(text);
     const bool negative = text.substr(sign, 1) == "-";
     return {sign + (negative || text.substr(sign, 1) == "+" ? 1 : 0), negative};
@@ -55,7 +56,7 @@ std::from_chars_result convert(std::string_view text, Value& value, std::chars_f
     return std::from_chars(text.data(), text.data() + text.size(), value, format);
 }
 
-// Decimal digits as an unsigned number; without a sign of its own.
+// Unsigned decimal digits. `name` is the standard function named in exceptions.
 ReadNumber<std::uint32_t> readDigits(std::string_view text, const char* name) {
     std::uint32_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -102,12 +103,12 @@ bool isSurrogate(char32_t character) {
     return character >= kFirstHighSurrogate && character <= kLastSurrogate;
 }
 
-// One character off the front; nothing where there is none.
+// Removes one character from the front; nullopt if it is not valid UTF-8.
 std::optional<char32_t> takeUtf8(std::string_view& bytes) {
     struct Form {
         unsigned leadMask, lead; // of the first byte
-        std::size_t more;        // bytes that follow
-        char32_t least;          // anything lower has a shorter form
+        std::size_t trailing;    // bytes that follow
+        char32_t min;            // lower code points have a shorter form
     };
     constexpr std::array<Form, 4> kForms{{{0x80, 0x00, 0, 0},
                                           {0xE0, 0xC0, 1, 0x80},
@@ -118,34 +119,34 @@ std::optional<char32_t> takeUtf8(std::string_view& bytes) {
         if ((byteAt(0) & form.leadMask) != form.lead) {
             continue;
         }
-        if (bytes.size() <= form.more) {
-            return {};
+        if (bytes.size() <= form.trailing) {
+            return std::nullopt;
         }
         char32_t character = byteAt(0) & ~form.leadMask;
-        for (std::size_t at = 1; at <= form.more; ++at) {
+        for (std::size_t at = 1; at <= form.trailing; ++at) {
             if ((byteAt(at) & 0xC0U) != 0x80) {
-                return {};
+                return std::nullopt;
             }
             character = character << 6 | (byteAt(at) & 0x3FU);
         }
-        if (character < form.least || character > kLastCharacter || isSurrogate(character)) {
-            return {};
+        if (character < form.min || character > kLastCharacter || isSurrogate(character)) {
+            return std::nullopt;
         }
-        bytes.remove_prefix(form.more + 1);
+        bytes.remove_prefix(form.trailing + 1);
         return character;
     }
-    return {};
+    return std::nullopt;
 }
 
 } // namespace
 
-// What a C library calls an underflow differs in the last place from one to the next. Here it is a
-// number that stays below the smallest normal one when it is rounded to 24 bits and loses something
-// by being stored; a decimal always does, it would take 89 digits not to.
+// C libraries disagree in the last digit on what is an underflow. Here it is a number that rounds
+// to less than the smallest normal float and cannot be stored exactly. Decimals that small count as
+// inexact: an exact one has at least 89 digits.
 ReadNumber<float> readFloat(std::string_view text) {
     constexpr double kTiny = 0x1.ffffffp-127; // rounds up to the smallest normal float
-    const NumberHead head = readHead(text);
-    std::string_view number = text.substr(head.length);
+    const NumberPrefix prefix = readPrefix(text);
+    std::string_view number = text.substr(prefix.length);
     const bool hexadecimal = startsHexadecimal(number);
     if (hexadecimal) {
         number.remove_prefix(2);
@@ -163,24 +164,24 @@ ReadNumber<float> readFloat(std::string_view text) {
     if (error != std::errc{} || (tiny && !exact)) {
         throw std::out_of_range("stof argument out of range");
     }
-    return {head.negative ? -value : value, static_cast<std::size_t>(end - text.data())};
+    return {prefix.negative ? -value : value, static_cast<std::size_t>(end - text.data())};
 }
 
 ReadNumber<std::uint32_t> readUnsigned(std::string_view text) {
-    const NumberHead head = readHead(text);
-    const auto digits = readDigits(text.substr(head.length), "stoul");
-    return {head.negative ? 0U - digits.value : digits.value, head.length + digits.length};
+    const NumberPrefix prefix = readPrefix(text);
+    const auto digits = readDigits(text.substr(prefix.length), "stoul");
+    return {prefix.negative ? 0U - digits.value : digits.value, prefix.length + digits.length};
 }
 
 ReadNumber<std::int32_t> readInteger(std::string_view text) {
-    constexpr auto kHighest = std::uint32_t{std::numeric_limits<std::int32_t>::max()};
-    const NumberHead head = readHead(text);
-    const auto digits = readDigits(text.substr(head.length), "stoi");
-    if (digits.value > kHighest + (head.negative ? 1U : 0U)) {
+    constexpr auto kMax = std::uint32_t{std::numeric_limits<std::int32_t>::max()};
+    const NumberPrefix prefix = readPrefix(text);
+    const auto digits = readDigits(text.substr(prefix.length), "stoi");
+    if (digits.value > kMax + (prefix.negative ? 1U : 0U)) {
         throw std::out_of_range("stoi argument out of range");
     }
-    const std::uint32_t value = head.negative ? 0U - digits.value : digits.value;
-    return {static_cast<std::int32_t>(value), head.length + digits.length};
+    const std::uint32_t value = prefix.negative ? 0U - digits.value : digits.value;
+    return {static_cast<std::int32_t>(value), prefix.length + digits.length};
 }
 
 std::string sixDecimals(float value) {
@@ -195,24 +196,22 @@ std::optional<std::wstring> wideFromUtf8(std::string_view bytes) {
     while (!bytes.empty()) {
         const std::optional<char32_t> character = takeUtf8(bytes);
         if (!character) {
-            return {};
+            return std::nullopt;
         }
         appendWide(text, *character);
     }
     return text;
 }
 
-std::string printableUtf8(std::wstring_view text, std::size_t longest) {
-    std::wstring shown(text.substr(0, longest));
-    for (wchar_t& each : shown) {
-        const bool control = each < L' ' || (each >= 0x7F && each < 0xA0);
-        each = control ? L'?' : each;
-    }
-    return utf8FromWide(shown) + (text.size() > longest ? "..." : "");
+std::string printableUtf8(std::wstring_view text, std::size_t maxLength) {
+    std::wstring shown(text.substr(0, maxLength));
+    std::ranges::replace_if(
+        shown, [](wchar_t c) { return c < L' ' || (c >= 0x7F && c < 0xA0); }, L'?');
+    return utf8FromWide(shown) + (text.size() > maxLength ? "..." : "");
 }
 
 std::string quoted(std::string_view bytes) {
-    constexpr std::size_t kLongest = 40;
+    constexpr std::size_t kMaxLength = 40;
     std::wstring shown;
     if (const auto wide = wideFromUtf8(bytes)) {
         shown = *wide;
@@ -220,7 +219,7 @@ std::string quoted(std::string_view bytes) {
         std::ranges::transform(bytes, std::back_inserter(shown),
                                [](unsigned char c) { return c < 0x80 ? wchar_t{c} : L'?'; });
     }
-    return '"' + printableUtf8(shown, kLongest) + '"';
+    return '"' + printableUtf8(shown, kMaxLength) + '"';
 }
 
 std::string utf8FromWide(std::wstring_view text) {

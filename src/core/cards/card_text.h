@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -8,16 +9,16 @@
 
 namespace percussomatic {
 
-// Numbers and titles of a card's text, the same on every system and in every locale.
+// Conversion of the numbers and titles of a card, identical on every system and in every locale.
 //
-// Numbers are read as std::stof, std::stoul and std::stoi read them in the C locale where long has
-// 32 bits: leading blanks, a sign, then as much as belongs to a number. They throw what those
-// throw, in the same words.
+// Numbers are read as by std::stof, std::stoul and std::stoi in the C locale with a 32-bit long:
+// leading blanks, a sign, then the longest prefix that is a number. The exceptions are the same,
+// with the same texts.
 
 template <typename Value>
 struct ReadNumber {
     Value value{};
-    std::size_t length = 0; // bytes read; the rest is left to the caller
+    std::size_t length = 0; // bytes consumed; the caller handles the rest
 };
 
 ReadNumber<float> readFloat(std::string_view text);
@@ -26,16 +27,17 @@ ReadNumber<std::int32_t> readInteger(std::string_view text);
 
 std::string sixDecimals(float value); // "0.400000", "nan", "inf"
 
-// Strict: no overlong forms, no surrogates, nothing beyond U+10FFFF.
+// Strict: nullopt for overlong forms, surrogates and code points above U+10FFFF.
 std::optional<std::wstring> wideFromUtf8(std::string_view bytes);
 
-// From UTF-16 or UTF-32, as wide as wchar_t is; what is no character becomes U+FFFD.
+// From UTF-16 or UTF-32, depending on the size of wchar_t. Invalid code points become U+FFFD.
 std::string utf8FromWide(std::wstring_view text);
 
-// For a message or a terminal: no control characters, and no more than so many characters.
-std::string printableUtf8(std::wstring_view text, std::size_t longest = std::wstring_view::npos);
+// For messages and terminals: control characters become '?', and text beyond maxLength is replaced
+// by "...".
+std::string printableUtf8(std::wstring_view text, std::size_t maxLength = std::wstring_view::npos);
 
-// A piece of a card, whatever bytes it has, as a message shows it.
+// A piece of a card in double quotes, printable and at most 40 characters long. Accepts any bytes.
 std::string quoted(std::string_view bytes);
 
 } // namespace percussomatic

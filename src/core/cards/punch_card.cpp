@@ -13,7 +13,7 @@ namespace percussomatic {
 namespace {
 
 constexpr std::string_view kMagic = "_PERCUSSOMATIC_CARD_V";
-constexpr std::string_view kMisspeltMagic = "_PERCUSOMATIC_CARD_V"; // read for ever, never written
+constexpr std::string_view kMisspeltMagic = "_PERCUSOMATIC_CARD_V"; // of some old cards
 
 constexpr std::string_view kTitleKey = "TITLE=";
 constexpr std::string_view kMasterVolumeKey = "MASTER_VOLUME=";
@@ -25,7 +25,7 @@ constexpr std::string_view kEffectEnabledKey = "EFFECT_ENABLED=";
 constexpr std::string_view kEffectPresetKey = "EFFECT_PRESET=";
 constexpr std::string_view kEffectSendsKey = "EFFECT_SENDS=";
 
-// In the order of kEffectLimits. The values are kept as read and limited when the card is applied.
+// In the order of kEffectLimits. Values are kept as read and clamped when the card is applied.
 constexpr std::array<std::string_view, kEffectLimits.size()> kEffectKeys{
     "EFFECT_RETURN=", "EFFECT_ROOM_SIZE=", "EFFECT_DAMPING=", "EFFECT_WIDTH=",
     "EFFECT_PREDELAY_MS="};
@@ -33,7 +33,7 @@ constexpr std::array<std::string_view, kEffectLimits.size()> kEffectKeys{
 constexpr std::int32_t kMaxPreset = 3;
 constexpr std::string_view kLengthsInWords = "5, 6, 9, 10, 12, 15 or 16";
 
-// The key without its sign.
+// The key without its equals sign.
 std::string_view nameOf(std::string_view key) {
     return key.substr(0, key.size() - 1);
 }
@@ -73,10 +73,10 @@ std::string fieldName(std::string_view key, std::size_t field) {
     return "field " + std::to_string(field + 1) + " of " + std::string(nameOf(key));
 }
 
-struct Refused {};
+struct CardRefused {};
 
-// Reads one card from the front. What is wrong ends the reading by an exception: Refused, or the
-// conversion error of a number; the report has it in words.
+// Reads one card. A fault is written to the report and thrown, either as CardRefused or as the
+// conversion error of a number.
 class CardReader {
 public:
     CardReader(std::string_view bytes, CardReport& report) : rest_(bytes), report_(report) {}
@@ -86,7 +86,7 @@ public:
 private:
     [[noreturn]] void refuse(std::string text) {
         report_.fault = {line_, std::move(text)};
-        throw Refused{};
+        throw CardRefused{};
     }
     void warn(std::string text) { report_.warnings.push_back({line_, std::move(text)}); }
 
@@ -95,7 +95,7 @@ private:
     template <typename Value>
     Value number(ReadNumber<Value> (*convert)(std::string_view), std::string_view name,
                  std::string_view text, std::string_view expected);
-    void warnOfNaN(std::string_view name, float value);
+    void warnIfNaN(std::string_view name, float value);
 
     std::wstring readTitle();
     float unit(std::string_view name, std::string_view text);
@@ -113,7 +113,7 @@ private:
     int line_ = 0;
 };
 
-// Without its end; the last one need not have one.
+// Without its line feed, which the last line may lack.
 std::string_view CardReader::nextLine(std::string_view expected) {
     ++line_;
     if (rest_.empty()) {
@@ -144,11 +144,11 @@ Value CardReader::number(ReadNumber<Value> (*convert)(std::string_view), std::st
         const auto [value, length] = convert(text);
         if (text.find_first_not_of(" \t\r", length) != std::string_view::npos) {
             warn(std::string(name) + " is " + quoted(text) + "; only " +
-                 quoted(text.substr(0, length)) + " counts");
+                 quoted(text.substr(0, length)) + " is read");
         }
         return value;
     } catch (const std::invalid_argument&) {
-        noteFault(", which is no number");
+        noteFault(", which is not a number");
         throw;
     } catch (const std::out_of_range&) {
         noteFault(", which is out of range");
@@ -156,7 +156,7 @@ Value CardReader::number(ReadNumber<Value> (*convert)(std::string_view), std::st
     }
 }
 
-void CardReader::warnOfNaN(std::string_view name, float value) {
+void CardReader::warnIfNaN(std::string_view name, float value) {
     if (std::isnan(value)) {
         warn(std::string(name) + " is not a number; it counts as 0");
     }
@@ -176,7 +176,7 @@ std::wstring CardReader::readTitle() {
     return title.value_or(std::wstring());
 }
 
-// std::clamp keeps a NaN and the sign of a zero, and so does the card.
+// Like std::clamp, the card keeps a NaN and the sign of a zero.
 float CardReader::unit(std::string_view name, std::string_view text) {
     const float asWritten = number(readFloat, name, text, "a number from 0 to 1");
     const float value = std::clamp(asWritten, 0.0f, 1.0f);
@@ -184,7 +184,7 @@ float CardReader::unit(std::string_view name, std::string_view text) {
         warn(std::string(name) + " is " + quoted(text) + ", outside 0 to 1; it becomes " +
              shortest(value));
     }
-    warnOfNaN(name, value);
+    warnIfNaN(name, value);
     return value;
 }
 
@@ -215,7 +215,7 @@ std::uint32_t CardReader::readLength() {
     const std::uint32_t asWritten =
         number(readUnsigned, nameOf(kSequenceLengthKey), text, kLengthsInWords);
     const std::uint32_t length = supportedLength(asWritten);
-    const bool wrapped = text.find('-') < text.find_first_of("0123456789"); // counts from 2^32
+    const bool wrapped = text.find('-') < text.find_first_of("0123456789"); // modulo 2^32
     if (length != asWritten || wrapped) {
         warn("SEQUENCE_LENGTH is " + quoted(text) + ", not " + std::string(kLengthsInWords) +
              "; it becomes " + std::to_string(length));
@@ -260,7 +260,7 @@ void CardReader::readEffect(PunchCard& card) {
             warn(std::string(nameOf(key)) + " is " + quoted(text) + ", outside " + range +
                  "; it counts as " + shortest(std::clamp(value, 0.0f, limit.max)));
         }
-        warnOfNaN(nameOf(key), value);
+        warnIfNaN(nameOf(key), value);
     }
     card.effectSends = units<kInstrumentCount>(kEffectSendsKey);
 }
@@ -279,7 +279,7 @@ void CardReader::readPatternLine(Pattern& pattern, int line) {
         warn(name + " is " + quoted(steps) + "; every step that is neither 0 nor 1 is off");
     }
     if (text.find_first_not_of(" \t\r", kStepCount) != std::string_view::npos) {
-        warn(name + " goes on after 16 steps; the rest is ignored");
+        warn(name + " continues after 16 steps; the rest is ignored");
     }
 }
 
@@ -350,14 +350,14 @@ std::optional<PunchCard> parsePunchCard(std::string_view bytes, CardReport* repo
     CardReport unread;
     try {
         return CardReader(bytes, report != nullptr ? *report : unread).read();
-    } catch (const Refused&) {
-        return {};
+    } catch (const CardRefused&) {
+        return std::nullopt;
     }
 }
 
 std::string writePunchCard(const PunchCard& card, int slot) {
     std::wstring title = cardLabel(card, slot);
-    std::ranges::replace(title, L'\n', L' '); // the line's end would break the card
+    std::ranges::replace(title, L'\n', L' '); // a line feed would end the title line
     std::string text;
     appendLine(text, kMagic, "4");
     appendLine(text, kTitleKey, utf8FromWide(title));

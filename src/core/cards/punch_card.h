@@ -14,9 +14,8 @@
 
 namespace percussomatic {
 
-// A punch card: one rhythm with the panel settings that go with it, and the text it is kept as.
-// Reading and writing work on bytes in memory and give the same on every system and in every
-// locale.
+// A punch card: a rhythm with its panel settings, and the text format it is stored in. Reading and
+// writing work on bytes in memory and do not depend on the system or the locale.
 
 inline constexpr int kCardSlots = 10;
 
@@ -24,16 +23,16 @@ inline constexpr int kCardSlots = 10;
 struct PunchCard {
     bool used = false;
     std::wstring title;       // empty: the slot's default label
-    bool hasSettings = false; // off for cards of versions 1 and 2, which hold only a rhythm
+    bool hasSettings = false; // false for versions 1 and 2, which hold only a rhythm
     std::array<float, kLineCount> lineVolumes{};              // 0..1
-    float masterVolume = 1.0f;                                // 0..1, as the rotary stands
-    float tempo = 0.4f;                                       // 0..1, as the rotary stands
+    float masterVolume = 1.0f;                                // rotary position, 0..1
+    float tempo = 0.4f;                                       // rotary position, 0..1
     std::array<std::uint8_t, kInstrumentCount> instruments{}; // 0 = off
     std::uint32_t sequenceLength = 16;                        // steps
     bool effectEnabled = false;
-    std::int32_t effectPreset = 0; // the player's choice 0..3; any number in a card from elsewhere
+    std::int32_t effectPreset = 0; // 0..3 on our own cards; others may hold any number
     std::array<float, kInstrumentCount> effectSends{}; // 0..1
-    EffectSettings effect{.effectReturn = 0.2f,        // kept as read
+    EffectSettings effect{.effectReturn = 0.2f,        // not clamped
                           .roomSize = 0.42f,
                           .damping = 0.58f,
                           .width = 0.92f,
@@ -41,29 +40,29 @@ struct PunchCard {
     Pattern pattern;
 };
 
-// Slots are 0..9; players count them from 1.
+// Slots are 0..9, shown to the player from 1.
 std::wstring defaultCardLabel(int slot); // "PUNCH CARD 01"
 std::wstring cardLabel(const PunchCard& card, int slot);
 
-// A message about a line of the card, in words for the player (UTF-8).
+// A message to the player about one line of a card.
 struct CardMessage {
-    int line = 0; // of the file, from 1
-    std::string text;
+    int line = 0;     // of the file, from 1
+    std::string text; // UTF-8
 };
 
 struct CardReport {
-    int version = 0;                   // 1..4; 0 while the first line is not recognised
-    std::vector<CardMessage> warnings; // values that are read differently from what is written
+    int version = 0;                   // 1..4; 0 if the first line is not recognised
+    std::vector<CardMessage> warnings; // values that are not read as written
     std::optional<CardMessage> fault;  // why the card is refused
 };
 
-// Reads versions 1 to 4, tolerantly where old cards need it; the card returned is marked used.
-// Nullopt for a card that is refused. Throws std::invalid_argument or std::out_of_range for a
-// number that cannot be converted, in the words of the standard library ("invalid stof argument",
-// "stof argument out of range"); the report then names the fault as well.
+// Reads versions 1 to 4 and marks the card as used. Deviations found in old cards only cause
+// warnings. Nullopt if the card is refused. A number that cannot be converted throws
+// std::invalid_argument or std::out_of_range with the text of the standard library ("invalid stof
+// argument", "stof argument out of range"). The report holds the fault in either case.
 std::optional<PunchCard> parsePunchCard(std::string_view bytes, CardReport* report = nullptr);
 
-// Version 4. An empty title is written as the slot's label.
+// Writes version 4. An empty title becomes the slot's default label.
 std::string writePunchCard(const PunchCard& card, int slot);
 
 } // namespace percussomatic

@@ -30,8 +30,8 @@ struct PressedControl {
     double scale;
 };
 
-// Switches the instrument off: silent at once, the panel goes dark, and the program ends when the
-// timer fires.
+// Switches the instrument off: it is muted and the panel goes dark immediately; the program ends
+// when the timer fires.
 void switchPowerOff(int power) {
     constexpr unsigned kPowerOffMs = 1000;
     panelState().powerOffPending = true;
@@ -73,17 +73,17 @@ Press beginSliderDrag(const PressedControl& pressed) {
 
 Press pressStartStop(const PressedControl& /*pressed*/) {
     toggleRunning();
-    return Press::acted;
+    return Press::handled;
 }
 
 Press pressEdit(const PressedControl& /*pressed*/) {
     toggleEditMode();
-    return Press::acted;
+    return Press::handled;
 }
 
 Press pressLength(const PressedControl& pressed) {
     setSequenceLength(controlRole(pressed.index).length);
-    return Press::acted;
+    return Press::handled;
 }
 
 Press pressClearAll(const PressedControl& /*pressed*/) {
@@ -105,13 +105,13 @@ Press pressPower(const PressedControl& pressed) {
     if (!panelState().powerOffPending) {
         switchPowerOff(pressed.index);
     }
-    return Press::acted;
+    return Press::handled;
 }
 
 Press pressToggle(const PressedControl& pressed) {
     controlState().toggleBit(pressed.index) ^= 1;
     redrawControl(pressed.index, Repaint::now);
-    return Press::acted;
+    return Press::handled;
 }
 
 struct PressRule {
@@ -120,7 +120,7 @@ struct PressRule {
     Press (*press)(const PressedControl&);
 };
 
-// Where controls overlap, the first rule wins. Kinds without a rule do nothing.
+// Where controls overlap, the first matching rule wins. Kinds without a rule ignore presses.
 constexpr PressRule kPressRules[] = {
     {ControlKind::rotary, hitsControl, beginRotaryDrag},
     {ControlKind::slider, hitsControl, beginSliderDrag},
@@ -207,7 +207,7 @@ Press pressControl(PixelPoint client, double scale) {
     }
     const bool found = pressed != kNoControl;
     if (!found || (rule->kind != ControlKind::rotary && rule->kind != ControlKind::slider)) {
-        releaseHeldControls(); // left over if the release went elsewhere, to a dialog for example
+        releaseHeldControls(); // still held if a dialog, for example, received the release
     }
     return found ? rule->press({pressed, client, scale}) : Press::none;
 }

@@ -5,27 +5,27 @@
 
 namespace percussomatic {
 
-// What each control of the panel does under the mouse. Points are client pixels, scales client
+// How the controls of the panel respond to the mouse. Points are client pixels, scales client
 // pixels per layout unit. GUI thread.
 
 enum class Press {
-    none,  // no control there
-    acted, // the press is used up
-    held   // a drag has begun, or the control shows lit until the release: capture the mouse
+    none, // no control at that point
+    handled,
+    held // a drag has begun, or the control is lit until the release: capture the mouse
 };
 
-// One rule decides: that of the control whose kind comes first in the table of rules, the topmost
-// if several of that kind lie there.
+// Where controls overlap, kPressRules decides which kind takes precedence; of several controls of
+// that kind, the topmost is pressed.
 Press pressControl(PixelPoint client, double scale);
 
-// Moves the rotary or slider whose drag has begun. fine: a rotary turns a quarter of the way. False
-// if there is no drag.
+// Moves the rotary or slider that is being dragged. fine: rotaries turn at a quarter of the speed.
+// False if no drag is in progress.
 bool dragControl(PixelPoint client, double scale, bool fine);
 
-// The mouse button is up: ends drags, and what was held goes dark.
+// Left button up: ends the drag and unlights held controls.
 void releaseControls();
 
-// One notch of the wheel is 120. True if a rotary lies under the point and the wheel has moved.
+// delta: 120 per notch of the wheel. True if there is a rotary at that point and delta is not 0.
 bool turnWheel(PixelPoint client, double scale, int delta, bool fine);
 
 } // namespace percussomatic

@@ -24,7 +24,7 @@ InputResult changeLayoutScale(double delta) {
     return {.request = Request::resizeWindow};
 }
 
-// A press on the strip or in the card dialog; not called for PanelCommand::none.
+// Carries out a click on the strip or in the card dialog.
 InputResult perform(PanelCommand command, Size client) {
     switch (command) {
     case PanelCommand::cards:
@@ -75,7 +75,7 @@ InputResult pressPanel(PixelPoint point, Size client) {
         return {};
     }
     switch (pressControl(point, scale)) {
-    case Press::acted:
+    case Press::handled:
         return {};
     case Press::held:
         break;
@@ -138,7 +138,7 @@ InputResult fireTimer(WindowTimer timer) {
     case WindowTimer::cardInsertion:
         cardInsertionTick();
         if (cardPanel().cardInserted) {
-            endGlides(); // or a pending glide would undo the card
+            cancelGlides(); // a pending glide would undo the card
         }
         return {};
     case WindowTimer::midiGlide:

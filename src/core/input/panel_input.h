@@ -6,23 +6,23 @@
 
 namespace percussomatic {
 
-// What mouse, keys and timers mean to the instrument. The shell turns each message of the system
-// into one of these calls and carries out the request that comes back; it takes no decision of its
-// own. Points and sizes are client pixels. GUI thread.
+// Mouse, keyboard and timer input. The shell translates each window message into one of these calls
+// and carries out the returned request; all decisions are made here. Points and sizes are client
+// pixels. GUI thread.
 
 enum class Request {
-    none,            // the input is used up
+    none,            // the input has been handled
     defaultHandling, // leave the message to the system
     captureMouse,
     releaseMouse,
     moveWindow,   // by `distance`
-    resizeWindow, // layoutScale() has changed; keep the window's centre
+    resizeWindow, // to layoutScale(), around the window's centre
     closeWindow,
     showEffects,
     showMidi,
     showInfo,
     askTempo,             // then setTempoBpm()
-    explainExternalTempo, // the MIDI clock leads: the tempo cannot be typed
+    explainExternalTempo, // the tempo follows MIDI clock and cannot be typed
     askTitle              // of the card shown in the dialog; then setCardTitle()
 };
 
@@ -31,24 +31,24 @@ struct InputResult {
     PixelPoint distance{}; // for moveWindow
 };
 
-// Left button down. The first that takes the press ends it: card dialog and strip, MIDI learn,
-// controls; on the bare panel a drag of the window begins.
+// Left button down. The press goes to the card dialog or the strip, else to MIDI learn, else to a
+// control. Anywhere else it begins a drag of the window.
 InputResult pressPanel(PixelPoint point, Size client);
 
-// The mouse moves; fine: Shift is held.
+// Mouse move; fine: Shift is held.
 InputResult movePointer(PixelPoint point, Size client, bool fine);
 
 // Left button up.
 InputResult releasePointer();
 
 struct WheelTurn {
-    int delta; // 120 per notch
-    bool control, shift;
+    int delta;           // 120 per notch
+    bool control, shift; // keys held
 };
 InputResult turnWheelAt(PixelPoint point, Size client, const WheelTurn& turn);
 
 enum class Key { escape, plus, minus, other };
-InputResult pressKey(Key key, bool control);
+InputResult pressKey(Key key, bool control); // control: Ctrl is held
 
 InputResult fireTimer(WindowTimer timer);
 

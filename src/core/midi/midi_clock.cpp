@@ -17,17 +17,16 @@ namespace {
 constexpr double kPulsesPerBeat = 24.0;
 constexpr std::uint32_t kPulsesPerStep = 6;
 
-void showLeader() {
+void showClockSource() {
     updateSyncStatus();
     redrawTempoBox();
 }
 
-// The tempo follows each interval between two pulses only by an eighth or so, which evens out their
-// jitter. A pause is an interval like any other.
+// Exponential smoothing evens out the jitter of the pulses. A pause counts as one long interval.
 void measureTempo(std::int64_t now) {
     constexpr double kNsPerSecond = 1e9;
-    constexpr double kMinSeconds = 0.0001; // two pulses closer than this are one gone astray
-    constexpr double kKept = 0.88, kTaken = 0.12;
+    constexpr double kMinSeconds = 0.0001; // closer pulses are not a tempo
+    constexpr double kOldWeight = 0.88, kNewWeight = 0.12;
     const std::int64_t last = midiState().lastClockTime;
     midiState().lastClockTime = now;
     if (last < 1) {
@@ -37,12 +36,12 @@ void measureTempo(std::int64_t now) {
     if (seconds > kMinSeconds) {
         double& bpm = sequencer().midiBpm;
         const double measured = 60.0 / (seconds * kPulsesPerBeat);
-        bpm = bpm > 0.0 ? kKept * bpm + kTaken * measured : measured;
+        bpm = bpm > 0.0 ? kOldWeight * bpm + kNewWeight * measured : measured;
     }
 }
 
-// After every change of the transport by MIDI.
-void settleTransport() {
+// Common to Start, Continue and Stop.
+void finishTransportChange() {
     midiState().clockTickCount = 0;
     clockStop();
     redrawControl(findControl(control::kStartStop), Repaint::later);
@@ -56,14 +55,14 @@ void followInternalClock() {
     sequencer().externalSync = false;
     resetMidiClock();
     clockStart(mainWindow());
-    showLeader();
+    showClockSource();
 }
 
 void followMidiClock() {
     sequencer().externalSync = true;
     resetMidiClock();
     clockStop();
-    showLeader();
+    showClockSource();
 }
 
 void resetMidiClock() noexcept {
@@ -77,12 +76,12 @@ void midiClockPulse() {
     Sequencer& now = sequencer();
     measureTempo(counterNs());
     now.midiClockSeen = true;
-    // The step sounds before the tempo is painted.
+    // Trigger the step before spending time on painting the tempo.
     if (now.externalSync && now.running && ++midiState().clockTickCount == kPulsesPerStep) {
         midiState().clockTickCount = 0;
         onStepTick();
     }
-    showLeader();
+    showClockSource();
 }
 
 void midiStart() {
@@ -96,7 +95,7 @@ void midiStart() {
     triggerStep(0);
     redrawCurrentColumn(old);
     redrawCurrentColumn(0);
-    settleTransport();
+    finishTransportChange();
 }
 
 void midiContinue() {
@@ -106,7 +105,7 @@ void midiContinue() {
     }
     now.running = true;
     redrawCurrentColumn(now.currentStep);
-    settleTransport();
+    finishTransportChange();
 }
 
 void midiStop() {
@@ -116,7 +115,7 @@ void midiStop() {
     }
     now.running = false;
     redrawCurrentColumn(now.currentStep);
-    settleTransport();
+    finishTransportChange();
 }
 
 } // namespace percussomatic

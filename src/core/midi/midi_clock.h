@@ -1,23 +1,24 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 namespace percussomatic {
 
-// Following a MIDI clock: 24 pulses per quarter note, six per step. While the rhythm follows it the
-// step clock stands still and every sixth pulse is a step; the measured tempo is for the eye only.
-// Times are taken when the message is handled. GUI thread.
+// MIDI clock: 24 pulses per quarter note, six per step. While the rhythm follows it, the step clock
+// is stopped and every sixth pulse plays a step; the measured tempo is only displayed. Pulses are
+// timed when their message is handled. GUI thread.
 
-// Who leads. A running rhythm goes on running.
+// Select the clock source. A running rhythm keeps running.
 void followInternalClock();
 void followMidiClock();
 
-// Forgets the measured tempo and the pulses of a begun step.
+// Discards the measured tempo and the pulses counted towards the next step.
 void resetMidiClock() noexcept;
 
-// The realtime messages. Start, Continue and Stop count only while the MIDI clock leads; pulses are
-// measured always.
+// Realtime messages. Start, Continue and Stop are ignored unless the rhythm follows MIDI clock; the
+// tempo is always measured.
 void midiClockPulse();
-void midiStart();    // from step 0, which sounds at once
-void midiContinue(); // from where it was; the next step sounds after six pulses
+void midiStart();    // plays step 0 immediately
+void midiContinue(); // resumes; plays the next step after six pulses
 void midiStop();
 
 } // namespace percussomatic

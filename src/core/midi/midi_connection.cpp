@@ -34,7 +34,7 @@ void midiPortOpened(const std::wstring& deviceName) {
     std::vector<MidiMapping> imported = midi.mappings;
     loadMidiProfile();
     if (midi.mappings.empty()) {
-        midi.mappings = std::move(imported); // the settings file could not take them
+        midi.mappings = std::move(imported); // the settings file could not be written
     }
     setLearnStatus(midi.mappings.empty()
                        ? L"Connected - no profile found. Press LEARN."

@@ -1,11 +1,13 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <string>
 
 namespace percussomatic {
 
-// What a port that has come or gone means for the instrument: which profile is loaded, and which
-// device is looked for at the next start. A learn in progress goes on. GUI thread.
+// Called when a MIDI port has been opened or closed. Opening loads the device's profile and saves
+// the device as the one to reconnect at the next start. A learn in progress is not affected. GUI
+// thread.
 void midiPortOpened(const std::wstring& deviceName);
 void midiPortClosed();
 

@@ -21,17 +21,17 @@ bool gliding() noexcept {
     return std::any_of(targets.begin(), targets.end(), [](double target) { return target >= 0.0; });
 }
 
-// Where a control at `current` stands after a tick, 0..1; a target that is reached is forgotten.
+// Value of a control after the next tick, 0..1. Clears a target that has been reached.
 double nextValue(double current, double& target) {
-    constexpr double kShare = 0.35; // of the way that is left
-    constexpr double kLanding = 0.002;
+    constexpr double kFraction = 0.35;      // of the remaining distance, per tick
+    constexpr double kSnapDistance = 0.002; // closer than this, the target is reached
     const double distance = target - current;
-    const double next = std::abs(distance) < kLanding ? std::exchange(target, kNoMidiTarget)
-                                                      : current + kShare * distance;
+    const double next = std::abs(distance) < kSnapDistance ? std::exchange(target, kNoMidiTarget)
+                                                           : current + kFraction * distance;
     return std::clamp(next, 0.0, 1.0);
 }
 
-// Takes the rotary out of the hand that drags it.
+// Ends a drag of the rotary.
 void glideRotary(int index, RotaryState& rotary, double& target) {
     const double value = nextValue(rotary.value, target);
     rotary = {.value = value, .dragStartValue = value};
@@ -39,8 +39,8 @@ void glideRotary(int index, RotaryState& rotary, double& target) {
     redrawControl(index, Repaint::now);
 }
 
-// Offsets are whole units: a target 1.3 to 1.43 units away is neither near enough nor far enough to
-// move the slider, and stays pending until the controller moves on.
+// Offsets are whole units. A target 1.3 to 1.43 units away is too far to snap to and too near for
+// 35 % of the distance to round to a unit, so it stays pending until the next Control Change.
 void glideSlider(int index, double& target) {
     std::uint32_t& offset = controlState().offset(index);
     const std::uint32_t old = offset;
@@ -56,20 +56,20 @@ void glideSlider(int index, double& target) {
 void glideTo(int index, double target) {
     constexpr unsigned kGlidePeriodMs = 16;
     const bool timerRuns = gliding();
-    midiState().midiTargetValue[static_cast<std::size_t>(index)] = target;
+    midiState().target(index) = target;
     if (!timerRuns) {
         startTimer(WindowTimer::midiGlide, kGlidePeriodMs);
     }
 }
 
-void endGlides() {
+void cancelGlides() {
     midiState().midiTargetValue.fill(kNoMidiTarget);
     stopTimer(WindowTimer::midiGlide);
 }
 
 void midiSmoothingTick() {
     for (int index = 0; index < kControlCount; ++index) {
-        double& target = midiState().midiTargetValue[static_cast<std::size_t>(index)];
+        double& target = midiState().target(index);
         if (target < 0.0) {
             continue;
         }

@@ -1,19 +1,20 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 namespace percussomatic {
 
-// Controllers send 128 coarse values; rotaries and sliders glide from one to the next. GUI thread.
+// Smoothing of MIDI control: controllers send only 128 values, and rotaries and sliders glide from
+// one to the next. GUI thread.
 
-// Sends a rotary or slider on its way to `target` (0..1) and starts the glide's timer if it stands
-// still. A running one is left alone: begun anew at each message it would never fire while the hand
-// moves.
+// Sets the target (0..1) of a rotary or slider and starts the glide timer unless it is running.
+// Restarting it with every message would keep it from firing while a controller is being moved.
 void glideTo(int index, double target);
 
-// The glide's timer, every 16 ms: moves everything on its way, and stops the timer when all has
-// landed.
+// Called by the glide timer every 16 ms: moves every control that has a target, and stops the timer
+// when all targets have been reached.
 void midiSmoothingTick();
 
-// Leaves everything where it stands: a card has just placed it.
-void endGlides();
+// Discards all targets and stops the timer.
+void cancelGlides();
 
 } // namespace percussomatic

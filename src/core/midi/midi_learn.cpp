@@ -11,7 +11,7 @@ namespace percussomatic {
 
 namespace {
 
-std::wstring widened(const std::string& id) {
+std::wstring widen(const std::string& id) {
     return {id.begin(), id.end()};
 }
 
@@ -20,7 +20,7 @@ bool isLearnable(int index) {
            controlKind(index) != ControlKind::beatLamp;
 }
 
-// By the pixels that show a control; of a slider, only the thumb counts.
+// Hit test by the pixels drawn; of a slider, only the thumb counts.
 int learnableControlAt(PixelPoint client, double scale) {
     for (int index = kControlCount - 1; index >= 0; --index) {
         if (isLearnable(index) && showsControlAt(index, client, scale)) {
@@ -59,7 +59,7 @@ bool learnClick(PixelPoint client, double scale) {
         return true;
     }
     setLearn(false, id);
-    setLearnStatus(L"Move a MIDI control for: " + widened(midiState().learnTargetId));
+    setLearnStatus(L"Move a MIDI control for: " + widen(midiState().learnTargetId));
     return true;
 }
 
@@ -72,9 +72,8 @@ bool learnControlChange(int channel, int controller, int value) {
     midi.learnWaitingForMidi = false;
     midi.learnTargetId.clear();
     addMidiMapping(id, channel, controller);
-    midi.ccLastValue[static_cast<std::size_t>(channel)][static_cast<std::size_t>(controller)] =
-        static_cast<std::uint8_t>(value);
-    setLearnStatus(L"Mapped " + widened(id) + L" to CC " + std::to_wstring(controller) + L" / CH " +
+    midi.lastValue(channel, controller) = static_cast<std::uint8_t>(value);
+    setLearnStatus(L"Mapped " + widen(id) + L" to CC " + std::to_wstring(controller) + L" / CH " +
                    std::to_wstring(channel + 1));
     return true;
 }

@@ -20,11 +20,11 @@ namespace percussomatic {
 
 namespace {
 
-constexpr int kPressedFrom = 64;
+constexpr int kMinPressedValue = 64;
 constexpr double kMaxValue = 127.0;
 
-// Sets only the bit: the pattern under a step button, the lines of a clear switch and the power
-// stay as they are.
+// Changes nothing but the switch's own bit: MIDI neither sets steps, clears lines nor switches the
+// power off.
 void setToggleBit(int index, bool on) {
     std::uint8_t& bit = controlState().toggleBit(index);
     if ((bit != 0) == on) {
@@ -34,8 +34,7 @@ void setToggleBit(int index, bool on) {
     redrawControl(index, Repaint::now);
 }
 
-// Unlike a mouse click: step 0 stays silent until it comes round, and the columns are not
-// repainted.
+// Unlike a mouse click, does not trigger step 0 and does not repaint the columns.
 void startOrStop() {
     Sequencer& now = sequencer();
     now.running = !now.running;
@@ -48,7 +47,7 @@ void startOrStop() {
     flushPainting();
 }
 
-// Unlike a mouse click: a current step beyond the new length is corrected by the next tick.
+// Unlike a mouse click, leaves a current step beyond the new length for the next tick to wrap.
 void selectLength(std::uint32_t length) {
     if (length == sequencer().sequenceLength) {
         return;
@@ -91,11 +90,10 @@ void handleControlChange(int channel, int controller, int value) {
     if (mapping == midi.mappings.end()) {
         return;
     }
-    std::uint8_t& lastValue =
-        midi.ccLastValue[static_cast<std::size_t>(channel)][static_cast<std::size_t>(controller)];
-    const int last = std::exchange(lastValue, static_cast<std::uint8_t>(value));
+    const int last =
+        std::exchange(midi.lastValue(channel, controller), static_cast<std::uint8_t>(value));
     applyMidiToControl(findControl(mapping->controlId), value,
-                       last < kPressedFrom && value >= kPressedFrom);
+                       last < kMinPressedValue && value >= kMinPressedValue);
 }
 
 void applyMidiToControl(int index, int value, bool rising) {
@@ -106,7 +104,7 @@ void applyMidiToControl(int index, int value, bool rising) {
     if (kind == ControlKind::rotary || kind == ControlKind::slider) {
         glideTo(index, std::clamp(value / kMaxValue, 0.0, 1.0));
     } else if (kind == ControlKind::clearAll || kind == ControlKind::clearLine) {
-        setToggleBit(index, value >= kPressedFrom);
+        setToggleBit(index, value >= kMinPressedValue);
     } else if (rising && isToggle(controlRow(index))) {
         pressByMidi(index);
     }

@@ -1,15 +1,17 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 namespace percussomatic {
 
-// What a mapped Control Change does to the panel. GUI thread.
+// Control of the panel by Control Change messages. GUI thread.
 
-// Completes a learn that waits for it, or else moves the control that is mapped to it. Channel
+// Completes a pending learn, or else operates the control that is mapped to the message. Channel
 // 0..15, controller and value 0..127.
 void handleControlChange(int channel, int controller, int value);
 
-// Rotaries and sliders begin to glide to value / 127. Switches count as pressed from 64 on; most of
-// them act only when the value has risen to there. Nothing for an index that is no control.
+// Operates one control. Rotaries and sliders glide to value / 127. The clear switches are on from
+// 64 upwards; all others act only on a rising edge, from below 64 to 64 or more. No-op if there is
+// no such control.
 void applyMidiToControl(int index, int value, bool rising);
 
 } // namespace percussomatic

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "midi/midi_message.h"
 
 #include "midi/midi_clock.h"
@@ -17,7 +18,7 @@ constexpr std::uint32_t kNoteOff = 0x80, kNoteOn = 0x90, kControlChange = 0xB0, 
 constexpr std::uint32_t kTimingClock = 0xF8, kStart = 0xFA, kContinue = 0xFB, kStop = 0xFC;
 
 void showNote(bool on, int note, int velocity, int channel) {
-    // Keyboards that never send Note Off send a velocity of 0 instead.
+    // Note On with velocity 0 means Note Off.
     setLearnStatus((on && velocity > 0 ? L"Received: NOTE ON " : L"Received: NOTE OFF ") +
                    std::to_wstring(note) + L" Value " + std::to_wstring(velocity) + L" CH " +
                    std::to_wstring(channel + 1));

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstdint>
 
 namespace percussomatic {
 
-// A short message as the driver packs it: status in the low byte, then the two data bytes. Shows,
-// learns and applies Control Change, shows notes and pitch bend, follows clock, Start, Continue and
-// Stop; ignores all else. GUI thread.
+// Handles a short message as packed by the driver: status in the low byte, then two data bytes.
+// Control Change is displayed, learned and applied; notes and pitch bend are displayed; clock,
+// Start, Continue and Stop drive the transport. Other messages are ignored. GUI thread.
 void handleMidiMessage(std::uint32_t message);
 
 } // namespace percussomatic

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "midi/midi_profile.h"
 
 #include "settings_store.h"
@@ -21,7 +22,7 @@ std::wstring_view trimmed(std::wstring_view text) noexcept {
                : text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
 }
 
-wchar_t lowered(wchar_t c) noexcept {
+wchar_t toLowerAscii(wchar_t c) noexcept {
     return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
 }
 
@@ -33,8 +34,8 @@ std::string lowBytes(std::wstring_view text) {
     return bytes;
 }
 
-// Takes a whole number off the front as the C library reads an int: blanks and a sign may come
-// before it. Nothing where there is none or it does not fit.
+// Removes an integer from the front, read like the C library's: leading blanks and a sign are
+// accepted. Nullopt if there is none or it does not fit.
 std::optional<int> takeNumber(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     if (text.starts_with('+') && !text.starts_with("+-")) {
@@ -43,7 +44,7 @@ std::optional<int> takeNumber(std::string_view& text) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc{}) {
-        return {};
+        return std::nullopt;
     }
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     return number;
@@ -51,16 +52,16 @@ std::optional<int> takeNumber(std::string_view& text) {
 
 std::optional<MidiMapping> checkedMapping(std::string_view id, std::optional<int> channel,
                                           std::optional<int> controller) {
-    const auto below = [](std::optional<int> number, int count) {
+    const auto inRange = [](std::optional<int> number, int count) {
         return number.has_value() && *number >= 0 && *number < count;
     };
-    if (!below(channel, kMidiChannels) || !below(controller, kMidiControllers)) {
-        return {};
+    if (!inRange(channel, kMidiChannels) || !inRange(controller, kMidiControllers)) {
+        return std::nullopt;
     }
     return MidiMapping{std::string(id), *channel, *controller};
 }
 
-// "0,21"; text after the second number does not matter.
+// "0,21"; text after the second number is ignored.
 std::optional<MidiMapping> parseSetting(const std::wstring& key, const std::wstring& value) {
     std::string ascii;
     for (const wchar_t c : value) {
@@ -69,18 +70,18 @@ std::optional<MidiMapping> parseSetting(const std::wstring& key, const std::wstr
     std::string_view rest = ascii;
     const std::optional<int> channel = takeNumber(rest);
     if (!rest.starts_with(',')) {
-        return {};
+        return std::nullopt;
     }
     rest.remove_prefix(1);
     return checkedMapping(lowBytes(key), channel, takeNumber(rest));
 }
 
-// "rotary_002,0,21"; text after either number does not matter.
+// "rotary_002,0,21"; text after either number is ignored.
 std::optional<MidiMapping> parseLegacyLine(std::string_view line) {
     const std::size_t first = line.find(',');
     const std::size_t second = first == std::string_view::npos ? first : line.find(',', first + 1);
     if (second == std::string_view::npos) {
-        return {};
+        return std::nullopt;
     }
     std::string_view channel = line.substr(first + 1, second - first - 1);
     std::string_view controller = line.substr(second + 1);
@@ -116,11 +117,11 @@ bool sameDeviceName(std::wstring_view a, std::wstring_view b) noexcept {
     a = trimmed(a);
     b = trimmed(b);
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](wchar_t x, wchar_t y) { return lowered(x) == lowered(y); });
+                      [](wchar_t x, wchar_t y) { return toLowerAscii(x) == toLowerAscii(y); });
 }
 
 std::wstring midiProfileSectionName(std::wstring_view deviceName) {
-    // Blanks at the end of a section's name do not survive in the file.
+    // The settings file does not preserve blanks at the end of a section name.
     const std::wstring_view kept = deviceName.substr(0, deviceName.find_last_not_of(L' ') + 1);
     std::wstring name(kept.empty() ? L"Unknown MIDI Device" : kept);
     for (wchar_t& c : name) {
@@ -163,7 +164,7 @@ void saveMidiProfile() {
 
 std::optional<std::vector<MidiMapping>> parseLegacyMidiMap(std::string_view bytes) {
     if (takeLine(bytes) != kLegacyMagic) {
-        return {};
+        return std::nullopt;
     }
     std::vector<MidiMapping> mappings;
     while (!bytes.empty()) {

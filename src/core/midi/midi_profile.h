@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "midi/midi_state.h"
@@ -9,36 +10,38 @@
 
 namespace percussomatic {
 
-// What the settings file holds of MIDI: the last device, and for every device a section with its
-// profile, one key per control, "channel,controller" counted from 0. GUI thread.
+// MIDI settings: the last device, and one section per device with its profile. A profile has one
+// key per control with the value "channel,controller", both counted from 0. GUI thread.
 
-// The device to connect at start-up; empty for none.
+// The device to connect at start-up; empty if there is none.
 std::wstring savedMidiDevice();
-void rememberMidiDevice(const std::wstring& deviceName); // not flushed yet
+void rememberMidiDevice(const std::wstring& deviceName); // does not flush
 
-// Whether a saved name means that device: regardless of the case of ASCII letters, and of blanks at
-// the ends, which do not survive in the settings file.
+// Ignores the case of ASCII letters, and leading and trailing blanks, which the settings file does
+// not preserve.
 bool sameDeviceName(std::wstring_view a, std::wstring_view b) noexcept;
 
-// Two names that differ only in brackets share a section.
+// Replaces characters that a section name cannot hold by '_', so names that differ only in those
+// share a section.
 std::wstring midiProfileSectionName(std::wstring_view deviceName);
 
-// Replaces the list by the section of the profile's device; entries that make no sense are left
-// out. Nothing is written back, so that they stay in the file.
+// Replaces the mappings by those of the connected device. Invalid entries are skipped; they remain
+// in the file until the profile is saved.
 void loadMidiProfile();
 
-// Replaces the section by the list; an empty one leaves no section. Nothing without a device.
+// Replaces the device's section by the mappings, and deletes it if there are none. No-op without a
+// device.
 void saveMidiProfile();
 
-// The older, device-less list of mappings, with double ones; nothing when the bytes are none.
-// Lines that make no sense are left out.
+// Parses the older mapping file, which does not distinguish devices and may bind a control twice.
+// Invalid lines are skipped; nullopt if the first line is wrong.
 std::optional<std::vector<MidiMapping>> parseLegacyMidiMap(std::string_view bytes);
 
-// Takes that list over into a device that has no section yet.
+// Imports the older mapping file into the connected device, unless that has a section already.
 void importLegacyMidiMap();
 
-// Binds the control and saves. What moved it before, and what the Control Change moved before, is
-// forgotten.
+// Binds a control to a Control Change and saves the profile. Earlier bindings of either are
+// removed.
 void addMidiMapping(const std::string& controlId, int channel, int controller);
 
 } // namespace percussomatic

@@ -5,22 +5,21 @@
 
 namespace percussomatic {
 
-// Which controls show their lit picture, and repaints of those that change with the current step.
+// Which controls show their lit picture, and the repaints of those that depend on the current step.
 // GUI thread.
 
 bool controlLit(int index) noexcept;
-bool stepLampLit(int control) noexcept; // false for a control that is no step button
+bool stepLampLit(int control) noexcept; // false unless it is a lit step button
 bool beatLampLit() noexcept;
 
-// Marks the beat lamp for repainting if it shows something else now.
+// Marks the beat lamp for repainting if its state differs from what was last painted.
 void updateBeatLamp();
 
-// Mark the set steps of a column or of a line for repainting. The others stay dark.
+// Mark the set steps of a column or of a line for repainting. Unset steps are always dark.
 void redrawStepColumn(std::uint32_t step); // no-op from step 16 on
 void redrawSetSteps(int line);
 
-// Marks the column that is lit as the current step. No-op in edit mode, in which every set step is
-// lit.
+// Marks the set steps of the current column. No-op in edit mode, where every set step is lit.
 void redrawCurrentColumn(std::uint32_t step);
 
 } // namespace percussomatic

@@ -5,8 +5,8 @@
 
 namespace percussomatic {
 
-// What the step buttons, the clear switches and the length switches do, with their repaints. GUI
-// thread.
+// Edits made by the step buttons, clear switches and length switches, with the repaints they need.
+// GUI thread.
 
 void toggleStep(int line, int step); // line 0..5, step 0..15; its button shows lit while held
 void clearAll();

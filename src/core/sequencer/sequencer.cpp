@@ -55,11 +55,11 @@ void triggerStep(std::uint32_t step) {
         if (gain <= 0.0f) {
             continue;
         }
-        for (int place = 0; const std::string_view name : control::line(line).switches) {
+        for (int instrument = 0; const std::string_view name : control::line(line).switches) {
             if (isSwitchOn(name)) {
-                soundEngine().trigger(now.sampleIndices[sampleIndexOf(line, place)], gain);
+                soundEngine().trigger(now.sampleIndices[sampleIndexOf(line, instrument)], gain);
             }
-            ++place;
+            ++instrument;
         }
     }
 }

@@ -11,23 +11,23 @@
 
 namespace percussomatic {
 
-// The rhythm: its pattern, the current step, and what a step plays. All of it belongs to the GUI
-// thread; the step clock only asks for the next step by a posted message.
+// The rhythm: its pattern, the current step, and what a step plays. GUI thread only; the step clock
+// requests the next step with a posted message.
 struct Sequencer {
     Pattern pattern;
     std::uint32_t currentStep = 0;
     std::uint32_t sequenceLength = kFullLength; // steps, never 0
     bool running = false;
-    bool editMode = false; // steps go on, nothing sounds, every set step is lit
-    double bpm = 120.0;    // of the internal clock, kMinBpm..kMaxBpm
+    bool editMode = false; // steps advance silently, every set step is lit
+    double bpm = 120.0;    // internal clock, kMinBpm..kMaxBpm
     bool externalSync = false;
     bool midiClockSeen = false;
-    double midiBpm = 0.0; // measured from MIDI clock
+    double midiBpm = 0.0; // measured from MIDI clock; 0 if unknown
 
-    // By instrument: its index in the sample bank, -1 if its recording could not be loaded.
+    // Sample bank index of each instrument; -1 if its recording could not be loaded.
     std::array<std::int32_t, kInstrumentCount> sampleIndices = unloaded();
 
-    // Controls that show lit while the mouse button is down.
+    // Controls that are lit while the mouse button is held on them.
     int heldStepButton = kNoControl;
     int heldLineClear = kNoControl;
     bool clearAllHeld = false;
@@ -44,19 +44,19 @@ private:
 
 Sequencer& sequencer() noexcept;
 
-// Everything as at start-up except the sample indices, which stay.
+// Restores the state at start-up, except for the sample indices.
 void resetSequencer() noexcept;
 
-// Loads the twelve embedded recordings into the sound engine and keeps their indices.
+// Loads the twelve embedded recordings into the sound engine and stores their indices.
 void loadLineSamples();
 
-// The line's gain 0..1 from its slider; 0 for a line that does not exist.
+// Gain 0..1 from the line's slider; 0 if there is no such line.
 float lineVolume(int line) noexcept;
 
-bool isSwitchOn(std::string_view name) noexcept;
+bool isSwitchOn(std::string_view name) noexcept; // false if there is no such switch
 
-// Starts the voices of one step: of every line whose step is set and whose volume is above 0,
-// instrument A, then B. No-op in edit mode and from step 16 on.
+// Triggers instrument A, then B, of every line that has this step set and a gain above 0. No-op in
+// edit mode and from step 16 on.
 void triggerStep(std::uint32_t step);
 
 } // namespace percussomatic

@@ -11,7 +11,7 @@ namespace percussomatic {
 namespace {
 
 // Posts ticks until the clock is stopped. The lock is held except while waiting and posting.
-void keepTime(StepClock& clock, std::unique_lock<std::mutex>& lock) {
+void postTicks(StepClock& clock, std::unique_lock<std::mutex>& lock) {
     const std::uint32_t stops = clock.stops;
     const auto ticking = [&] { return clock.clockRunning && clock.stops == stops && !clock.quit; };
 
@@ -44,7 +44,7 @@ void clockThread(StepClock& clock) {
     std::unique_lock lock(clock.mutex);
     while (!clock.quit) {
         if (clock.clockRunning) {
-            keepTime(clock, lock);
+            postTicks(clock, lock);
         } else {
             waitForWake(lock);
         }

@@ -9,44 +9,43 @@
 
 namespace percussomatic {
 
-// Step clock: keeps time and decides nothing. One thread waits for step deadlines on an absolute
-// grid and posts a tick to the panel's window; what a step plays is the GUI thread's business. A
-// late wake-up therefore never shifts later steps.
+// Step clock: one thread waits for step deadlines on an absolute grid and posts a tick to the
+// panel's window. The GUI thread decides what a step plays, and a late wake-up never shifts later
+// steps.
 struct StepClock {
     std::mutex mutex;
     WindowHandle window = nullptr; // guarded by mutex
     double clockBpm = 120.0;       // guarded by mutex
     bool clockRunning = false;     // guarded by mutex
     bool quit = false;             // guarded by mutex
-    // Guarded by mutex. Counts stops, so that a stop and a start between two wakes begin a new
-    // grid.
+    // Guarded by mutex. Counts stops, so that a stop and a start between two wake-ups still begin a
+    // new grid.
     std::uint32_t stops = 0;
-    std::uint32_t dropped = 0; // guarded by mutex; steps since the start of the program
+    std::uint32_t dropped = 0; // guarded by mutex; steps lost since the program started
     std::thread thread;        // GUI thread only
 };
 
 StepClock& stepClock() noexcept;
 
-// Nanoseconds from one sixteenth to the next: 125e6 at 120 BPM. Below 1 BPM the same as at 1.
+// Nanoseconds from one sixteenth note to the next: 125e6 at 120 BPM. Clamped to 1 BPM or more.
 double stepIntervalNs(double tempoBpm) noexcept;
 
-// Where the next interval begins: at the deadline itself, however late the tick was posted. If the
-// tick was more than one interval late, at `now`: the lost steps are dropped, not played in a
-// burst.
+// Start of the next interval: the deadline itself, or `now` if the tick was posted more than one
+// interval late. Steps lost that way are dropped rather than played in a burst.
 std::int64_t nextGridBaseNs(std::int64_t now, std::int64_t deadline, double intervalNs) noexcept;
 
-// Whole intervals that such a new beginning drops; 0 while the grid goes on.
+// Number of steps dropped by restarting the grid at `now`; 0 if the grid is kept.
 std::uint32_t droppedSteps(std::int64_t now, std::int64_t deadline, double intervalNs) noexcept;
 
-// The milliseconds to wait for that many nanoseconds: rounded up, at most a day.
+// The remaining time in milliseconds, rounded up, at most one day.
 std::int64_t waitMilliseconds(std::int64_t remainingNs) noexcept;
 
 // All on the GUI thread.
 void setClockWindow(WindowHandle window); // where ticks are posted
-void runClock(double tempoBpm);           // first tick one interval from now; keeps a running grid
-void setClockTempo(double tempoBpm);      // takes effect from the next interval on
-std::uint32_t droppedStepCount();         // since the start of the program
-void clockStop();                         // the thread keeps waiting
+void runClock(double tempoBpm);           // first tick after one interval; a running grid is kept
+void setClockTempo(double tempoBpm);      // from the next interval on
+std::uint32_t droppedStepCount();         // since the program started
+void clockStop();                         // the thread stays alive
 void clockShutdown();                     // ends and joins the thread
 
 } // namespace percussomatic

@@ -11,9 +11,9 @@ std::optional<double> parseTempo(const std::wstring& text) {
     wchar_t* end = nullptr;
     const double bpm = std::wcstod(text.c_str(), &end);
     const auto parsed = static_cast<std::size_t>(end - text.c_str());
-    const bool alone = parsed != 0 && text.find_first_not_of(L' ', parsed) == std::wstring::npos;
-    // Both comparisons fail for a value that is not a number.
-    if (!alone || !(bpm >= kMinBpm && bpm <= kMaxBpm)) {
+    const bool complete = parsed != 0 && text.find_first_not_of(L' ', parsed) == std::wstring::npos;
+    // Written so that a NaN fails as well.
+    if (!complete || !(bpm >= kMinBpm && bpm <= kMaxBpm)) {
         return std::nullopt;
     }
     return bpm;

@@ -6,8 +6,8 @@
 
 namespace percussomatic {
 
-// Reads a typed tempo: a number of 40..240 beats per minute, with decimals and an exponent if need
-// be, after blanks and before spaces. Nullopt for any other text.
+// Parses a typed tempo in beats per minute. Decimals, an exponent, leading white space and trailing
+// spaces are accepted; nullopt for any other text and outside kMinBpm..kMaxBpm.
 std::optional<double> parseTempo(const std::wstring& text);
 
 } // namespace percussomatic

@@ -60,7 +60,7 @@ void toggleRunning() {
 void toggleEditMode() {
     Sequencer& now = sequencer();
     now.editMode = !now.editMode;
-    // After power-off the instrument stays silent, whatever is pressed in its last second.
+    // After power-off the output stays muted during the second until the program ends.
     soundEngine().outputMuted = now.editMode || panelState().powerOffPending ? 1 : 0;
     if (now.editMode) {
         soundEngine().stopAllVoicesRequest = 1;

@@ -7,30 +7,30 @@
 
 namespace percussomatic {
 
-// Transport and tempo: whether the rhythm runs, how fast, and which clock leads. GUI thread.
+// Transport and tempo: start and stop, the tempo, and the choice of clock. GUI thread.
 
-// One step further: called for every tick of the step clock and every sixth MIDI clock pulse.
-// No-op while the rhythm is stopped.
+// Advances by one step. Called for every tick of the step clock and every sixth MIDI clock pulse;
+// no-op while the rhythm is stopped.
 void onStepTick();
 
-// START/STOP. Starting plays step 0 with the press; the first tick plays step 1.
+// START/STOP. Starting plays step 0 immediately; the first tick plays step 1.
 void toggleRunning();
 
-// EDIT. Mutes the output while it is on.
+// EDIT. The output is muted in edit mode.
 void toggleEditMode();
 
-// Hands the sequencer's state to the step clock: ticking if the rhythm runs on the internal clock,
-// otherwise stopped.
+// Runs the step clock if the rhythm is running on the internal clock, otherwise stops it. Ticks are
+// posted to the window.
 void clockStart(WindowHandle window);
 
-// The tempo rotary stands at t (0..1). Takes effect from the next step on.
+// Sets the tempo from rotary position t, 0..1, from the next step on.
 void setTempoFromRotary(double t);
 
-// A typed tempo, clamped to kMinBpm..kMaxBpm. Turns the rotary to it and ends a drag of the rotary.
+// Sets a typed tempo, clamped to kMinBpm..kMaxBpm. Moves the rotary to match and ends its drag.
 void setTempoBpm(double bpm);
 
-// Applies a rotary's value to the tempo, or its square to the master gain. No-op for any other
-// control.
+// Applies the tempo rotary to the tempo, or the square of the master rotary to the master gain.
+// No-op for any other control.
 void applyRotary(int index);
 
 // "SYNC: ..." as the MIDI device window shows it.

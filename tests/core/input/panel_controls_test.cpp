@@ -105,12 +105,12 @@ TEST_F(FrontPanel, SwitchesChooseTheirLengthAndTheOneUnderAnotherNothing) {
         {"sw_009", 5},  {"sw_010", 6},  {"sw_011", 9}, {"sw_012", 10},
         {"sw_013", 12}, {"sw_015", 15}, {"sw_016", 16}};
     for (const auto& [name, length] : cases) {
-        EXPECT_EQ(press(name), Press::acted);
+        EXPECT_EQ(press(name), Press::handled);
         EXPECT_EQ(sequencer().sequenceLength, length) << name;
     }
     takeRedraws();
     for (const bool on : {true, false}) {
-        EXPECT_EQ(pressControl({static_cast<int>(5330 * kScale), 949}, kScale), Press::acted);
+        EXPECT_EQ(pressControl({static_cast<int>(5330 * kScale), 949}, kScale), Press::handled);
         EXPECT_EQ(toggleBit("sw_014"), on ? 1 : 0);
         EXPECT_EQ(takeRedraws(), Names{"sw_014 now"});
     }
@@ -124,7 +124,7 @@ TEST_F(FrontPanel, PowerSwitchTurnsEverythingOffForGood) {
     sequencer().pattern.set(3, 0, true);
     press("sw_007");
     passTimeTo(100 * kNsPerMs);
-    EXPECT_EQ(pressControl({rect.left, rect.top}, kScale), Press::acted);
+    EXPECT_EQ(pressControl({rect.left, rect.top}, kScale), Press::handled);
     EXPECT_EQ(soundEngine().masterVolume, 0.0f);
     EXPECT_EQ(soundEngine().outputMuted, 1);
     EXPECT_EQ(soundEngine().stopAllVoicesRequest, 1);
@@ -135,7 +135,7 @@ TEST_F(FrontPanel, PowerSwitchTurnsEverythingOffForGood) {
     EXPECT_EQ(takePostedTicks(), std::vector<PostedTick>{});
 
     fakeSystem().timers.clear();
-    EXPECT_EQ(press("pw_001"), Press::acted);
+    EXPECT_EQ(press("pw_001"), Press::handled);
     EXPECT_TRUE(fakeSystem().timers.empty()) << "the second goes on to its end";
     EXPECT_EQ(toggleBit("pw_001"), 0);
     press("sw_008");

@@ -73,7 +73,7 @@ TEST_F(MidiGlide, RunningTimerIsLeftAloneAndTheLatestTargetCounts) {
     EXPECT_EQ(fakeSystem().timers.at(WindowTimer::midiGlide), 1u);
     midiSmoothingTick();
     EXPECT_EQ(sliderOffset("slider_004"), 148u); // 0.65 of 227
-    endGlides();
+    cancelGlides();
     EXPECT_FALSE(timerRuns());
     midiSmoothingTick(); // one that was on its way already
     EXPECT_EQ(sliderOffset("slider_004"), 148u);
