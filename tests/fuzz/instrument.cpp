@@ -16,7 +16,6 @@
 #include "sequencer/step_clock.h"
 #include "sequencer/tempo_text.h"
 #include "sequencer/transport.h"
-#include "support/fake_screen.h"
 #include "support/virtual_clock.h"
 #include "system_time.h"
 
@@ -149,7 +148,6 @@ Instrument::Instrument() {
 
 void Instrument::pass(std::int64_t ns) {
     passTimeTo(counterNs() + ns);
-    fakeSystem().tickCountMs += static_cast<std::uint32_t>(ns / kNsPerMs);
     for (std::size_t ticks = takePostedTicks().size(); ticks > 0; --ticks) {
         onStepTick();
         require(!sequencer().running || sequencer().currentStep < sequencer().sequenceLength,

@@ -15,7 +15,6 @@
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
 #include "sequencer/transport.h"
-#include "support/fake_screen.h"
 #include "support/fake_system.h"
 #include "support/panel_actions.h"
 #include "support/virtual_clock.h"

@@ -1,32 +1,47 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "main_window_handle.h"
 #include "window_timers.h"
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace percussomatic {
 
-// What the core asked of the system, and what the system answers. GUI thread.
+// Fake of the system: windows, timers, messages and files. Cards are saved immediately; settings
+// are kept in memory. GUI thread.
 struct FakeSystem {
-    WindowHandle window = this;             // the panel's
-    std::map<WindowTimer, unsigned> timers; // running, by period in ms
-    std::uint32_t tickCountMs = 0;
-    std::wstring syncStatus;
-    bool externalSyncShown = false;
-    std::wstring learnLine;             // of the MIDI window
-    std::vector<std::wstring> problems; // that the player was told of
+    std::map<WindowTimer, unsigned> timers; // running timers by period in ms
+    std::wstring syncStatus, learnLine;     // of the MIDI window
+    std::vector<std::wstring> problems;     // shown to the player
+    std::optional<std::string> legacyMap;   // bytes of the older mapping file
+    bool flushed = true;                    // no setting was written after the last flush
 };
 
 FakeSystem& fakeSystem();
 
-// An instrument as just started, stopped and silent, on a recorded system and screen and with the
-// virtual clock at 0. In place of the twelve recordings the engine has twelve tiny ones. Ends the
-// step clock's thread when it goes.
+// The settings, sorted, as lines "[section]" and "key=value", each with a line feed.
+std::wstring settingsText();
+void setSettingsText(const std::wstring& text);
+
+using Names = std::vector<std::string>;
+
+// Repaint requests since the last call, in order: "sw_007 later", "bottone_001 now", "slider_001
+// from 40", "tempo box", "effects box", "midi boxes", "panel", "card dialog", "reader", "flush".
+Names takeRedraws();
+
+// Paints everything marked, then names the controls that still show an outdated state, because no
+// repaint was requested.
+Names staleControls();
+
+void resetFakeScreen(); // paints everything and clears the requests
+
+// The instrument as just started: stopped, silent, without files or MIDI port, on a fake system and
+// screen and with the virtual clock at 0. Twelve tiny recordings replace the real ones. The
+// destructor ends the step clock's thread.
 class FreshInstrument {
 public:
     FreshInstrument();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
 #ifdef _WIN32
@@ -6,7 +7,7 @@
 
 namespace {
 
-// Under Wine a crashed program may still end with code 0; this makes the crash seen.
+// Under Wine, a crashed program may exit with code 0; this makes it fail.
 LONG WINAPI endWithFailure(EXCEPTION_POINTERS* crash) {
     constexpr UINT kCrashed = 134;
     std::fprintf(stderr, "crashed: exception 0x%08lx\n", crash->ExceptionRecord->ExceptionCode);

@@ -20,7 +20,7 @@ namespace {
 
 struct VirtualTime {
     std::atomic<std::int64_t> nowNs = 0;
-    std::atomic<int> threadsBegun = 0, threadsEnded = 0;
+    std::atomic<int> threadCount = 0;
 
     // Guarded by the step clock's mutex.
     std::condition_variable wake, changed;
@@ -33,12 +33,7 @@ struct VirtualTime {
     std::mutex postMutex;
     std::deque<std::int64_t> postingNs; // guarded by postMutex
     std::vector<PostedTick> posted;     // guarded by postMutex
-};
-
-VirtualTime& virtualTime() {
-    static VirtualTime time;
-    return time;
-}
+} time;
 
 std::int64_t takeFirst(std::deque<std::int64_t>& script) {
     if (script.empty()) {
@@ -52,34 +47,36 @@ std::int64_t takeFirst(std::deque<std::int64_t>& script) {
 } // namespace
 
 std::int64_t counterNs() noexcept {
-    return virtualTime().nowNs;
+    return time.nowNs;
+}
+
+std::uint32_t tickCountMs() noexcept {
+    return static_cast<std::uint32_t>(counterNs() / kNsPerMs);
 }
 
 void postStepTick(WindowHandle window) noexcept {
-    VirtualTime& time = virtualTime();
     const std::lock_guard lock(time.postMutex);
     time.posted.push_back({window, time.nowNs});
     time.nowNs += takeFirst(time.postingNs);
 }
 
 void beginClockThread() noexcept {
-    ++virtualTime().threadsBegun;
+    ++time.threadCount;
 }
 
 void endClockThread() noexcept {
-    ++virtualTime().threadsEnded;
+    --time.threadCount;
 }
 
 void wakeClock() noexcept {
-    virtualTime().wake.notify_all();
+    time.wake.notify_all();
 }
 
 void waitForWake(std::unique_lock<std::mutex>& lock) {
-    virtualTime().wake.wait(lock);
+    time.wake.wait(lock);
 }
 
 void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds) {
-    VirtualTime& time = virtualTime();
     const StepClock& clock = stepClock();
     time.wakeNs = time.nowNs + milliseconds * kNsPerMs + takeFirst(time.latenessNs);
     time.stops = clock.stops;
@@ -94,28 +91,21 @@ void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds) 
 }
 
 void resetVirtualClock() {
-    VirtualTime& time = virtualTime();
     time.nowNs = 0;
-    time.threadsBegun = 0;
-    time.threadsEnded = 0;
-    scriptLateness({});
-    scriptPosting({});
+    scriptLateness({}, {});
     takePostedTicks();
 }
 
 void passTimeTo(std::int64_t ns) {
-    // Only a thread that is lost for good takes this long.
-    constexpr std::chrono::seconds kLost{20};
-    VirtualTime& time = virtualTime();
     StepClock& clock = stepClock();
     std::unique_lock lock(clock.mutex);
     const auto settled = [&] {
         return clock.clockRunning ? time.waiting && !time.due && time.stops == clock.stops
                                   : !time.waiting;
     };
-    for (;;) {
-        if (!time.changed.wait_for(lock, kLost, settled)) {
-            std::fputs("The step clock's thread neither waits nor stands still\n", stderr);
+    while (true) {
+        if (!time.changed.wait_for(lock, std::chrono::seconds(20), settled)) {
+            std::fputs("The step clock's thread does not respond\n", stderr);
             std::abort();
         }
         if (!clock.clockRunning || time.wakeNs > ns) {
@@ -128,23 +118,20 @@ void passTimeTo(std::int64_t ns) {
     time.nowNs = std::max(time.nowNs.load(), ns);
 }
 
-void scriptLateness(const std::vector<std::int64_t>& ns) {
-    const std::lock_guard lock(stepClock().mutex);
-    virtualTime().latenessNs.assign(ns.begin(), ns.end());
-}
-
-void scriptPosting(const std::vector<std::int64_t>& ns) {
-    const std::lock_guard lock(virtualTime().postMutex);
-    virtualTime().postingNs.assign(ns.begin(), ns.end());
+void scriptLateness(const std::vector<std::int64_t>& waitsNs,
+                    const std::vector<std::int64_t>& postsNs) {
+    const std::scoped_lock lock(stepClock().mutex, time.postMutex);
+    time.latenessNs.assign(waitsNs.begin(), waitsNs.end());
+    time.postingNs.assign(postsNs.begin(), postsNs.end());
 }
 
 std::vector<PostedTick> takePostedTicks() {
-    const std::lock_guard lock(virtualTime().postMutex);
-    return std::exchange(virtualTime().posted, {});
+    const std::lock_guard lock(time.postMutex);
+    return std::exchange(time.posted, {});
 }
 
-ClockThreads clockThreads() {
-    return {virtualTime().threadsBegun, virtualTime().threadsEnded};
+int clockThreadCount() {
+    return time.threadCount;
 }
 
 } // namespace percussomatic

@@ -8,11 +8,9 @@
 
 namespace percussomatic {
 
-// Time for the step clock that passes only when a test lets it. The clock's thread waits on its own
-// condition variable as it does in earnest, but its waits end when passTimeTo() reaches them:
-// hundreds of steps take no time and come out the same in every run, since one thread moves at a
-// time. Stop, start, change the tempo or shut down between two calls, on the GUI thread like
-// everything here.
+// Fake time, which passes only in passTimeTo(). The step clock's thread waits on a condition
+// variable as in the program, but its waits end when the fake time reaches them. Only one thread
+// runs at a time, so every run is identical. GUI thread; start and stop the clock between calls.
 
 inline constexpr std::int64_t kNsPerMs = 1'000'000;
 
@@ -23,24 +21,19 @@ struct PostedTick {
     bool operator==(const PostedTick&) const = default;
 };
 
-struct ClockThreads {
-    int begun = 0, ended = 0;
-
-    bool operator==(const ClockThreads&) const = default;
-};
-
-// Time 0, nothing scripted or posted. Only while the clock has no thread.
+// Resets the time to 0, and clears scripts and posted ticks. The clock must not have a thread.
 void resetVirtualClock();
 
-// Lets all waits end and ticks be posted that are due by then.
+// Ends all waits and posts all ticks that are due by then.
 void passTimeTo(std::int64_t ns);
 
-// How late the next waits end, in turn (below 0: early); how long the next posts take.
-void scriptLateness(const std::vector<std::int64_t>& ns);
-void scriptPosting(const std::vector<std::int64_t>& ns);
+// Lateness of the next waits (negative: early), and duration of the next posts.
+void scriptLateness(const std::vector<std::int64_t>& waitsNs,
+                    const std::vector<std::int64_t>& postsNs = {});
 
-// What has been posted since the last call.
+// Ticks posted since the last call.
 std::vector<PostedTick> takePostedTicks();
-ClockThreads clockThreads();
+
+int clockThreadCount(); // threads that are running
 
 } // namespace percussomatic
