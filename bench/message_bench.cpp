@@ -109,7 +109,7 @@ LRESULT CALLBACK timedProc(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 }
 
 void timeWindow(HWND window) {
-    if (timedWindows.count(window) == 0) {
+    if (!timedWindows.contains(window)) {
         timedWindows[window] = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
         SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(timedProc));
     }

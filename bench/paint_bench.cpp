@@ -40,9 +40,10 @@ double measureMs(const std::function<void()>& work) {
 
 double measureAndPrint(const char* what, int rounds, double fullMs,
                        const std::function<void(int)>& work) {
-    std::vector<double> times;
-    for (int round = 0; round < rounds; ++round) {
-        times.push_back(measureMs([&] { work(round); }));
+    std::vector<double> times(static_cast<unsigned>(rounds));
+    for (int round = 0; double& time : times) {
+        time = measureMs([&] { work(round); });
+        ++round;
     }
     std::sort(times.begin(), times.end());
     const double median = times[times.size() / 2];
@@ -94,7 +95,8 @@ void measureRepaints() {
     });
     measureAndPrint("a slider while it is dragged", 200, fullMs, [](int round) {
         const int slider = findControl(control::line(2).slider);
-        const std::uint32_t old = std::exchange(controlState().offset(slider), round * 3U);
+        const auto offset = static_cast<std::uint32_t>(3 * round);
+        const std::uint32_t old = std::exchange(controlState().offset(slider), offset);
         redrawSlider(slider, old);
     });
     insertCard();

@@ -4,7 +4,7 @@
 #include "fuzz/fuzzing.h"
 #include "graphics/pixel_rect.h"
 #include "sequencer/sequencer.h"
-#include "support/fake_midi.h"
+#include "support/fake_system.h"
 
 #include <cstdint>
 
@@ -28,7 +28,7 @@ private:
     void press(PixelPoint point, Input& input);
     void pass(std::int64_t ns);
 
-    FreshMidi fresh_;
+    FreshInstrument fresh_;
     Size client_{1618, 1040};
     PixelPoint cursor_{};
     std::uint32_t framesLeft_ = 8192; // limits the time that renders take

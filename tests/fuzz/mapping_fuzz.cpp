@@ -6,7 +6,7 @@
 #include "midi/midi_profile.h"
 #include "midi/midi_state.h"
 #include "panel/control_names.h"
-#include "support/fake_midi.h"
+#include "support/fake_system.h"
 
 #include <algorithm>
 #include <string>
@@ -42,9 +42,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::size_t legacy = std::min(text.find(kLegacyMagic), text.size());
     const std::string_view settings = text.substr(0, legacy);
 
-    const FreshMidi instrument;
+    const FreshInstrument instrument;
     setSettingsText({settings.begin(), settings.end()});
-    fakeMidi().legacyMap = text.substr(legacy);
+    fakeSystem().legacyMap = text.substr(legacy);
     midiPortOpened(L"Keys");
 
     const std::vector<MidiMapping> mappings = midiState().mappings;

@@ -132,24 +132,24 @@ void expireTimeout() {
 
 } // namespace wave_device
 
-MMRESULT waveOutOpen(HWAVEOUT* opened, UINT id, const WAVEFORMATEX* /*format*/, DWORD_PTR callback,
+MMRESULT waveOutOpen(HWAVEOUT* device, UINT id, const WAVEFORMATEX* /*format*/, DWORD_PTR callback,
                      DWORD_PTR instance, DWORD flags) {
-    WaveOutDevice& device = *theDevice;
-    const std::lock_guard lock(device.mutex);
-    device.checkLocked(!device.state.open, "opened twice");
-    device.checkLocked(id == WAVE_MAPPER && flags == CALLBACK_FUNCTION, "wrong device or flags");
-    if (device.behaviour.openResult == MMSYSERR_NOERROR) {
-        device.state.open = true;
-        device.resetting = false;
-        ++device.state.opens;
-        device.callback = std::bit_cast<Callback>(callback);
-        device.instance = instance;
-        if (device.behaviour.autoComplete) {
-            device.completing = std::jthread([&device] { completeUntilClosed(device); });
+    WaveOutDevice& fake = *theDevice;
+    const std::lock_guard lock(fake.mutex);
+    fake.checkLocked(!fake.state.open, "opened twice");
+    fake.checkLocked(id == WAVE_MAPPER && flags == CALLBACK_FUNCTION, "wrong device or flags");
+    if (fake.behaviour.openResult == MMSYSERR_NOERROR) {
+        fake.state.open = true;
+        fake.resetting = false;
+        ++fake.state.opens;
+        fake.callback = std::bit_cast<Callback>(callback);
+        fake.instance = instance;
+        if (fake.behaviour.autoComplete) {
+            fake.completing = std::jthread([&fake] { completeUntilClosed(fake); });
         }
-        *opened = &device;
+        *device = &fake;
     }
-    return device.behaviour.openResult;
+    return fake.behaviour.openResult;
 }
 
 MMRESULT waveOutPrepareHeader(HWAVEOUT device, WAVEHDR* header, UINT size) {

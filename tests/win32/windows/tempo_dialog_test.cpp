@@ -40,27 +40,26 @@ TEST(TempoDialog, OnlyTheButtonsAcceptATempoOrExplainItsRange) {
         const wchar_t* text;
         double bpm; // 0 if it is rejected
     } kCases[] = {{L"40", 40.0}, {L"240", 240.0}, {L"120.5 ", 120.5}, {L"39", 0.0}, {L"", 0.0}};
-    for (const auto& [text, bpm] : kCases) {
-        SCOPED_TRACE(text);
-        const bool rejected = bpm == 0.0;
+    for (const auto& each : kCases) {
+        SCOPED_TRACE(each.text);
         const double got = run([&](OwnerWindow& owner, HWND dialog) {
             expectReadyToType(dialog, L"119");
-            SetDlgItemTextW(dialog, kEdit, text);
+            SetDlgItemTextW(dialog, kEdit, each.text);
             PostMessageW(GetDlgItem(dialog, kEdit), WM_KEYDOWN, VK_RETURN, 0);
             PostMessageW(GetDlgItem(dialog, kEdit), WM_KEYDOWN, VK_ESCAPE, 0);
-            owner.post([=, &owner] {
+            owner.post([&each, &owner, dialog] {
                 EXPECT_TRUE(IsWindowEnabled(dialog)) << "closed or under a message box";
                 owner.post([dialog] { // runs in the message box
                     SendMessageW(ownedWindow(dialog, L"#32770"), WM_COMMAND, IDOK, 0);
                 });
                 SendDlgItemMessageW(dialog, kOk, BM_CLICK, 0, 0);
-                if (rejected) {
-                    expectReadyToType(dialog, text);
+                if (each.bpm == 0.0) {
+                    expectReadyToType(dialog, each.text);
                     SendDlgItemMessageW(dialog, kCancel, BM_CLICK, 0, 0);
                 }
             });
         });
-        EXPECT_EQ(got, bpm);
+        EXPECT_EQ(got, each.bpm);
     }
 }
 
