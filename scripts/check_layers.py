@@ -4,8 +4,8 @@
 
 usage: check_layers.py      from any folder; prints every violation
 
-A folder may include only itself and the folders named here. Files of one name, NAME.h and NAME.cpp, count as one
-module; no module may depend on itself by way of others. What is not listed is not allowed.
+A folder may include only itself and the folders named here; what is not listed is not allowed. NAME.h and
+NAME.cpp count as one module, and no module may depend on itself by way of others.
 """
 import pathlib
 import re
