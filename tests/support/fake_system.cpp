@@ -183,7 +183,7 @@ std::wstring settingsText() {
     for (const auto& [section, values] : settings) {
         text += values.empty() ? L"" : L"[" + section + L"]\n";
         for (const auto& [key, value] : values) {
-            text += key + L"=" + value + L"\n";
+            text.append(key).append(L"=").append(value).append(L"\n");
         }
     }
     return text;

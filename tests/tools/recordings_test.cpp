@@ -106,7 +106,7 @@ TEST_P(Recordings, HasTheExpectedFormatLengthAndPeak) {
 
 // Hits on one step sound simultaneous only if every recording starts with the same delay.
 TEST_P(Recordings, StartsWithTheCommonDelayAndWithoutClick) {
-    const float peak = static_cast<float>(std::pow(10.0, expected.peakDb / 20.0));
+    const auto peak = static_cast<float>(std::pow(10.0, expected.peakDb / 20.0));
     std::size_t onset = 0;
     while (level(onset) < 0.05f * peak) {
         ++onset;
@@ -158,6 +158,7 @@ TEST_P(Recordings, DoesNotAliasAtHalfTheRate) {
 // highest or its four lowest samples.
 TEST(Kit, AnyFourTogetherStayBelowFullScale) {
     std::vector<Sample> kit;
+    kit.reserve(kKit.size());
     for (const Expected& each : kKit) {
         kit.push_back(parseWave(bytesOf(each.name)).value());
     }

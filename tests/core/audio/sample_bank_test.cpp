@@ -78,7 +78,9 @@ TEST(ParseWave, ConvertsEachWidth) {
         SCOPED_TRACE(testing::Message() << "tag " << tag << ", " << bits << " bits");
         // Three stereo frames with a value in the right channel only, and an incomplete frame.
         const std::string zero(value.size(), '\0'), incomplete(value.size() * 2 - 1, '\x55');
-        const Bytes frames = toBytes(zero + value + zero + value + zero + value + incomplete);
+        const std::string frame = zero + value;
+        const Bytes frames =
+            toBytes(std::string(frame).append(frame).append(frame).append(incomplete));
         const WaveFormat format{.tag = tag, .channels = 2, .bits = bits, .chunkBytes = 40};
         const auto sample = parseWave(wave(format).chunk("data", frames).bytes());
         ASSERT_TRUE(sample);

@@ -177,7 +177,8 @@ TEST(PunchCardReader, FaultsRefuseTheCardAndNameTheLine) {
 TEST(PunchCardReader, RefusesATruncatedCardUnlessOnlyTheLastLineFeedIsMissing) {
     for (std::size_t size = 0; size < kGood.size(); ++size) {
         CardReport report;
-        EXPECT_EQ(refusalOf(kGood.substr(0, size), report) == "", size == kGood.size() - 1) << size;
+        EXPECT_EQ(refusalOf(kGood.substr(0, size), report).empty(), size == kGood.size() - 1)
+            << size;
     }
 }
 

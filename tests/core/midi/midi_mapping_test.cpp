@@ -35,7 +35,7 @@ TEST_F(MidiMappings, StatusLineShowsNotesControllersAndPitchBendOnly) {
     for (const auto& [message, text] : cases) {
         handleMidiMessage(message);
         for (const std::uint32_t other :
-             {0x4040A0, 0x0040C0, 0x0040D3, 0x0000F0, 0x0000F8, 0x407B10}) {
+             {0x4040A0U, 0x0040C0U, 0x0040D3U, 0x0000F0U, 0x0000F8U, 0x407B10U}) {
             handleMidiMessage(other);
             EXPECT_EQ(fakeSystem().learnLine, text) << std::hex << other;
         }

@@ -45,7 +45,7 @@ TEST_F(ControlLayout, InstrumentSwitchesAreOnTheirLineAndRecordingsExist) {
         const int line = static_cast<int>(position % kLineCount), b = position < kLineCount ? 0 : 1;
         const ControlRow& row = controlRow(findControl(control::instrumentSwitch(position)));
         const ControlRow& step = controlRow(stepButtonIndex(line, 0));
-        EXPECT_NEAR(row.y + row.height / 2, step.y + step.height / 2, 10);
+        EXPECT_NEAR(2 * row.y + row.height, 2 * step.y + step.height, 20);
         EXPECT_EQ(row.x, b == 0 ? 1745 : 2040);
         EXPECT_EQ(sampleIndexOfSwitch(position), sampleIndexOf(line, b));
         EXPECT_NE(findAsset(kInstruments[position].recording).bytes, nullptr);

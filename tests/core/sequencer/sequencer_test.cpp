@@ -28,7 +28,7 @@ struct SequencerTest : testing::Test, FreshInstrument {
         const auto& indices = sequencer().sampleIndices;
         for (const Voice& voice : soundEngine().voices) {
             if (voice.active) {
-                const auto found = std::ranges::find(indices, voice.sampleIndex);
+                const auto* const found = std::ranges::find(indices, voice.sampleIndex);
                 hits.emplace_back(static_cast<int>(found - indices.begin()), voice.gain);
             }
         }
