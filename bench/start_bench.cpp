@@ -63,7 +63,7 @@ void startInSteps() {
                                  nullptr, nullptr, nullptr, nullptr);
     });
     timed("background", [&] { rebuildBackgroundCache(window); });
-    timed("MIDI port of the last session", connectSavedMidiInput);
+    timed("MIDI port of the last run", connectSavedMidiInput);
     timed("first paint", [&] {
         screenPixels().fit(size);
         composePanel(screenPixels().view(), {0, 0, size.width, size.height}, size);

@@ -19,7 +19,7 @@ WINDOWS["EFFECTS"] = EFFECTS, (720, 735)
 
 class Display(ProgramTestCase):
     def set_dpi(self, dpi):
-        """Takes effect with the next session, as on Windows. Its services must not inherit a pipe."""
+        """Takes effect when Wine starts anew, as after signing in. Its services must not inherit a pipe."""
         add = ["wine64", "reg", "add", r"HKCU\Control Panel\Desktop", "/v", "LogPixels", "/t", "REG_DWORD"]
         for command in ([*add, "/d", str(dpi), "/f"], ["wineserver", "-k"], ["wineserver", "-w"]):
             subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

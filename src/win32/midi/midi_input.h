@@ -53,7 +53,7 @@ void closeMidiInput(MidiInputContext& context);
 // Updates "Connected to: ..." in the device window. No-op while the window does not exist.
 void refreshConnectionText(const MidiInputContext& context);
 
-// Opens the port of the last session. If that is not connected, the learn line says so.
+// Opens the port of the last run. If that is not connected, the learn line says so.
 void connectSavedMidiInput();
 
 // The driver's callback; `instance` is the MidiInputContext.
