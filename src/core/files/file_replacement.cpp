@@ -6,6 +6,7 @@
 #include <chrono>
 #include <string>
 #include <system_error>
+#include <thread>
 
 namespace percussomatic {
 
@@ -18,14 +19,14 @@ std::filesystem::path temporaryName(std::filesystem::path target, int number) {
     return target;
 }
 
-// A symbolic link is kept; the file it points to is replaced.
-std::filesystem::path resolvedLink(const std::filesystem::path& target) {
+// A symbolic link is kept; the file that it points to is replaced or created.
+std::filesystem::path resolvedLink(std::filesystem::path target) {
+    constexpr int kMaxLinks = 40; // as on Linux; more of them are a circle
     std::error_code error;
-    if (!std::filesystem::is_symlink(target, error)) {
-        return target;
+    for (int links = 0; links < kMaxLinks && std::filesystem::is_symlink(target, error); ++links) {
+        target = target.parent_path() / std::filesystem::read_symlink(target, error);
     }
-    const auto real = std::filesystem::canonical(target, error);
-    return error ? target : real;
+    return target;
 }
 
 // No write permission for anybody, which is how std::filesystem reports the read-only attribute.
@@ -49,7 +50,25 @@ SaveResult checkTarget(const std::filesystem::path& target) {
     return isReadOnly(status.permissions()) ? SaveResult::readOnly : SaveResult::saved;
 }
 
+// Retries while another program uses the file.
+template <typename Attempt>
+bool succeeds(Attempt attempt) {
+    FileResult result = attempt();
+    for (const int pauseMs : {10, 20, 50, 100, 200, 300, 400}) {
+        if (result != FileResult::busy) {
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(pauseMs));
+        result = attempt();
+    }
+    return result == FileResult::done;
+}
+
 } // namespace
+
+bool renameFile(const std::filesystem::path& from, const std::filesystem::path& to) {
+    return succeeds([&] { return replaceFile(from, to); });
+}
 
 void removeStaleTemporaries(const std::filesystem::path& target) {
     // Another instance may be saving at this moment, and its temporary file is closed before it is
@@ -82,8 +101,7 @@ FileReplacement::FileReplacement(const std::filesystem::path& target)
 FileReplacement::~FileReplacement() {
     file_.reset();
     if (!temporary_.empty()) {
-        std::error_code error;
-        std::filesystem::remove(temporary_, error);
+        succeeds([this] { return removeFile(temporary_); });
     }
 }
 
@@ -109,15 +127,10 @@ SaveResult FileReplacement::finish() {
 
 SaveResult FileReplacement::commit() {
     if (finish() == SaveResult::saved) {
-        std::error_code error;
-        if (const auto old = std::filesystem::status(target_, error); exists(old)) {
-            std::filesystem::permissions(temporary_, old.permissions(), error);
-        }
-        std::filesystem::rename(temporary_, target_, error); // also over an existing file
-        if (error) {
-            fail();
-        } else {
+        if (renameFile(temporary_, target_)) {
             temporary_.clear();
+        } else {
+            fail();
         }
     }
     return result_;

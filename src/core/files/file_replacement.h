@@ -10,7 +10,8 @@ namespace percussomatic {
 
 // Atomic replacement of a file: after a failure or a power cut it has either its old or its new
 // content. The new content is written to a temporary file in the same folder and flushed; then the
-// temporary file is renamed.
+// temporary file is renamed. Virus scanners and indexers often open a new file for a moment, so
+// renaming and deleting are retried for about a second.
 
 enum class SaveResult {
     saved,
@@ -39,7 +40,7 @@ public:
     // most failures occur while all old files are still there.
     SaveResult finish();
 
-    // Renames the temporary file to the target's name, with the permissions of the old file.
+    // Renames the temporary file to the target's name, with the access rights of the old file.
     SaveResult commit();
 
 private:
@@ -54,6 +55,9 @@ private:
     std::unique_ptr<std::FILE, CloseFile> file_;
     SaveResult result_ = SaveResult::saved;
 };
+
+// Renames a file in its folder, replacing any file with the new name. False on failure.
+bool renameFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
 // Removes temporary files for `target` that a killed process left more than a minute ago.
 void removeStaleTemporaries(const std::filesystem::path& target);

@@ -10,6 +10,7 @@
 #include <utility>
 
 #ifndef _WIN32
+#include "support/failing_call.h"
 #include "support/full_disk.h"
 #include "support/killed.h"
 #endif
@@ -97,11 +98,37 @@ TEST_F(CardFile, OnlyOldTemporaryFilesOfTheCardAreRemoved) {
 #ifndef _WIN32
 TEST_F(CardFile, SavingKeepsASymbolicLink) {
     fs::create_directories("PunchCards");
-    put("elsewhere", old);
     fs::create_symlink("../elsewhere", path);
-    EXPECT_EQ(saveCardFile(path, text), SaveResult::saved);
-    EXPECT_TRUE(fs::is_symlink(path));
-    EXPECT_EQ(contents("elsewhere"), text);
+    for (const std::string& saved : {old, text}) { // the file does not exist at first
+        EXPECT_EQ(saveCardFile(path, saved), SaveResult::saved);
+        EXPECT_TRUE(fs::is_symlink(path));
+        EXPECT_EQ(contents("elsewhere"), saved);
+    }
+}
+
+TEST_F(CardFile, FailingSystemCallsAreRetriedWhileTheFileIsInUse) {
+    constexpr int kAttempts = 8;
+    const std::tuple<FailingCall, SaveResult> cases[] = {
+        {{"rename", EBUSY, kAttempts - 1}, SaveResult::saved},
+        {{"rename", EBUSY, kAttempts}, SaveResult::notWritten},
+        {{"rename", EACCES, 1}, SaveResult::notWritten},
+        {{"fsync", EIO, 1}, SaveResult::notWritten},
+        {{"fsync", EINVAL, 2}, SaveResult::saved}}; // not supported for file and folder
+    for (const auto& [call, result] : cases) {
+        SCOPED_TRACE(call.name + std::to_string(call.error));
+        ASSERT_EQ(saveCardFile(path, old), SaveResult::saved);
+        fs::permissions(path, fs::perms{0640});
+        failingCall() = call;
+        EXPECT_EQ(saveCardFile(path, text), result);
+        EXPECT_EQ(failingCall().failures, 0);
+        EXPECT_EQ(contents(path), result == SaveResult::saved ? text : old);
+        EXPECT_EQ(fs::status(path).permissions(), fs::perms{0640});
+        EXPECT_EQ(filesIn("PunchCards"), 1);
+        EXPECT_EQ(failingCall().pausedMs, call.error != EBUSY ? 0 : 1080);
+    }
+    failingCall() = {"unlink", EBUSY, 2};
+    FileReplacement(path).write(text);
+    EXPECT_EQ(filesIn("PunchCards"), 1);
 }
 
 TEST_F(CardFile, AFullDiskLeavesTheOldCardIntact) {
