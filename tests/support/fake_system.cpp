@@ -127,10 +127,9 @@ void showProblem(const std::wstring& text) {
     fakeSystem().problems.push_back(text);
 }
 
-void saveCardLater(const std::filesystem::path& path, const std::string& text) {
-    const SaveResult result = saveCardFile(path, text);
-    if (result != SaveResult::saved) {
-        showProblem(saveErrorText(result, path));
+void saveCardLater(PendingCard card) {
+    if (const std::wstring problem = writeCard(fakeSystem().cardWriter, card); !problem.empty()) {
+        showProblem(problem);
     }
 }
 

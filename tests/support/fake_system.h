@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cards/card_file.h"
 #include "window_timers.h"
 
 #include <cstdint>
@@ -18,7 +19,8 @@ struct FakeSystem {
     std::wstring syncStatus, learnLine;     // of the MIDI window
     std::vector<std::wstring> problems;     // shown to the player
     std::optional<std::string> legacyMap;   // bytes of the older mapping file
-    bool flushed = true;                    // no setting was written after the last flush
+    CardWriter cardWriter;
+    bool flushed = true; // no setting was written after the last flush
 };
 
 FakeSystem& fakeSystem();

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "cards/card_file.h"
 
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace percussomatic {
@@ -19,6 +21,24 @@ bool createFolder(const std::filesystem::path& folder) {
     }
     std::filesystem::create_directories(folder, error);
     return std::filesystem::is_directory(folder, error);
+}
+
+std::wstring quotedPath(std::filesystem::path path) {
+    return L'"' + path.make_preferred().wstring() + L'"';
+}
+
+// A name for the unread file that no other file has.
+std::filesystem::path unreadName(const std::filesystem::path& path) {
+    std::filesystem::path first = path;
+    first += ".unread";
+    std::filesystem::path name = first;
+    std::error_code error;
+    for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(name, error));
+         ++number) {
+        name = first;
+        name += "." + std::to_string(number);
+    }
+    return name;
 }
 
 } // namespace
@@ -39,7 +59,12 @@ std::optional<std::string> readCardBytes(const std::filesystem::path& path) {
 }
 
 bool loadCardFile(const std::filesystem::path& path, PunchCard& slot) {
-    const auto bytes = readCardBytes(path);
+    constexpr std::chrono::milliseconds kRetryPause(50);
+    auto bytes = readCardBytes(path);
+    if (std::error_code error; !bytes && std::filesystem::is_regular_file(path, error)) {
+        std::this_thread::sleep_for(kRetryPause); // another program may have had it open
+        bytes = readCardBytes(path);
+    }
     if (!bytes) {
         return false;
     }
@@ -63,19 +88,40 @@ SaveResult saveCardFile(const std::filesystem::path& path, std::string_view text
     return file.commit();
 }
 
+std::wstring writeCard(CardWriter& writer, const PendingCard& card) {
+    std::error_code error;
+    if (!card.keepOldFile || writer.keptFiles.contains(card.path) ||
+        !std::filesystem::is_regular_file(card.path, error)) {
+        return saveErrorText(saveCardFile(card.path, card.text), card.path);
+    }
+    // The new card first, so that a full disk leaves the old one where it is.
+    FileReplacement file(card.path);
+    file.write(card.text);
+    if (const SaveResult result = file.finish(); result != SaveResult::saved) {
+        return saveErrorText(result, card.path);
+    }
+    const std::filesystem::path kept = unreadName(card.path);
+    if (!renameFile(card.path, kept)) {
+        return saveErrorText(SaveResult::notWritten, card.path);
+    }
+    writer.keptFiles.insert(card.path);
+    const std::wstring problem = saveErrorText(file.commit(), card.path);
+    return quotedPath(card.path) +
+           L" could not be read when the program started. That file is now " + quotedPath(kept) +
+           (problem.empty() ? L"; the card has been saved in its place." : L".\n\n" + problem);
+}
+
 std::wstring saveErrorText(SaveResult result, const std::filesystem::path& path) {
-    const auto quoted = [](std::filesystem::path name) {
-        return L'"' + name.make_preferred().wstring() + L'"';
-    };
-    const std::wstring file = quoted(path);
+    const std::wstring file = quotedPath(path);
     const std::wstring kept = L"\n\nThe rhythm stays in its slot until you quit.";
     switch (result) {
     case SaveResult::saved:
         return {};
     case SaveResult::noFolder:
         return L"The card was not saved as " + file + L": the folder " +
-               quoted(path.parent_path()) +
-               L" cannot be created. If a file has that name, move it away; then save again." +
+               quotedPath(path.parent_path()) +
+               L" cannot be created. Check that you have permission to write there and that no "
+               L"file has that name; then save again." +
                kept;
     case SaveResult::readOnly:
         return file +
@@ -90,7 +136,8 @@ std::wstring saveErrorText(SaveResult result, const std::filesystem::path& path)
     }
     return file +
            L" could not be written. Any earlier version of that file is unchanged. Check "
-           L"that the disk has room and that you can write to the folder; then save again." +
+           L"that the disk has room, that you have permission to write to the folder and that no "
+           L"other program, such as a virus scanner, is using the file; then save again." +
            kept;
 }
 

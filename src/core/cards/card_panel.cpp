@@ -20,6 +20,7 @@
 #include "window_timers.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -40,7 +41,9 @@ PunchCard& insertedCard() {
 }
 
 void writeCardFile(const PunchCard& card, int slot) {
-    saveCardLater(cardFilePath(slot), writePunchCard(card, slot));
+    saveCardLater({.path = cardFilePath(slot),
+                   .text = writePunchCard(card, slot),
+                   .keepOldFile = cardPanel().unreadFiles[static_cast<std::size_t>(slot)]});
 }
 
 void setRotary(std::string_view name, double value) {
@@ -120,13 +123,13 @@ void readColumns(int due) {
     }
 }
 
-void finishInsertion() {
+bool finishInsertion() {
     CardPanel& panel = cardPanel();
     stopTimer(WindowTimer::cardInsertion);
     panel.insertedSlot = panel.insertSlot;
     panel.insertingCard = false;
     panel.cardInserted = true;
-    applyCard(insertedCard());
+    return applyCard(insertedCard());
 }
 
 // The card shown in the dialog may be the one in the reader as well.
@@ -157,8 +160,11 @@ void loadCards() {
     std::error_code ignored; // the slots stay empty then; a save will report the error
     std::filesystem::create_directories(kCardFolder, ignored);
     for (int slot = 0; slot < kCardSlots; ++slot) {
-        removeStaleTemporaries(cardFilePath(slot));
-        loadCardFile(cardFilePath(slot), cardPanel().slot(slot));
+        const std::filesystem::path path = cardFilePath(slot);
+        removeStaleTemporaries(path);
+        cardPanel().unreadFiles[static_cast<std::size_t>(slot)] =
+            !loadCardFile(path, cardPanel().slot(slot)) &&
+            std::filesystem::is_regular_file(path, ignored);
     }
 }
 
@@ -272,10 +278,10 @@ void beginCardInsertion(Size client) {
     redrawPanel();
 }
 
-void cardInsertionTick() {
+bool cardInsertionTick() {
     CardPanel& panel = cardPanel();
     if (!panel.insertingCard) {
-        return;
+        return false;
     }
     if (panel.moving) {
         moveCard();
@@ -283,9 +289,7 @@ void cardInsertionTick() {
     readColumns(panel.moving ? static_cast<int>(insertionProgress() * kStepCount) : kStepCount);
     redrawReader();
     flushPainting();
-    if (!panel.moving) {
-        finishInsertion();
-    }
+    return !panel.moving && finishInsertion();
 }
 
 void placeReaderCard(Size client) {
@@ -320,9 +324,9 @@ void captureCard(PunchCard& card) {
     captureCardEffect(card);
 }
 
-void applyCard(const PunchCard& card) {
+bool applyCard(const PunchCard& card) {
     if (!card.used || !card.hasSettings) {
-        return;
+        return false;
     }
     applySliders(card);
     setRotary(control::kMasterRotary, masterRotaryOf(card));
@@ -337,6 +341,7 @@ void applyCard(const PunchCard& card) {
     }
     updateBeatLamp();
     flushPainting();
+    return true;
 }
 
 } // namespace percussomatic

@@ -15,6 +15,7 @@ namespace percussomatic {
 
 struct CardPanel {
     std::array<PunchCard, kCardSlots> slots{};
+    std::array<bool, kCardSlots> unreadFiles{}; // by slot: it has a file that could not be read
     bool cardsDialogOpen = false;
     int dialogSlot = 0; // the card shown in the dialog
 
@@ -39,7 +40,8 @@ CardPanel& cardPanel() noexcept;
 void resetCardPanel();
 
 // Creates the card folder if it is missing, removes temporary files left by interrupted saves and
-// reads every slot that has a file.
+// reads every slot that has a file. A file that cannot be read leaves its slot empty and is kept
+// under another name when a card is saved there.
 void loadCards();
 
 // Rectangles for a client area of this size and the current position of the card in the reader.
@@ -87,16 +89,17 @@ void setCardTitle(std::wstring title);
 // card is being read.
 void beginCardInsertion(Size client);
 
-// Advances the insertion; called by its timer.
-void cardInsertionTick();
+// Advances the insertion; called by its timer. True if that has applied the card's settings.
+bool cardInsertionTick();
 
 // Repositions the card in the reader after the window has been resized.
 void placeReaderCard(Size client);
 
 void hideInsertedCard();
 
-// Copy the panel to a card and back. applyCard is a no-op for a card without settings.
+// Copy the panel to a card and back. applyCard is a no-op and returns false for a card without
+// settings.
 void captureCard(PunchCard& card);
-void applyCard(const PunchCard& card);
+bool applyCard(const PunchCard& card);
 
 } // namespace percussomatic

@@ -136,8 +136,7 @@ InputResult fireTimer(WindowTimer timer) {
         stopTimer(WindowTimer::powerOff);
         return {.request = Request::closeWindow};
     case WindowTimer::cardInsertion:
-        cardInsertionTick();
-        if (cardPanel().cardInserted) {
+        if (cardInsertionTick()) {
             cancelGlides(); // a pending glide would undo the card
         }
         return {};

@@ -6,6 +6,7 @@
 #include "user_messages.h"
 #include "win32/messages.h"
 
+#include <deque>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -16,51 +17,85 @@ namespace percussomatic {
 
 namespace {
 
-// The most recent save; each save first joins the one before it.
-std::jthread& lastSave() noexcept {
-    static std::jthread thread;
-    return thread;
-}
+constexpr DWORD kMaxFinishMs = 10000;
 
-// Failed saves that have not been reported to the user yet.
-struct Problems {
+// The queue of cards and the thread that saves them. Never destroyed, because a thread that waits
+// for a disk that has stopped responding may use it until the process ends.
+struct Saver {
     std::mutex mutex;
-    std::vector<std::wstring> texts; // guarded by mutex
+    std::deque<PendingCard> queue;      // guarded by mutex; the first is being saved
+    std::vector<std::wstring> problems; // guarded by mutex; not yet shown
+    CardWriter writer;                  // saving thread, or the GUI thread if there is none
+    HWND window = nullptr;              // guarded by mutex; notified of problems
+    bool threadRuns = false;            // GUI thread only
+    // Auto-reset: a card was queued. Manual reset: the queue is empty.
+    HANDLE queued = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE idle = CreateEventW(nullptr, TRUE, TRUE, nullptr);
 };
 
-Problems& problems() noexcept {
-    static Problems instance;
+Saver& saver() {
+    static Saver& instance = *new Saver;
     return instance;
 }
 
-void save(const std::filesystem::path& path, const std::string& text, HWND window) {
-    const SaveResult result = saveCardFile(path, text);
-    if (result != SaveResult::saved) {
-        const std::lock_guard lock(problems().mutex);
-        problems().texts.push_back(saveErrorText(result, path));
-        PostMessageW(window, kCardProblemMessage, 0, 0);
+// Saves the cards in the queue.
+void drainQueue(Saver& saver) {
+    std::unique_lock lock(saver.mutex);
+    while (!saver.queue.empty()) {
+        const PendingCard card = saver.queue.front();
+        lock.unlock();
+        std::wstring problem = writeCard(saver.writer, card);
+        lock.lock();
+        saver.queue.pop_front();
+        if (!problem.empty()) {
+            saver.problems.push_back(std::move(problem));
+            PostMessageW(saver.window, kCardProblemMessage, 0, 0);
+        }
     }
+    SetEvent(saver.idle);
+}
+
+void runSavingThread(Saver& saver) {
+    while (WaitForSingleObject(saver.queued, INFINITE) == WAIT_OBJECT_0) {
+        drainQueue(saver);
+    }
+}
+
+// False if the system has no thread left.
+bool ensureThread(Saver& saver) {
+    if (!saver.threadRuns) {
+        try {
+            std::thread([&saver] { runSavingThread(saver); }).detach();
+            saver.threadRuns = true;
+        } catch (const std::system_error&) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace
 
-void saveCardLater(const std::filesystem::path& path, const std::string& text) {
-    const HWND window = static_cast<HWND>(mainWindow());
-    try {
-        lastSave() = std::jthread([previous = std::move(lastSave()), path, text, window]() mutable {
-            previous = {}; // joins
-            save(path, text, window);
-        });
-    } catch (const std::system_error&) { // no thread available
-        save(path, text, window);
+void saveCardLater(PendingCard card) {
+    Saver& all = saver();
+    {
+        const std::lock_guard lock(all.mutex);
+        all.window = static_cast<HWND>(mainWindow());
+        all.queue.push_back(std::move(card));
+        ResetEvent(all.idle);
+    }
+    if (ensureThread(all)) {
+        SetEvent(all.queued);
+    } else {
+        drainQueue(all);
     }
 }
 
 void showSavingProblems() {
     std::vector<std::wstring> texts;
     {
-        const std::lock_guard lock(problems().mutex);
-        texts.swap(problems().texts);
+        const std::lock_guard lock(saver().mutex);
+        texts.swap(saver().problems);
     }
     for (const std::wstring& text : texts) {
         showProblem(text);
@@ -68,8 +103,11 @@ void showSavingProblems() {
 }
 
 void finishSaving() {
-    lastSave() = {}; // joins
+    const bool finished = WaitForSingleObject(saver().idle, kMaxFinishMs) == WAIT_OBJECT_0;
     showSavingProblems();
+    if (!finished) {
+        showProblem(L"The disk is not responding. The last cards may not have been saved.");
+    }
 }
 
 } // namespace percussomatic

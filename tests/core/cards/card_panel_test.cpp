@@ -3,12 +3,15 @@
 
 #include "audio/effect_choice.h"
 #include "cards/card_file.h"
+#include "input/panel_input.h"
+#include "midi/midi_glide.h"
 #include "support/own_folder.h"
 #include "support/panel_actions.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 #include <tuple>
@@ -76,7 +79,7 @@ struct PunchCards : testing::Test, FreshInstrument {
         for (; count > 0; --count) {
             nowMs_ += kTickMs;
             passTimeTo(nowMs_ * kNsPerMs);
-            cardInsertionTick();
+            fireTimer(WindowTimer::cardInsertion);
         }
     }
     void insert() {
@@ -233,8 +236,20 @@ TEST_F(PunchCards, CardWithoutSettingsChangesOnlyThePattern) {
     shown().used = true;
     shown().pattern = std::exchange(sequencer().pattern, Pattern{});
     shown().tempo = 1.0f;
+    glideTo(findControl(control::kTempoRotary), 1.0);
     insert();
     expectPanel(before);
+    EXPECT_TRUE(fakeSystem().timers.contains(WindowTimer::midiGlide));
+}
+
+TEST_F(PunchCards, CardWithSettingsEndsPendingGlidesButNotLaterOnes) {
+    captureShown();
+    glideTo(findControl(control::kTempoRotary), 1.0);
+    insert();
+    EXPECT_TRUE(fakeSystem().timers.empty());
+    glideTo(findControl(control::kTempoRotary), 1.0);
+    tick(); // its message was already queued
+    EXPECT_TRUE(fakeSystem().timers.contains(WindowTimer::midiGlide));
 }
 
 TEST_F(PunchCards, TitleIsTrimmedAndSavedUnlessTheSlotIsEmpty) {
@@ -267,6 +282,30 @@ TEST_F(PunchCards, FailedSaveIsReportedAndTheSlotKeepsTheRhythm) {
     EXPECT_EQ(contents(path), before);
     showNextCard();
     EXPECT_EQ(panel_.dialogSlot, 0);
+}
+
+TEST_F(PunchCards, FileThatCouldNotBeReadIsKeptUnderAnotherName) {
+    saveCard();
+    const std::string card = contents(cardFilePath(0));
+    const std::string unread = cardFilePath(1).string() + ".unread";
+    std::filesystem::create_directories(cardFilePath(2));
+    put(cardFilePath(1), "another program's card");
+    put(unread, "an older one");
+    loadCards();
+    EXPECT_TRUE(panel_.slots[0].used);
+    EXPECT_FALSE(panel_.slots[1].used);
+    EXPECT_EQ(panel_.unreadFiles, (std::array<bool, kCardSlots>{false, true}));
+    showNextCard();
+    for (int save = 0; save < 2; ++save) {
+        saveCard();
+        EXPECT_EQ(loadCardFile(cardFilePath(1), panel_.slots[5]), true);
+        EXPECT_EQ(contents(unread), "an older one");
+        EXPECT_EQ(contents(unread + ".2"), "another program's card");
+        ASSERT_EQ(fakeSystem().problems.size(), 1u);
+        EXPECT_NE(fakeSystem().problems[0].find(L".unread.2\"; the card has"), std::wstring::npos);
+    }
+    EXPECT_EQ(contents(cardFilePath(0)), card);
+    EXPECT_EQ(filesIn(kCardFolder), 5);
 }
 
 TEST_F(PunchCards, ClickGoesToWhatIsDrawnOnTop) {
