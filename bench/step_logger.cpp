@@ -17,7 +17,7 @@
 namespace percussomatic {
 
 // The step clock of this program is compiled to call this instead of postStepTick().
-void loggedPost(WindowHandle window) noexcept;
+bool loggedPost(WindowHandle window) noexcept;
 
 namespace {
 
@@ -43,11 +43,12 @@ void CALLBACK onStarted(HWND, UINT, UINT_PTR timer, DWORD) {
 
 } // namespace
 
-void loggedPost(WindowHandle window) noexcept {
+bool loggedPost(WindowHandle window) noexcept {
     const std::int64_t now = counterNs();
-    postStepTick(window);
+    const bool posted = postStepTick(window);
     const std::lock_guard lock(mutex);
     postedNs.push_back(now);
+    return posted;
 }
 
 } // namespace percussomatic

@@ -10,8 +10,9 @@ namespace percussomatic {
 
 // Waiting, priority and posted messages for the step clock's thread.
 
-// Posts one step tick to the window. No-op if the handle is null or the window is gone. Any thread.
-void postStepTick(WindowHandle window) noexcept;
+// Posts one step tick to the window. False if its message queue is full; no-op and true if the
+// handle is null or the window is gone. Any thread.
+bool postStepTick(WindowHandle window) noexcept;
 
 // Raises the calling thread's priority and sets the timer resolution to one millisecond, until
 // endClockThread().

@@ -54,10 +54,15 @@ std::uint32_t tickCountMs() noexcept {
     return static_cast<std::uint32_t>(counterNs() / kNsPerMs);
 }
 
-void postStepTick(WindowHandle window) noexcept {
+bool postStepTick(WindowHandle window) noexcept {
     const std::lock_guard lock(time.postMutex);
+    const std::int64_t duration = takeFirst(time.postingNs);
+    if (duration == kFailedPost) {
+        return false;
+    }
     time.posted.push_back({window, time.nowNs});
-    time.nowNs += takeFirst(time.postingNs);
+    time.nowNs += duration;
+    return true;
 }
 
 void beginClockThread() noexcept {

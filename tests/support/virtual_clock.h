@@ -27,7 +27,9 @@ void resetVirtualClock();
 // Ends all waits and posts all ticks that are due by then.
 void passTimeTo(std::int64_t ns);
 
-// Lateness of the next waits (negative: early), and duration of the next posts.
+inline constexpr std::int64_t kFailedPost = -1;
+
+// Lateness of the next waits (negative: early), and duration of the next posts or kFailedPost.
 void scriptLateness(const std::vector<std::int64_t>& waitsNs,
                     const std::vector<std::int64_t>& postsNs = {});
 

@@ -34,15 +34,12 @@ struct PressedControl {
 // when the timer fires.
 void switchPowerOff(int power) {
     constexpr unsigned kPowerOffMs = 1000;
-    panelState().powerOffPending = true;
     controlState().toggleBit(power) = 0;
     const bool wasRunning = sequencer().running;
     sequencer().running = false;
     clockStop();
-    SoundEngine& engine = soundEngine();
-    engine.setMasterVolume(0.0f);
-    engine.outputMuted = 1;
-    engine.stopAllVoicesRequest = 1;
+    soundEngine().setMasterVolume(0.0f);
+    switchSoundOff();
     startTimer(WindowTimer::powerOff, kPowerOffMs);
 
     redrawControl(power, Repaint::later);

@@ -74,7 +74,19 @@ void pressByMidi(int index) {
     }
 }
 
+// End of the list if there is none.
+auto findMapping(int channel, int controller) noexcept {
+    return std::ranges::find_if(midiState().mappings, [=](const MidiMapping& each) {
+        return each.channel == channel && each.controller == controller;
+    });
+}
+
 } // namespace
+
+int mappedControl(int channel, int controller) noexcept {
+    const auto mapping = findMapping(channel, controller);
+    return mapping == midiState().mappings.end() ? kNoControl : findControl(mapping->controlId);
+}
 
 void handleControlChange(int channel, int controller, int value) {
     MidiState& midi = midiState();
@@ -83,10 +95,7 @@ void handleControlChange(int channel, int controller, int value) {
     if (learnControlChange(channel, controller, value)) {
         return;
     }
-    const auto mapping = std::find_if(
-        midi.mappings.begin(), midi.mappings.end(), [channel, controller](const MidiMapping& each) {
-            return each.channel == channel && each.controller == controller;
-        });
+    const auto mapping = findMapping(channel, controller);
     if (mapping == midi.mappings.end()) {
         return;
     }

@@ -4,6 +4,7 @@
 #include "midi/midi_clock.h"
 #include "midi/midi_mapping.h"
 #include "midi/midi_state.h"
+#include "panel/control_table.h"
 
 #include <string>
 
@@ -48,13 +49,32 @@ void handleRealtime(std::uint32_t status) {
     }
 }
 
+struct ShortMessage {
+    std::uint32_t status;
+    int channel, first, second; // of a channel message
+};
+
+ShortMessage unpack(std::uint32_t message) noexcept {
+    return {.status = message & 0xFF,
+            .channel = static_cast<int>(message & 0x0F),
+            .first = static_cast<int>(message >> 8 & 0x7F),
+            .second = static_cast<int>(message >> 16 & 0x7F)};
+}
+
 } // namespace
 
+bool mayFollowLaterSteps(std::uint32_t message) noexcept {
+    const auto [status, channel, first, second] = unpack(message);
+    if ((status & 0xF0) != kControlChange) {
+        return false;
+    }
+    const int control = mappedControl(channel, first);
+    return control == kNoControl || (controlKind(control) != ControlKind::startStop &&
+                                     controlKind(control) != ControlKind::edit);
+}
+
 void handleMidiMessage(std::uint32_t message) {
-    const std::uint32_t status = message & 0xFF;
-    const auto first = static_cast<int>(message >> 8 & 0x7F);
-    const auto second = static_cast<int>(message >> 16 & 0x7F);
-    const auto channel = static_cast<int>(status & 0x0F);
+    const auto [status, channel, first, second] = unpack(message);
     switch (status & 0xF0) {
     case kControlChange:
         handleControlChange(channel, first, second);

@@ -10,4 +10,8 @@ namespace percussomatic {
 // Start, Continue and Stop drive the transport. Other messages are ignored. GUI thread.
 void handleMidiMessage(std::uint32_t message);
 
+// Whether steps that became due after the message may be played before it. True for Control
+// Changes, which arrive in floods, except those that start, stop or mute the rhythm.
+bool mayFollowLaterSteps(std::uint32_t message) noexcept;
+
 } // namespace percussomatic

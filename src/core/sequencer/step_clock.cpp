@@ -31,10 +31,10 @@ void postTicks(StepClock& clock, std::unique_lock<std::mutex>& lock) {
         }
         const WindowHandle window = clock.window;
         lock.unlock();
-        postStepTick(window);
+        const bool posted = postStepTick(window);
         lock.lock();
         const std::int64_t now = counterNs();
-        clock.dropped += droppedSteps(now, deadline, intervalNs);
+        clock.dropped += droppedSteps(now, deadline, intervalNs) + (posted ? 0 : 1);
         base = nextGridBaseNs(now, deadline, intervalNs);
     }
 }

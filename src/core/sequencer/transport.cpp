@@ -41,6 +41,12 @@ void onStepTick() {
     flushPainting();
 }
 
+void onClockTick() {
+    if (!sequencer().externalSync) {
+        onStepTick();
+    }
+}
+
 void toggleRunning() {
     Sequencer& now = sequencer();
     const std::uint32_t old = now.currentStep;
@@ -71,6 +77,12 @@ void toggleEditMode() {
         redrawSetSteps(line);
     }
     flushPainting();
+}
+
+void switchSoundOff() {
+    panelState().powerOffPending = true;
+    soundEngine().outputMuted = 1;
+    soundEngine().stopAllVoicesRequest = 1;
 }
 
 void clockStart(WindowHandle window) {

@@ -9,15 +9,22 @@ namespace percussomatic {
 
 // Transport and tempo: start and stop, the tempo, and the choice of clock. GUI thread.
 
-// Advances by one step. Called for every tick of the step clock and every sixth MIDI clock pulse;
-// no-op while the rhythm is stopped.
+// Advances by one step, for a tick of the step clock or every sixth MIDI clock pulse. No-op while
+// the rhythm is stopped.
 void onStepTick();
+
+// A posted tick of the step clock. No-op while the rhythm follows MIDI clock: the tick was posted
+// before the clock source was changed.
+void onClockTick();
 
 // START/STOP. Starting plays step 0 immediately; the first tick plays step 1.
 void toggleRunning();
 
 // EDIT. The output is muted in edit mode.
 void toggleEditMode();
+
+// Silences the sound engine until the program ends. EDIT does not unmute it any more.
+void switchSoundOff();
 
 // Runs the step clock if the rhythm is running on the internal clock, otherwise stops it. Ticks are
 // posted to the window.

@@ -146,7 +146,8 @@ bool mouseWheel(HWND window, WPARAM wParam, LPARAM lParam) {
 void midiNotify(WPARAM wParam, LPARAM lParam) {
     switch (wParam) {
     case kMidiCmdConnectionChanged:
-        if (lParam == 0) {
+        // The port may have been closed again since the message was posted.
+        if (lParam == 0 || midiInputContext().input == nullptr) {
             midiPortClosed();
         } else {
             midiPortOpened(midiInputContext().deviceName);
@@ -179,8 +180,9 @@ void resized(HWND window) {
     InvalidateRect(window, nullptr, FALSE);
 }
 
-// Terminates the process if shutdown takes longer than a second: a call of a driver that has
-// stopped responding may never return. Cards and settings have been written by then.
+// Terminates the process if shutdown takes too long: a call of a driver that has stopped
+// responding may never return, but a slow one needs more than a second. Cards and settings have
+// been written by then.
 class ShutdownWatchdog {
 public:
     ShutdownWatchdog() {
@@ -192,7 +194,7 @@ public:
     ShutdownWatchdog& operator=(const ShutdownWatchdog&) = delete;
 
 private:
-    static constexpr DWORD kTimeoutMs = 1000;
+    static constexpr DWORD kTimeoutMs = 1700;
 
     static void CALLBACK terminate(void* /*context*/, BOOLEAN /*fired*/) {
         TerminateProcess(GetCurrentProcess(), 0); // unlike ExitProcess, does not wait for drivers
@@ -201,13 +203,15 @@ private:
     HANDLE timer_ = nullptr;
 };
 
+// Silent before waiting for the disk, which may take long and end in a message box.
 void shutDown(HWND window) {
     setMainWindow(nullptr);
-    finishSaving();
-    const ShutdownWatchdog watchdog;
     destroyAboutWindow();
     clockStop();
     KillTimer(window, static_cast<UINT_PTR>(WindowTimer::powerOff));
+    switchSoundOff();
+    finishSaving();
+    const ShutdownWatchdog watchdog;
     closeMidiInput(midiInputContext());
     clockShutdown();
     waveOut().stop();
@@ -251,17 +255,24 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_LBUTTONUP:
         carryOut(window, releasePointer());
         return 0;
+    case WM_CAPTURECHANGED: // another window or a message box has taken the mouse
+        if (reinterpret_cast<HWND>(lParam) != window) {
+            releasePointer();
+        }
+        return 0;
     case WM_MOUSEWHEEL:
         if (mouseWheel(window, wParam, lParam)) {
             return 0;
         }
         break;
     case kMidiNotifyMessage:
-        handlePendingSteps(); // a flood of controller messages must not delay steps
+        if (mayFollowLaterSteps(static_cast<std::uint32_t>(wParam))) {
+            handlePendingSteps(); // a flood of controller messages must not delay steps
+        }
         midiNotify(wParam, lParam);
         return 0;
     case kStepTickMessage:
-        onStepTick();
+        onClockTick();
         return 0;
     case kCardProblemMessage:
         showSavingProblems();

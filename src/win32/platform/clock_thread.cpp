@@ -24,11 +24,10 @@ void sleepUntilWoken(std::unique_lock<std::mutex>& lock, DWORD milliseconds) {
 
 } // namespace
 
-void postStepTick(WindowHandle window) noexcept {
+bool postStepTick(WindowHandle window) noexcept {
     auto* const target = static_cast<HWND>(window);
-    if (target != nullptr && IsWindow(target) != 0) {
-        PostMessageW(target, kStepTickMessage, 0, 0);
-    }
+    return target == nullptr || IsWindow(target) == 0 ||
+           PostMessageW(target, kStepTickMessage, 0, 0) != 0;
 }
 
 void beginClockThread() noexcept {

@@ -141,6 +141,18 @@ TEST_F(MidiMappings, StartSwitchByMidiDoesNotTriggerStepZero) {
     EXPECT_FALSE(now.running);
 }
 
+TEST_F(MidiMappings, OnlyFloodsOfControllersAreOvertakenBySteps) {
+    midiState().mappings = {{"sw_007", 0, 1}, {"sw_008", 0, 2}, {"slider_001", 0, 3}};
+    const std::pair<std::uint32_t, bool> cases[] = {
+        {0x7F01B0, false}, // START/STOP
+        {0x7F02B0, false}, // EDIT
+        {0x7F03B0, true},  {0x7F01B1, true}, {0x0000FA, false}, {0x0000F8, false},
+        {0x7F0190, false}, {0x10004, false}}; // the last: a command of the MIDI window
+    for (const auto& [message, overtaken] : cases) {
+        EXPECT_EQ(mayFollowLaterSteps(message), overtaken) << std::hex << message;
+    }
+}
+
 TEST_F(MidiMappings, LengthByMidiLeavesTheStepToTheNextTick) {
     Sequencer& now = sequencer();
     now.running = true;

@@ -33,7 +33,8 @@ Ns takeTicks() {
 }
 
 Ns inMs(Ns ms) {
-    std::ranges::for_each(ms, [](std::int64_t& each) { each *= kNsPerMs; });
+    std::ranges::for_each(ms,
+                          [](std::int64_t& each) { each *= each == kFailedPost ? 1 : kNsPerMs; });
     return ms;
 }
 
@@ -54,6 +55,7 @@ TEST(StepClockThread, LatenessDoesNotShiftTheGridUntilAWholeStepIsLost) {
     expectTicks({126}, {}, {251, 376, 501}, 1);      // more: steps are dropped
     expectTicks({0, 1000}, {}, {125, 1250, 1375}, 8);
     expectTicks({}, {100, 130}, {125, 250, 505, 630}, 1); // slow posts count as lateness
+    expectTicks({}, {0, kFailedPost}, {125, 375}, 1);     // the message queue is full
 }
 
 TEST(StepClockThread, OnlyStopAndStartBeginANewGrid) {

@@ -92,11 +92,13 @@ private:
     std::future<int> ended_;
 };
 
-TEST_F(Program, ReleasesAPressedSwitchWhereverTheButtonGoesUp) {
-    send(WM_LBUTTONDOWN, 0, centreOf(control::kClearAll));
-    EXPECT_TRUE(sequencer().clearAllHeld);
-    send(WM_LBUTTONUP, 0, 0);
-    EXPECT_FALSE(sequencer().clearAllHeld);
+TEST_F(Program, ReleasesAPressedSwitchWhereverTheButtonGoesUpOrTheMouseGoes) {
+    for (const UINT message : {WM_LBUTTONUP, WM_CAPTURECHANGED}) {
+        send(WM_LBUTTONDOWN, 0, centreOf(control::kClearAll));
+        EXPECT_TRUE(sequencer().clearAllHeld);
+        send(message, 0, 0);
+        EXPECT_FALSE(sequencer().clearAllHeld) << message;
+    }
     send(WM_KEYDOWN, VK_ESCAPE, 0);
 }
 
