@@ -32,10 +32,11 @@ protected:
         put("old.vopcard", kOldCard);
     }
 
-    // Returns the exit code. `prefix` is shell text before the tool's path.
-    int run(const std::string& words, const std::string& prefix = "") {
-        const std::string command =
-            prefix + " '" + PERCUSSOMATIC_CARD_TOOL + "' " + words + " >../tool_out 2>../tool_err";
+    // Returns the exit code. `prefix` and `suffix` are shell text around the command.
+    int run(const std::string& words, const std::string& prefix = "",
+            const std::string& suffix = "") {
+        const std::string command = prefix + " '" + PERCUSSOMATIC_CARD_TOOL + "' " + words +
+                                    " >../tool_out 2>../tool_err " + suffix;
         const int status = std::system(command.c_str());
         out = contents("../tool_out");
         err = contents("../tool_err");
@@ -78,6 +79,9 @@ TEST_F(CardTool, CheckAndShowReportOddAndInvalidCards) {
     EXPECT_EQ(err,
               "bad.vopcard:3: MASTER_VOLUME is \"?[2J\", which is not a number; expected a number "
               "from 0 to 1\nnone.vopcard: cannot be read; expected a punch card\n");
+    for (const char* unwritable : {">&-", ">/dev/full"}) {
+        EXPECT_EQ(run("show odd.vopcard", "", unwritable), 1) << unwritable;
+    }
     EXPECT_EQ(run("show odd.vopcard"), 0);
     for (const char* piece : {"NINE", "140.0 BPM", "9 steps", "X.X. .... . (... ...X)", "50 %",
                               "Block 1 off; Bass Drum on"}) {
@@ -222,6 +226,7 @@ TEST_F(CardTool, OddCardsRenderAsTheInstrumentPlaysThem) {
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
     EXPECT_EQ(std::ranges::count(err, '\n'), 2) << err;
     EXPECT_NE(err.find("made/kit/snare.wav: warning: "), std::string::npos) << err;
+    ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3", "", "2>&-"), 0);
     expectWave("o.wav", instrumentRender(card, 3, 2.0, {"snare.wav", "clave.wav"}));
 }
 
