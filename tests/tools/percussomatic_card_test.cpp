@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -41,6 +42,12 @@ protected:
         out = contents("../tool_out");
         err = contents("../tool_err");
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    // A suffix that sends a signal as soon as the tool has begun to write a new file.
+    static std::string signalWhileWriting(const std::string& file, const std::string& signal) {
+        return "& until [ -e " + file + ".1.saving ] || [ -e " + file + " ]; do :; done; kill -" +
+               signal + " $!; wait $!";
     }
 
     const OwnFolder folder;
@@ -100,10 +107,12 @@ TEST_F(CardTool, RewriteGivesOldCardsDefaultSettings) {
 TEST_F(CardTool, FailedCommandLeavesTheOutputUnchanged) {
     put("out", "precious");
     put("bad.vopcard", "_PERCUSSOMATIC_CARD_V4\n");
+    fs::create_symlink("nowhere", "link");
     for (const std::string command : {"rewrite", "render", "midi"}) {
         SCOPED_TRACE(command);
         EXPECT_EQ(run(command + " bad.vopcard out"), 1);
         EXPECT_EQ(run(command + " old.vopcard no/folder/out"), 1);
+        EXPECT_EQ(run(command + " old.vopcard link"), 1);
         EXPECT_EQ(run(command + " old.vopcard out", "ulimit -f 0;"), 1);
         EXPECT_EQ(contents("out"), "precious");
     }
@@ -112,9 +121,29 @@ TEST_F(CardTool, FailedCommandLeavesTheOutputUnchanged) {
     EXPECT_EQ(run("recordings out"), 1);
     EXPECT_EQ(run("recordings kit", "ulimit -f 1000;"), 1);
     EXPECT_TRUE(fs::is_empty("kit"));
-    EXPECT_NE(run("render old.vopcard out --bars 9999", "timeout --signal=INT 0.3"), 0);
-    EXPECT_EQ(contents("out"), "precious");
-    EXPECT_EQ(filesIn("."), 4);
+    EXPECT_EQ(run("render old.vopcard new --bars 9999", "", signalWhileWriting("new", "TERM")), 1);
+    EXPECT_EQ(err, "new: interrupted; the file is not written\n");
+    const int code = run("recordings kit", "", signalWhileWriting("kit/rolling_snare.wav", "TERM"));
+    EXPECT_EQ(filesIn("kit"), code == 0 ? 12 : 0) << code; // 0 if the signal came too late
+    EXPECT_TRUE(contents("out") == "precious" && fs::is_symlink("link"));
+    EXPECT_EQ(filesIn("."), 5);
+    EXPECT_EQ(run("render old.vopcard new", "trap '' HUP;", signalWhileWriting("new", "HUP")), 0);
+}
+
+TEST_F(CardTool, LeftoversOfKilledCommandsAreNamedAndLaterRemoved) {
+    const auto forAllLeftovers = [](const auto& action) {
+        for (int number = 1; number <= 9; ++number) {
+            action("out." + std::to_string(number) + ".saving");
+        }
+    };
+    forAllLeftovers([](const std::string& name) { put(name, ""); });
+    EXPECT_EQ(run("rewrite old.vopcard out"), 1);
+    EXPECT_NE(err.find("out.1.saving to out.9.saving"), std::string::npos) << err;
+    forAllLeftovers([](const std::string& name) {
+        fs::last_write_time(name, fs::file_time_type::clock::now() - std::chrono::minutes(2));
+    });
+    EXPECT_EQ(run("rewrite old.vopcard out"), 0);
+    EXPECT_EQ(filesIn("."), 2);
 }
 
 TEST_F(CardTool, OutputMustNotBeTheCardItself) {

@@ -53,32 +53,4 @@ void requireSeparateOutput(const Arguments& arguments) {
     }
 }
 
-int exitCode(SaveResult result, const std::string& file) {
-    switch (result) {
-    case SaveResult::saved:
-        return kSuccess;
-    case SaveResult::noFolder:
-        reportError(file, "the folder cannot be created; expected a writable location");
-        break;
-    case SaveResult::readOnly:
-        reportError(file, "is read-only; expected a file that can be replaced");
-        break;
-    case SaveResult::notAFile:
-        reportError(file, "is not a regular file; expected a file name");
-        break;
-    case SaveResult::notWritten:
-        reportError(file,
-                    "cannot be written; expected an existing, writable folder and enough free "
-                    "disk space");
-        break;
-    }
-    return kFailure;
-}
-
-int writeOutput(const std::string& file, std::string_view bytes) {
-    FileReplacement output(pathFromUtf8(file));
-    output.write(bytes);
-    return exitCode(output.commit(), file);
-}
-
 } // namespace percussomatic::tool

@@ -13,7 +13,7 @@
 
 namespace percussomatic::tool {
 
-// Reading and writing the files of the commands, and reporting errors on stderr.
+// Reading the files of the commands, and reporting errors on stderr.
 
 struct LoadedCard {
     PunchCard card;
@@ -32,11 +32,5 @@ void reportRemark(const std::string& file, const CardMessage& remark, std::strin
 
 // Throws UsageError if the second operand names the same file as the first, the card.
 void requireSeparateOutput(const Arguments& arguments);
-
-// The exit code for the result of a save; reports a failure.
-int exitCode(SaveResult result, const std::string& file);
-
-// Writes the whole file or leaves an existing one unchanged. Returns the exit code.
-int writeOutput(const std::string& file, std::string_view bytes);
 
 } // namespace percussomatic::tool

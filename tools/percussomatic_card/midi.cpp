@@ -3,6 +3,7 @@
 
 #include "cards/card_text.h"
 #include "files.h"
+#include "output_file.h"
 #include "playback.h"
 
 #include <algorithm>

@@ -3,9 +3,12 @@
 
 #include "assets/assets.h"
 #include "files.h"
-#include "playback.h"
+#include "interrupt.h"
+#include "output_file.h"
+#include "pattern/instruments.h"
 
 #include <memory>
+#include <vector>
 
 namespace percussomatic::tool {
 
@@ -14,26 +17,25 @@ int recordings(const Arguments& arguments) {
     std::error_code error;
     std::filesystem::create_directories(pathFromUtf8(folder), error);
     if (!std::filesystem::is_directory(pathFromUtf8(folder), error)) {
-        return exitCode(SaveResult::noFolder, folder);
+        reportError(folder, "the folder cannot be created; expected a writable location");
+        return kFailure;
     }
-    // All files are written before the first is renamed, so a full disk leaves the folder
-    // unchanged.
-    std::vector<std::unique_ptr<FileReplacement>> outputs;
-    const auto fileOf = [&](std::size_t at) {
-        return folder + '/' + std::string(kInstruments[at].recording);
-    };
-    for (std::size_t at = 0; at < kInstruments.size(); ++at) {
-        const AssetBytes asset = findAsset(kInstruments[at].recording);
-        auto& output =
-            *outputs.emplace_back(std::make_unique<FileReplacement>(pathFromUtf8(fileOf(at))));
+    // All files are written before the first is renamed, so a full disk or an interrupt leaves
+    // the folder unchanged.
+    const InterruptGuard interruptGuard;
+    std::vector<std::unique_ptr<OutputFile>> outputs;
+    for (const Instrument& instrument : kInstruments) {
+        const AssetBytes asset = findAsset(instrument.recording);
+        auto& output = *outputs.emplace_back(
+            std::make_unique<OutputFile>(folder + '/' + std::string(instrument.recording)));
         output.write({reinterpret_cast<const char*>(asset.bytes), asset.size});
-        if (output.finish() != SaveResult::saved) {
-            return exitCode(output.result(), fileOf(at));
+        if (const int code = output.finish(); code != kSuccess) {
+            return code;
         }
     }
-    for (std::size_t at = 0; at < outputs.size(); ++at) {
-        if (outputs[at]->commit() != SaveResult::saved) {
-            return exitCode(outputs[at]->result(), fileOf(at));
+    for (const auto& output : outputs) {
+        if (const int code = output->commit(); code != kSuccess) {
+            return code;
         }
     }
     return kSuccess;

@@ -5,11 +5,12 @@
 #include "audio/sound_engine.h"
 #include "cards/card_settings.h"
 #include "files.h"
+#include "interrupt.h"
+#include "output_file.h"
 #include "playback.h"
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <iostream>
 
 namespace percussomatic::tool {
@@ -24,37 +25,6 @@ constexpr std::uint32_t kMaxFrames = (0xFFFFFFFFU - kHeaderBytes) / kBytesPerFra
 constexpr double kMaxTailSeconds = 600.0;
 constexpr double kDefaultTailSeconds = 2.0;
 constexpr std::uint64_t kDefaultBars = 4;
-
-volatile std::sig_atomic_t interrupted = 0;
-
-// During its lifetime, SIGINT and similar signals only set `interrupted`: rendering stops and the
-// temporary file is removed.
-class InterruptGuard {
-public:
-    InterruptGuard() {
-        for (std::size_t at = 0; at < previous_.size(); ++at) {
-            previous_[at] = std::signal(kSignals[at], setInterrupted);
-        }
-    }
-    InterruptGuard(const InterruptGuard&) = delete;
-    InterruptGuard& operator=(const InterruptGuard&) = delete;
-    ~InterruptGuard() {
-        for (std::size_t at = 0; at < previous_.size(); ++at) {
-            std::signal(kSignals[at], previous_[at]);
-        }
-    }
-
-private:
-    using Handler = void (*)(int);
-    static void setInterrupted(int) { interrupted = 1; }
-
-#ifdef SIGHUP
-    static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
-#else
-    static constexpr std::array kSignals{SIGINT, SIGTERM};
-#endif
-    std::array<Handler, kSignals.size()> previous_{};
-};
 
 using SampleIndices = std::array<std::int32_t, kInstrumentCount>;
 
@@ -180,10 +150,9 @@ private:
 };
 
 // Renders from `frame` to `end`; stops early if interrupted or if the file cannot be written.
-void renderFrames(FileReplacement& output, std::uint64_t frame, std::uint64_t end,
-                  Progress& progress) {
+void renderFrames(OutputFile& output, std::uint64_t frame, std::uint64_t end, Progress& progress) {
     std::array<std::int16_t, std::size_t{kDeviceBufferFrames} * kChannels> block{};
-    while (frame < end && interrupted == 0 && output.result() == SaveResult::saved) {
+    while (frame < end && !interrupted() && !output.failed()) {
         const auto count =
             static_cast<std::uint32_t>(std::min<std::uint64_t>(end - frame, kDeviceBufferFrames));
         soundEngine().renderBlock(block.data(), count);
@@ -199,10 +168,10 @@ void renderFrames(FileReplacement& output, std::uint64_t frame, std::uint64_t en
 }
 
 void play(const Timeline& timeline, const PunchCard& card, const SampleIndices& indices,
-          FileReplacement& output) {
+          OutputFile& output) {
     Progress progress(timeline.frames);
     for (std::uint64_t step = 0; step < timeline.steps; ++step) {
-        if (interrupted != 0 || output.result() != SaveResult::saved) {
+        if (interrupted() || output.failed()) {
             return;
         }
         const auto column = static_cast<int>(step % card.sequenceLength);
@@ -236,17 +205,15 @@ int render(const Arguments& arguments) {
     }
 
     const InterruptGuard interruptGuard;
-    FileReplacement output(pathFromUtf8(arguments.operands[1]));
-    if (output.result() != SaveResult::saved) {
-        return exitCode(output.result(), arguments.operands[1]);
+    OutputFile output(arguments.operands[1]);
+    if (output.failed()) {
+        return output.finish();
     }
     const SampleIndices indices = prepareEngine(arguments, card);
     output.write(waveHeader(timeline->frames));
     play(*timeline, card, indices, output);
-    if (interrupted != 0) {
-        return kFailure;
-    }
-    return exitCode(output.commit(), arguments.operands[1]);
+    const int code = output.finish();
+    return code == kSuccess ? output.commit() : code;
 }
 
 } // namespace percussomatic::tool

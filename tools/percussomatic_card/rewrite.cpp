@@ -2,6 +2,7 @@
 #include "commands.h"
 
 #include "files.h"
+#include "output_file.h"
 #include "playback.h"
 
 namespace percussomatic::tool {
