@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <sys/stat.h>
 
 namespace percussomatic {
 namespace {
@@ -81,11 +82,11 @@ TEST_F(CardTool, CheckAndShowReportOddAndInvalidCards) {
     EXPECT_EQ(out, "odd.vopcard: ok, version 3, \"NINE\"\nold.vopcard: ok, version 2, \"\"\n");
     EXPECT_EQ(err,
               "odd.vopcard:3: warning: MASTER_VOLUME is \"1.5\", outside 0 to 1; it becomes 1\n");
-    EXPECT_EQ(run("check bad.vopcard old.vopcard none.vopcard"), 1);
+    EXPECT_EQ(run("check bad.vopcard old.vopcard 'no\u009b\x1Bne.vopcard'"), 1);
     EXPECT_EQ(out, "old.vopcard: ok, version 2, \"\"\n");
     EXPECT_EQ(err,
               "bad.vopcard:3: MASTER_VOLUME is \"?[2J\", which is not a number; expected a number "
-              "from 0 to 1\nnone.vopcard: cannot be read; expected a punch card\n");
+              "from 0 to 1\nno??ne.vopcard: cannot be read; expected a punch card\n");
     for (const char* unwritable : {">&-", ">/dev/full"}) {
         EXPECT_EQ(run("show odd.vopcard", "", unwritable), 1) << unwritable;
     }
@@ -250,13 +251,25 @@ TEST_F(CardTool, OddCardsRenderAsTheInstrumentPlaysThem) {
     EXPECT_EQ(err, "");
     expectWave("o.wav", instrumentRender(card, 13, 0.0));
 
-    fs::remove("made/kit/snare.wav");
+    // Two missing or damaged recordings, then a pipe, an endless one and a large one.
+    for (const char* name : {"snare", "block_1", "block_2"}) {
+        fs::remove("made/kit/" + std::string(name) + ".wav");
+    }
     put("made/kit/clave.wav", "RIFF");
-    ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3"), 0);
-    EXPECT_EQ(std::ranges::count(err, '\n'), 2) << err;
-    EXPECT_NE(err.find("made/kit/snare.wav: warning: "), std::string::npos) << err;
-    ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 3", "", "2>&-"), 0);
-    expectWave("o.wav", instrumentRender(card, 3, 2.0, {"snare.wav", "clave.wav"}));
+    ASSERT_EQ(mkfifo("made/kit/block_1.wav", 0600), 0);
+    fs::create_symlink("/dev/zero", "made/kit/block_2.wav");
+    fs::resize_file("made/kit/triangle.wav", (32U << 20) + 1);
+    const std::string words = "render odd.vopcard o.wav --recordings made/kit --steps 3";
+    ASSERT_EQ(run(words), 0);
+    EXPECT_EQ(std::ranges::count(err, '\n'), 5) << err;
+    EXPECT_NE(err.find("snare.wav: warning: cannot be read: No such file"), std::string::npos);
+    ASSERT_EQ(run(words, "", "2>&-"), 0);
+    EXPECT_EQ(run("render odd.vopcard o.wav --recordings made"), 1);
+    EXPECT_EQ(run("render odd.vopcard o.wav --recordings kit"), 1);
+    EXPECT_EQ(err, "kit: No such file or directory; expected a folder with recordings\n");
+    expectWave("o.wav", instrumentRender(card, 3, 2.0,
+                                         {"snare.wav", "clave.wav", "block_1.wav", "block_2.wav",
+                                          "triangle.wav"}));
 }
 
 } // namespace

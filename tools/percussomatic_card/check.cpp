@@ -19,7 +19,7 @@ int check(const Arguments& arguments) {
         for (const CardMessage& warning : read->report.warnings) {
             reportRemark(file, warning, "warning: ");
         }
-        std::cout << file << ": ok, version " << read->report.version << ", \""
+        std::cout << printable(file) << ": ok, version " << read->report.version << ", \""
                   << printableUtf8(read->card.title) << "\"" << std::endl;
     }
     return code;

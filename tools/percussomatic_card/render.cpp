@@ -58,21 +58,44 @@ std::optional<Timeline> timelineOf(const Arguments& arguments, const PunchCard& 
     return timeline;
 }
 
+// -1 for an instrument that stays silent.
+std::int32_t loadFromFile(const std::string& file) {
+    const ReadRecording recording = readRecording(pathFromUtf8(file));
+    if (!recording.fault.empty()) {
+        reportError(file, "warning: cannot be read: " + recording.fault +
+                              "; the instrument stays silent");
+        return -1;
+    }
+    const std::int32_t index =
+        soundEngine().loadSample(recording.bytes.data(), recording.bytes.size());
+    if (index < 0) {
+        reportError(file, "warning: is not a recording that the instrument can play");
+    }
+    return index;
+}
+
+// A missing folder would give a silent file. Reports the error.
+bool hasUsableFolder(const Arguments& arguments) {
+    const auto folder = arguments.options.find("--recordings");
+    const std::string fault =
+        folder == arguments.options.end() ? "" : folderFault(pathFromUtf8(folder->second));
+    if (!fault.empty()) {
+        reportError(folder->second, fault + "; expected a folder with recordings");
+    }
+    return fault.empty();
+}
+
 SampleIndices loadRecordings(const Arguments& arguments) {
     const auto folder = arguments.options.find("--recordings");
-    SampleIndices indices{};
-    for (std::size_t at = 0; at < kInstruments.size(); ++at) {
+    SampleIndices indices;
+    indices.fill(-1);
+    for (std::size_t at = 0; at < kInstruments.size() && !interrupted(); ++at) {
         if (folder == arguments.options.end()) {
             const AssetBytes asset = findAsset(kInstruments[at].recording);
             indices[at] = soundEngine().loadSample(asset.bytes, asset.size);
-            continue;
-        }
-        const std::string file = folder->second + '/' + std::string(kInstruments[at].recording);
-        const auto bytes = readFile(pathFromUtf8(file));
-        indices[at] = bytes ? soundEngine().loadSample(bytes->data(), bytes->size()) : -1;
-        if (indices[at] < 0) {
-            reportError(file, bytes ? "warning: is not a recording that the instrument can play"
-                                    : "warning: cannot be read; the instrument stays silent");
+        } else {
+            indices[at] =
+                loadFromFile(folder->second + '/' + std::string(kInstruments[at].recording));
         }
     }
     return indices;
@@ -194,7 +217,7 @@ int render(const Arguments& arguments) {
     arguments.number("--tail", 0.0, kMaxTailSeconds);
     requireSeparateOutput(arguments);
     const auto read = readCard(arguments.operands[0]);
-    if (!read) {
+    if (!read || !hasUsableFolder(arguments)) {
         return kFailure;
     }
     const PunchCard card = withSettings(read->card);
@@ -210,6 +233,10 @@ int render(const Arguments& arguments) {
         return output.finish();
     }
     const SampleIndices indices = prepareEngine(arguments, card);
+    if (soundEngine().samples.empty() && !interrupted()) {
+        reportError(arguments.operands[1], "would be silent, as no recording can be played");
+        return kFailure;
+    }
     output.write(waveHeader(timeline->frames));
     play(*timeline, card, indices, output);
     const int code = output.finish();

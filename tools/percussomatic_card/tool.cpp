@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands.h"
 
+#include "files.h"
+
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -123,7 +125,7 @@ int runCommand(const Command& command, std::span<const std::string> words) {
 }
 
 int reportUsageError(std::string_view where, std::string_view fault) {
-    std::cerr << where << ": " << fault << "\nTry \"" << where << " --help\".\n";
+    std::cerr << where << ": " << printable(fault) << "\nTry \"" << where << " --help\".\n";
     return kUsageError;
 }
 
@@ -162,7 +164,7 @@ int runTool(std::span<const std::string> words) {
         }
         return code;
     } catch (const std::exception& failure) { // such as std::bad_alloc
-        std::cerr << kProgram << ": " << failure.what() << '\n';
+        std::cerr << kProgram << ": " << printable(failure.what()) << '\n';
         return kFailure;
     }
 }
