@@ -39,7 +39,8 @@ constexpr std::array<Command, 6> kCommands{{
      "check whether the instrument accepts cards",
      R"(Prints FILE: ok, version N, "TITLE" for each card that the instrument accepts, or
 the first error for which it refuses the card. Warnings name values that are read
-differently from what is written; a card with warnings is still ok.
+differently from what is written, and a card that silences the panel; a card with
+warnings is still ok.
 )",
      check},
     {"show",

@@ -48,6 +48,25 @@ int versionOf(std::string_view magic) {
     return 0;
 }
 
+// What is wrong with a first line that an editor has damaged in one of the two commonest ways;
+// empty if something else is wrong.
+std::string_view damageOf(std::string_view magic) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    const bool marked = magic.starts_with(kByteOrderMark);
+    magic.remove_prefix(marked ? kByteOrderMark.size() : 0);
+    const bool windowsLines = magic.ends_with('\r');
+    magic.remove_suffix(windowsLines ? 1 : 0);
+    if (versionOf(magic) == 0) {
+        return {};
+    }
+    if (marked && windowsLines) {
+        return "the file begins with a byte order mark and has Windows line ends (CR LF); expected "
+               "UTF-8 without the mark and lines that end with LF alone";
+    }
+    return marked ? "the file begins with a byte order mark; expected UTF-8 without it"
+                  : "the file has Windows line ends (CR LF); expected lines that end with LF alone";
+}
+
 std::vector<std::string_view> splitAtCommas(std::string_view text) {
     std::vector<std::string_view> fields;
     for (std::size_t comma = 0; comma != std::string_view::npos;) {
@@ -105,6 +124,7 @@ private:
     std::array<float, Count> units(std::string_view key);
     std::uint32_t readLength();
     std::array<std::uint8_t, kInstrumentCount> readInstruments();
+    void warnIfSilencing(const PunchCard& card);
     void readEffect(PunchCard& card);
     void readPatternLine(Pattern& pattern, int line);
 
@@ -236,6 +256,16 @@ std::array<std::uint8_t, kInstrumentCount> CardReader::readInstruments() {
     return on;
 }
 
+// Such settings come from changing the title of a card that has none.
+void CardReader::warnIfSilencing(const PunchCard& card) {
+    const auto isOn = [](auto value) { return value > 0; };
+    if (std::ranges::none_of(card.lineVolumes, isOn) &&
+        std::ranges::none_of(card.instruments, isOn)) {
+        warn("all instruments are off and all line volumes are 0; loading the card silences the "
+             "panel");
+    }
+}
+
 void CardReader::readEffect(PunchCard& card) {
     const std::int32_t enabled =
         number(readInteger, nameOf(kEffectEnabledKey), valueOf(kEffectEnabledKey), "0 or 1");
@@ -288,8 +318,10 @@ PunchCard CardReader::read() {
     const std::string_view magic = nextLine(kFirstLine);
     report_.version = versionOf(magic);
     if (report_.version == 0) {
-        refuse("the first line is " + quoted(magic) + "; expected " + std::string(kFirstLine) +
-               " and nothing else");
+        const std::string_view damage = damageOf(magic);
+        refuse(!damage.empty() ? std::string(damage)
+                               : "the first line is " + quoted(magic) + "; expected " +
+                                     std::string(kFirstLine) + " and nothing else");
     }
 
     PunchCard card;
@@ -304,6 +336,7 @@ PunchCard CardReader::read() {
         card.sequenceLength = readLength();
         card.lineVolumes = units<kLineCount>(kLineVolumesKey);
         card.instruments = readInstruments();
+        warnIfSilencing(card);
     }
     if (report_.version >= 4) {
         readEffect(card);

@@ -52,7 +52,7 @@ struct CardMessage {
 
 struct CardReport {
     int version = 0;                   // 1..4; 0 if the first line is not recognised
-    std::vector<CardMessage> warnings; // values that are not read as written
+    std::vector<CardMessage> warnings; // values not read as written; a silent card
     std::optional<CardMessage> fault;  // why the card is refused
 };
 

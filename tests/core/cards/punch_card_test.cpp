@@ -113,6 +113,8 @@ TEST(PunchCardReader, ReadsEveryVersionInBothSpellingsAndFillsInDefaults) {
             EXPECT_EQ(report.version, version);
             EXPECT_EQ(card->hasSettings, version >= 3);
             EXPECT_EQ(writePunchCard(*card, 4), joined(expected));
+            parsePunchCard(joined(expected), &report); // warns that it would silence the panel
+            EXPECT_EQ(report.warnings.size(), version <= 2 ? 1 : 0);
         }
     }
 }
@@ -131,14 +133,18 @@ TEST(PunchCardReader, DeviationsAreAcceptedWithWarnings) {
             EXPECT_EQ(warning.line, line + (line == kGoodLines ? 1 : 0)) << warning.text;
         }
     };
-    const std::string on = "INSTRUMENTS=" + commas("1", 12);
+    const std::string on = "INSTRUMENTS=" + commas("1", 12), off = "INSTRUMENTS=" + commas("0", 12);
+    const std::string quiet = "LINE_VOLUMES=" + commas("0.000000", 6);
     expectTaken(2, "TITLE=\xC0\x80", "TITLE=PUNCH CARD 10"); // overlong
+    expectTaken(2, "title=X", "TITLE=PUNCH CARD 10");
     expectTaken(3, "MASTER_VOLUME=nan", "MASTER_VOLUME=nan");
     expectTaken(4, "TEMPO_NORMALIZED=0.4 BPM", "TEMPO_NORMALIZED=0.400000");
     expectTaken(5, "SEQUENCE_LENGTH=-4294967287", "SEQUENCE_LENGTH=9");
     expectTaken(5, "SEQUENCE_LENGTH=0x10", "SEQUENCE_LENGTH=16", 2);
     expectTaken(6, "LINE_VOLUMES=0,2,-1,1,.5,1e-3",
                 "LINE_VOLUMES=0.000000,1.000000,0.000000,1.000000,0.500000,0.001000", 2);
+    expectTaken(6, quiet, quiet, 0);
+    expectTaken(7, off, off, 0);
     expectTaken(7, on + "\r", "INSTRUMENTS=" + commas("1", 11) + ",0");
     expectTaken(7, "INSTRUMENTS=,01,+1,true,1,0,1,1,1,1,1,1", "INSTRUMENTS=0,0,0,0,1,0,1,1,1,1,1,1",
                 4);
@@ -153,17 +159,19 @@ TEST(PunchCardReader, DeviationsAreAcceptedWithWarnings) {
 
 TEST(PunchCardReader, FaultsRefuseTheCardAndNameTheLine) {
     const auto expectRefused = [](int line, const std::string& replacement,
-                                  const char* refusal = "refused") {
+                                  const char* refusal = "refused", const char* words = "expected") {
         SCOPED_TRACE(replacement);
         CardReport report;
         EXPECT_EQ(refusalOf(withLine(line, replacement), report), refusal);
         ASSERT_TRUE(report.fault);
         EXPECT_EQ(report.fault->line, line);
-        EXPECT_NE(report.fault->text.find("expected"), std::string::npos) << report.fault->text;
+        EXPECT_NE(report.fault->text.find(words), std::string::npos) << report.fault->text;
     };
     expectRefused(1, "_PERCUSSOMATIC_CARD_V5");
-    expectRefused(1, "_PERCUSSOMATIC_CARD_V4\r");
-    expectRefused(1, "\xEF\xBB\xBF_PERCUSSOMATIC_CARD_V4");
+    expectRefused(1, "_PERCUSSOMATIC_CARD_V14", "refused", "expected _PERCUSSOMATIC_CARD_V1");
+    expectRefused(1, "_PERCUSSOMATIC_CARD_V4\r", "refused", "file has Windows line ends");
+    expectRefused(1, "\xEF\xBB\xBF_PERCUSSOMATIC_CARD_V4", "refused", "order mark; expected");
+    expectRefused(1, "\xEF\xBB\xBF_PERCUSSOMATIC_CARD_V3\r", "refused", "mark and has Windows");
     expectRefused(3, " MASTER_VOLUME=1");
     expectRefused(3, std::string("MASTER_VOLUME=\0001", 16), "invalid stof argument");
     expectRefused(5, "SEQUENCE_LENGTH=x", "invalid stoul argument");
@@ -205,12 +213,12 @@ TEST(CardText, Utf8IsStrictAndCoversAllCodePoints) {
         EXPECT_EQ(utf8FromWide(wideFromUtf8(text).value()), text);
     }
     for (const char* broken : {"\x80", "\xC3(", "\xC1\xBF", "\xE0\x9F\xBF", "\xE2\x82",
-                               "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF0\x9F\xA5",
+                               "\xED\xA0\x80", "\xED\xBF\xBF", "\xF0\x8F\xBF\xBF", "\xF0\x9F\xA5",
                                "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF", "good\xC3"}) {
         EXPECT_FALSE(wideFromUtf8(broken)) << quoted(broken);
     }
-    const wchar_t high = 0xD83E, low = 0xDD41;
-    EXPECT_EQ(utf8FromWide(std::wstring{high, low}), "\U0001f941");
+    const wchar_t high = 0xD83E, low = 0xDFFF;
+    EXPECT_EQ(utf8FromWide(std::wstring{high, low}), "\U0001fbff");
     EXPECT_EQ(utf8FromWide(std::wstring{low, high, L'A'}), "\ufffd\ufffdA");
     PunchCard card;
     card.title = L"TWO\nLINES";
