@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands.h"
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <string>
@@ -13,13 +15,11 @@ namespace {
 // messages would end up inside an output file. Opened in the wrong direction, the stream still
 // reports an error to whoever uses it.
 bool reserveStandardStreams() {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    constexpr std::array kStreams{STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+    return std::ranges::all_of(kStreams, [](int stream) {
         const int flags = stream == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", flags) != stream) {
-            return false;
-        }
-    }
-    return true;
+        return fcntl(stream, F_GETFD) >= 0 || open("/dev/null", flags) == stream;
+    });
 }
 
 } // namespace
