@@ -11,8 +11,6 @@ namespace percussomatic::tool {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 std::string_view faultText(SaveResult result) {
     switch (result) {
     case SaveResult::saved:
@@ -28,28 +26,10 @@ std::string_view faultText(SaveResult result) {
     return "cannot be written; expected an existing, writable folder and enough free disk space";
 }
 
-// Whether all nine names that a temporary file can have are in use.
-bool temporaryNamesTaken(const fs::path& target) {
-    std::error_code error;
-    const fs::path real = fs::is_symlink(target, error) ? fs::canonical(target, error) : target;
-    bool taken = true;
-    for (int number = 1; number <= 9 && taken; ++number) {
-        fs::path name = real;
-        name += "." + std::to_string(number) + ".saving";
-        taken = fs::exists(fs::symlink_status(name, error));
-    }
-    return taken;
-}
-
 } // namespace
 
 OutputFile::OutputFile(std::string name) : name_(std::move(name)) {
-    const fs::path path = pathFromUtf8(name_);
-    std::error_code error;
-    if (fs::is_symlink(path, error) && !fs::exists(path, error)) {
-        fault_ = "is a broken link; expected a file name"; // it would be replaced, not followed
-        return;
-    }
+    const std::filesystem::path path = pathFromUtf8(name_);
     removeStaleTemporaries(path);
     replacement_.emplace(path);
     noteFault(replacement_->result());

@@ -42,7 +42,8 @@ SaveResult checkTarget(const std::filesystem::path& target) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(target, error);
     if (!std::filesystem::exists(status)) {
-        return SaveResult::saved;
+        const auto itself = std::filesystem::symlink_status(target, error);
+        return is_symlink(itself) ? SaveResult::notAFile : SaveResult::saved; // a circle of links
     }
     if (!std::filesystem::is_regular_file(status)) {
         return SaveResult::notAFile;
@@ -68,6 +69,17 @@ bool succeeds(Attempt attempt) {
 
 bool renameFile(const std::filesystem::path& from, const std::filesystem::path& to) {
     return succeeds([&] { return replaceFile(from, to); });
+}
+
+bool temporaryNamesTaken(const std::filesystem::path& target) {
+    const std::filesystem::path real = resolvedLink(target);
+    std::error_code error;
+    int number = 1;
+    while (number <= kTemporaryNames &&
+           exists(std::filesystem::symlink_status(temporaryName(real, number), error))) {
+        ++number;
+    }
+    return number > kTemporaryNames;
 }
 
 void removeStaleTemporaries(const std::filesystem::path& target) {

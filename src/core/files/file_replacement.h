@@ -59,6 +59,9 @@ private:
 // Renames a file in its folder, replacing any file with the new name. False on failure.
 bool renameFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
+// Whether all names for temporary files for `target` are taken.
+bool temporaryNamesTaken(const std::filesystem::path& target);
+
 // Removes temporary files for `target` that a killed process left more than a minute ago.
 void removeStaleTemporaries(const std::filesystem::path& target);
 
