@@ -53,8 +53,8 @@ inline constexpr float kAllpassFeedback = 0.5f;
 // All arithmetic is single precision in the order written, so that renders can be compared bit for
 // bit. Values below 1e-30 are stored as 0; this replaces the processor's flush-to-zero mode.
 //
-// Threads: all calls with the engine mutex held; prepare() only while the device is closed, since
-// it allocates.
+// Threads: all calls with the engine mutex held, on any thread; prepare(), which allocates, only
+// while the device is closed, on the thread that is about to open it.
 class Plate70Reverb final : public VEffect {
 public:
     void prepare(double sampleRateHz) override;

@@ -71,8 +71,10 @@ struct SoundEngine {
     // Writes `frames` interleaved stereo frames to `out`. Allocates no memory.
     void renderBlock(std::int16_t* out, std::uint32_t frames) noexcept;
 
-    void prepareForDevice(); // before the device opens: sets its rate, sizes and clears the reverb
-    void deactivateAllVoices(); // after the device has closed
+    // Both while the device is closed, on the thread that opens or closes it. The first sets the
+    // device's rate and sizes and clears the reverb, which may allocate.
+    void prepareForDevice();
+    void deactivateAllVoices();
 
     mutable std::mutex mutex;
 
