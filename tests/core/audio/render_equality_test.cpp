@@ -52,31 +52,46 @@ std::vector<float> channel(std::size_t frames, bool finite, float maxLevel, Rand
     return values;
 }
 
+// As for a reopened device: clears the tail, keeps the settings.
+template <typename Engine>
+void prepareAgain(Engine& engine) {
+    if (const double rateHz = engine.reverb.sampleRate; rateHz != kDeviceRateHz) {
+        return engine.reverb.prepare(rateHz);
+    }
+    engine.prepareForDevice();
+}
+
 // The same numbers change both engines in the same way.
 template <typename Engine>
 void changeSetting(Engine& engine, bool finite, Random& random) {
     const auto amount = [&random] { return random.between(-0.1f, 1.1f); };
-    switch (random.below(8)) {
+    switch (random.below(12)) {
     case 0:
         engine.setMasterVolume(amount());
         return engine.setEffectEnabled(finite && !random.oneIn(5)); // the reverb would keep a NaN
     case 1:
         return engine.setEffectPreset(static_cast<std::int32_t>(random.below(8)) - 1);
     case 2:
-        engine.setEffectReturn(amount());
-        engine.setEffectRoomSize(amount());
-        engine.setEffectDamping(amount());
-        engine.setEffectWidth(amount());
+        return engine.setEffectReturn(amount());
+    case 3:
+        return engine.setEffectRoomSize(amount());
+    case 4:
+        return engine.setEffectDamping(amount());
+    case 5:
+        return engine.setEffectWidth(amount());
+    case 6:
         // 28.08... ms at 48000 Hz gives another frame if the product has another order.
         return engine.setEffectPreDelayMs(
             random.oneOf({0.0f, 28.0833302f, random.between(-20, 300), random.between(-20, 300)}));
-    case 3: {
+    case 7: {
         const float threshold = random.oneIn(9) ? Limits::quiet_NaN() : 4e-5f * amount();
         // 89479 ms times 48000 Hz do not fit into 32 bits.
         const std::uint32_t holdMs = random.oneIn(9) ? 89479 : random.below(40);
         const bool enabled = !random.oneIn(5);
         return engine.setAutoStop(enabled, threshold, holdMs, random.below(30));
     }
+    case 8:
+        return random.oneIn(4) ? prepareAgain(engine) : void();
     default:
         return engine.setSend(random.below(34), amount());
     }
