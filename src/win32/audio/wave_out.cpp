@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "win32/audio/wave_out.h"
 
+#include "system_time.h"
+
 #include <algorithm>
 #include <bit>
 #include <system_error>
+#include <vector>
 
 namespace percussomatic {
 
@@ -16,32 +19,27 @@ constexpr WORD kFrameBytes = kChannels * kBitsPerSample / 8;
 constexpr DWORD kCompletionTimeoutMs = 2000; // then the device counts as lost
 constexpr DWORD kMinRetryDelayMs = 500, kMaxRetryDelayMs = 10000;
 
+// A device that returns buffers unplayed would keep the refill thread busy at the highest priority.
+// The check spans more sound than a device takes in advance, at its start or after a stall, and
+// four times the normal speed is more than any clock error.
+constexpr std::uint32_t kTimedRefills = 256;
+constexpr std::int64_t kSoundNs =
+    std::int64_t{kTimedRefills} * kDeviceBufferFrames * 1'000'000'000 / kDeviceRateHz; // 2.7 s
+constexpr std::int64_t kMinDurationNs = kSoundNs / 4;
+
+// Keeps, until the process ends, buffers that a device could not be made to release: the driver may
+// still use them. They stay reachable, so that leak checkers know them.
+void abandon(std::unique_ptr<OutputBuffers> buffers) {
+    static auto& abandoned = *new std::vector<std::unique_ptr<OutputBuffers>>;
+    abandoned.push_back(std::move(buffers));
+}
+
 } // namespace
 
-void CompletedQueue::push(OutputBuffer& buffer) noexcept {
-    slots_[pushed_.fetch_add(1) % slots_.size()] = &buffer;
-}
-
-OutputBuffer* CompletedQueue::pop() noexcept {
-    OutputBuffer* buffer = slots_[popped_ % slots_.size()].exchange(nullptr);
-    if (buffer != nullptr) {
-        ++popped_;
-    }
-    return buffer;
-}
-
-void CompletedQueue::clear() noexcept {
-    for (auto& slot : slots_) {
-        slot = nullptr;
-    }
-    pushed_ = 0;
-    popped_ = 0;
-}
-
 WaveOut::WaveOut(SoundEngine& soundEngine)
-    : engine(soundEngine), wakeEvent_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
-    allocated_.push_back(std::make_unique<OutputBuffers>());
-    buffers = allocated_.back().get();
+    : engine(soundEngine), allocated_(std::make_unique<OutputBuffers>()),
+      wakeEvent_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
+    buffers = allocated_.get();
 }
 
 WaveOut::~WaveOut() {
@@ -55,6 +53,7 @@ bool WaveOut::start() {
     stop();
     ResetEvent(wakeEvent_); // may still be signalled from the previous run
     stopRequested_ = false;
+    searchRequested_ = false;
     retryDelayMs_ = kMinRetryDelayMs;
     const bool opened = open();
     // Only after open() has written the first blocks: two threads that render and write could write
@@ -67,18 +66,24 @@ bool WaveOut::start() {
 }
 
 void WaveOut::stop() {
+    closing = true;
     if (refillThread_.joinable()) {
         stopRequested_ = true;
         SetEvent(wakeEvent_);
         refillThread_.join();
     }
-    // No buffer is written from here on, so the completions of the reset are not refilled.
     closeDevice();
+}
+
+void WaveOut::deviceListChanged() noexcept {
+    if (device == nullptr) {
+        searchRequested_ = true;
+        SetEvent(wakeEvent_);
+    }
 }
 
 bool WaveOut::open() {
     engine.prepareForDevice();
-    completed_.clear();
     closing = false;
     if (!openDevice()) {
         return false;
@@ -114,18 +119,19 @@ bool WaveOut::queueBuffers() {
     OutputBuffers& all = *buffers;
     for (OutputBuffer& buffer : all) {
         buffer.samples.fill(0);
-        buffer.queued = false;
         buffer.header = {};
         buffer.header.lpData = reinterpret_cast<LPSTR>(buffer.samples.data());
         buffer.header.dwBufferLength = sizeof(buffer.samples);
     }
+    oldestBuffer_ = 0;
+    refillsTimed_ = 0;
+    timingStartNs_ = counterNs();
     return std::all_of(all.begin(), all.end(), [this](OutputBuffer& buffer) {
         if (waveOutPrepareHeader(device, &buffer.header, sizeof(WAVEHDR)) != MMSYSERR_NOERROR) {
             return false;
         }
         engine.renderBlock(buffer.samples.data(), kDeviceBufferFrames);
-        write(buffer);
-        return true;
+        return write(buffer);
     });
 }
 
@@ -143,7 +149,7 @@ void WaveOut::runRefillThread() noexcept {
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
     while (!stopRequested_) {
         if (device != nullptr) {
-            refillUntilTimeout();
+            refillUntilLost();
         } else {
             retryDevice();
         }
@@ -151,67 +157,96 @@ void WaveOut::runRefillThread() noexcept {
 }
 
 // Returns when the device is lost and closed, or on stop.
-void WaveOut::refillUntilTimeout() noexcept {
+void WaveOut::refillUntilLost() noexcept {
     while (!stopRequested_) {
-        if (OutputBuffer* buffer = completed_.pop(); buffer != nullptr) {
-            engine.renderBlock(buffer->samples.data(), kDeviceBufferFrames);
-            countUnderrun();
-            write(*buffer);
-            retryDelayMs_ = kMinRetryDelayMs; // not on open: a dead device may open as well
-        } else if (WaitForSingleObject(wakeEvent_, kCompletionTimeoutMs) == WAIT_TIMEOUT) {
+        OutputBuffer& buffer = (*buffers)[oldestBuffer_];
+        const bool works = buffer.queuedOn == nullptr ? refill(buffer) : waitForCompletion();
+        if (!works) {
             closeDevice();
             return;
         }
     }
 }
 
+bool WaveOut::refill(OutputBuffer& buffer) noexcept {
+    engine.renderBlock(buffer.samples.data(), kDeviceBufferFrames);
+    countUnderrun();
+    oldestBuffer_ = (oldestBuffer_ + 1) % kOutputBufferCount;
+    return write(buffer) && keepsTime();
+}
+
+bool WaveOut::waitForCompletion() noexcept {
+    return WaitForSingleObject(wakeEvent_, kCompletionTimeoutMs) != WAIT_TIMEOUT;
+}
+
+// Call after each refill. Resets the retry delay here and not on open: a dead device may open and
+// accept buffers as well.
+bool WaveOut::keepsTime() noexcept {
+    if (++refillsTimed_ < kTimedRefills) {
+        return true;
+    }
+    const std::int64_t nowNs = counterNs();
+    if (nowNs - timingStartNs_ < kMinDurationNs) {
+        return false;
+    }
+    refillsTimed_ = 0;
+    timingStartNs_ = nowNs;
+    retryDelayMs_ = kMinRetryDelayMs;
+    return true;
+}
+
 void WaveOut::retryDevice() noexcept {
-    WaitForSingleObject(wakeEvent_, retryDelayMs_);
+    ResetEvent(wakeEvent_); // may still be signalled by a completion
+    // The flags are set before the event, so a request that was just reset is seen here.
+    if (!stopRequested_ && !searchRequested_) {
+        WaitForSingleObject(wakeEvent_, retryDelayMs_);
+    }
     if (!stopRequested_) {
-        retryDelayMs_ = std::min(2 * retryDelayMs_, kMaxRetryDelayMs);
+        const bool requested = searchRequested_.exchange(false);
+        retryDelayMs_ =
+            requested ? kMinRetryDelayMs : std::min(2 * retryDelayMs_, kMaxRetryDelayMs);
         engine.deactivateAllVoices(); // or everything triggered meanwhile would sound together
         open();
     }
 }
 
-// Ignores the result: a device that rejects buffers completes none and so runs into the timeout.
-void WaveOut::write(OutputBuffer& buffer) const noexcept {
-    buffer.queued = true;
-    waveOutWrite(device, &buffer.header, sizeof(WAVEHDR));
+bool WaveOut::write(OutputBuffer& buffer) const noexcept {
+    buffer.queuedOn = device.load();
+    return waveOutWrite(device, &buffer.header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR;
 }
 
 // Call before a write: if the device has no queued buffer left, there is a gap in the sound.
 void WaveOut::countUnderrun() noexcept {
     const OutputBuffers& all = *buffers;
     if (std::none_of(all.begin(), all.end(),
-                     [](const OutputBuffer& buffer) { return buffer.queued.load(); })) {
+                     [](const OutputBuffer& buffer) { return buffer.queuedOn != nullptr; })) {
         ++lateBuffers;
     }
 }
 
-// No-op without a device.
+// Only sets `closing` without a device.
 void WaveOut::closeDevice() noexcept {
+    closing = true; // drops the completions that the reset causes
     if (device == nullptr) {
         return;
     }
-    closing = true;
     waveOutReset(device);
     for (OutputBuffer& buffer : *buffers) {
-        buffer.queued = false; // a dead device may never have completed it
+        buffer.queuedOn = nullptr; // a dead device may never have completed it
         if ((buffer.header.dwFlags & WHDR_PREPARED) != 0) {
             waveOutUnprepareHeader(device, &buffer.header, sizeof(WAVEHDR));
         }
     }
     if (waveOutClose(device) != MMSYSERR_NOERROR) {
-        // The driver may still use the buffers, so they stay allocated until the program ends.
-        allocated_.push_back(std::make_unique<OutputBuffers>());
-        buffers = allocated_.back().get();
+        abandon(std::move(allocated_));
+        allocated_ = std::make_unique<OutputBuffers>();
+        buffers = allocated_.get();
     }
     device = nullptr;
     engine.deactivateAllVoices();
 }
 
-void CALLBACK WaveOut::onDeviceCallback(HWAVEOUT /*device*/, UINT message, DWORD_PTR instance,
+void CALLBACK WaveOut::onDeviceCallback(HWAVEOUT device, UINT message, DWORD_PTR instance,
                                         DWORD_PTR firstParameter, DWORD_PTR /*secondParameter*/) {
     auto* out = std::bit_cast<WaveOut*>(instance);
     const auto* header = std::bit_cast<const WAVEHDR*>(firstParameter);
@@ -219,15 +254,19 @@ void CALLBACK WaveOut::onDeviceCallback(HWAVEOUT /*device*/, UINT message, DWORD
         return;
     }
     for (OutputBuffer& buffer : *out->buffers) {
-        if (&buffer.header == header && buffer.queued.exchange(false)) {
-            out->completed_.push(buffer);
+        // A thread that was held up may deliver the completion of an earlier device, whose buffer
+        // the current one is playing by now.
+        HWAVEOUT completedOn = device;
+        if (&buffer.header == header &&
+            buffer.queuedOn.compare_exchange_strong(completedOn, nullptr)) {
             SetEvent(out->wakeEvent_); // one of the few calls that winmm allows here
         }
     }
 }
 
 WaveOut& waveOut() noexcept {
-    static WaveOut instance(soundEngine());
+    // Never destroyed: a driver that could not be closed may call back while the program exits.
+    static WaveOut& instance = *std::make_unique<WaveOut>(soundEngine()).release();
     return instance;
 }
 

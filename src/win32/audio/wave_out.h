@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <memory>
 #include <thread>
-#include <vector>
 
 namespace percussomatic {
 
@@ -22,42 +21,32 @@ constexpr std::size_t kOutputBufferCount = 4; // 2048 frames in flight, 42.7 ms
 struct OutputBuffer {
     WAVEHDR header{};
     std::array<std::int16_t, std::size_t{kDeviceBufferFrames} * 2> samples{}; // left, right
-    std::atomic<bool> queued = false; // set before the write, cleared by the completion
+    // The device that plays it: set before the write, cleared by that device's completion.
+    std::atomic<HWAVEOUT> queuedOn = nullptr;
 };
 
 using OutputBuffers = std::array<OutputBuffer, kOutputBufferCount>;
 
-// Lock-free queue of completed buffers that wait for their refill. Each buffer is in it at most
-// once, so it never overflows.
-class CompletedQueue {
-public:
-    void push(OutputBuffer& buffer) noexcept; // any thread
-    OutputBuffer* pop() noexcept;             // one thread at a time; null if empty
-    void clear() noexcept;                    // not concurrently with push or pop
-
-private:
-    std::array<std::atomic<OutputBuffer*>, kOutputBufferCount> slots_{};
-    std::atomic<std::size_t> pushed_ = 0;
-    std::size_t popped_ = 0;
-};
-
 // The default wave-out device, 16-bit stereo at 48 kHz, and its four buffers. While there is no
 // device, the program runs silently and retries.
 //
-// winmm forbids most calls inside the completion callback, so the callback only queues the
-// completed buffer and wakes the refill thread, which renders into it and writes it again. No lock
-// is held across a call of winmm: waveOutReset delivers completions before it returns, on the
-// calling thread.
+// winmm forbids most calls inside the completion callback, so the callback only marks the buffer as
+// completed and wakes the refill thread. A device completes its buffers in the order of the writes,
+// so the refill thread takes them in turn, renders into each and writes it again. No lock is held
+// across a call of winmm: waveOutReset delivers completions before it returns, on the calling
+// thread.
 //
-// If the device completes no buffer for two seconds (an unplugged headset, a restarted sound
-// service), the refill thread closes it and tries to open the default device: first after half a
-// second, then at doubling intervals of up to ten seconds. Voices triggered in between are
-// discarded.
+// A device counts as lost if it rejects a write, completes no buffer for two seconds (an unplugged
+// headset, a restarted sound service) or returns buffers much faster than they can be played. The
+// refill thread closes it and tries to open the default device: first after half a second, then at
+// doubling intervals of up to ten seconds, and at once when the system's devices change. Voices
+// triggered in between are discarded.
 //
 // The buffers outlive the device and the wake event lives as long as the record, so a completion
 // that a driver delivers too late does no harm.
 //
-// Threads: start and stop on the GUI thread; the callback on any thread of the system.
+// Threads: start, stop and deviceListChanged on the GUI thread; the callback on any thread of the
+// system.
 struct WaveOut {
     explicit WaveOut(SoundEngine& soundEngine);
     ~WaveOut();
@@ -71,6 +60,9 @@ struct WaveOut {
     // Joins the refill thread, which waits for a pending call of winmm, and closes the device. Ends
     // all voices if a device was open.
     void stop();
+
+    // Ends the wait for the next attempt to open a device. No-op while a device is open.
+    void deviceListChanged() noexcept;
 
     // `instance` is the WaveOut, `firstParameter` the completed WAVEHDR.
     static void CALLBACK onDeviceCallback(HWAVEOUT device, UINT message, DWORD_PTR instance,
@@ -88,17 +80,26 @@ private:
     bool queueBuffers();
     bool startRefillThread() noexcept;
     void runRefillThread() noexcept;
-    void refillUntilTimeout() noexcept;
+    void refillUntilLost() noexcept;
+    bool refill(OutputBuffer& buffer) noexcept;
+    bool waitForCompletion() noexcept;
+    bool keepsTime() noexcept;
     void retryDevice() noexcept;
-    void write(OutputBuffer& buffer) const noexcept;
+    bool write(OutputBuffer& buffer) const noexcept;
     void countUnderrun() noexcept;
     void closeDevice() noexcept;
 
-    std::vector<std::unique_ptr<OutputBuffers>> allocated_; // the last set is in use
-    CompletedQueue completed_;
-    HANDLE wakeEvent_; // auto-reset: a buffer was completed, or stopRequested_ was set
+    std::unique_ptr<OutputBuffers> allocated_; // what `buffers` points to
+    HANDLE wakeEvent_; // auto-reset: a buffer was completed, or one of the two flags was set
     std::atomic<bool> stopRequested_ = false;
-    DWORD retryDelayMs_ = 0;   // refill thread only, once that runs
+    std::atomic<bool> searchRequested_ = false; // by deviceListChanged, until the next attempt
+
+    // Of the thread that opens the device, then of the refill thread.
+    DWORD retryDelayMs_ = 0;
+    std::size_t oldestBuffer_ = 0;   // in `buffers`: the next to be completed
+    std::uint32_t refillsTimed_ = 0; // since timingStartNs_
+    std::int64_t timingStartNs_ = 0; // counterNs()
+
     std::thread refillThread_; // GUI thread only; runs from start to stop
 };
 

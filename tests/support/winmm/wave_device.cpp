@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "wave_device.h"
 
+#include "system_time.h"
+
+#include <atomic>
 #include <bit>
 #include <chrono>
 #include <condition_variable>
@@ -19,6 +22,8 @@ using Callback = void(CALLBACK*)(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR
 
 constexpr std::chrono::seconds kTestTimeout{10};
 
+std::atomic<std::int64_t> nowNs = 0;
+
 // The only event.
 std::mutex eventMutex;
 std::condition_variable eventChanged;
@@ -29,6 +34,11 @@ bool expired = false;   // guarded by eventMutex
 } // namespace
 
 struct WaveOutDevice {
+    ~WaveOutDevice() {
+        for (const Block& kept : queue) { // the driver's until the process ends
+            kept.header->dwFlags |= WHDR_DONE;
+        }
+    }
     void checkLocked(bool valid, const char* violation) {
         state.violations += valid ? "" : std::string(violation) + '\n';
     }
@@ -39,7 +49,7 @@ struct WaveOutDevice {
     Behaviour behaviour;
     wave_device::State state;
     bool resetting = false;
-    int prepareCalls = 0, prepared = 0;
+    int prepareCalls = 0, prepared = 0, writeCalls = 0;
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
     std::deque<Block> queue;
@@ -69,6 +79,7 @@ void completeOldest(WaveOutDevice& device, std::unique_lock<std::mutex>& lock) {
     const Block block = std::move(device.queue.front());
     device.queue.pop_front();
     device.checkLocked(samplesOf(*block.header) == block.samples, "modified while queued");
+    nowNs += device.behaviour.blockNs;
     block.header->dwFlags = (block.header->dwFlags & ~WHDR_INQUEUE) | WHDR_DONE;
     lock.unlock();
     insideCallback = true;
@@ -88,6 +99,10 @@ void completeUntilClosed(WaveOutDevice& device) {
 
 } // namespace
 
+std::int64_t percussomatic::counterNs() noexcept {
+    return nowNs;
+}
+
 namespace wave_device {
 
 void create(const Behaviour& behaviour) {
@@ -99,6 +114,7 @@ void setBehaviour(const Behaviour& behaviour) {
     const std::lock_guard lock(theDevice->mutex);
     theDevice->behaviour = behaviour;
     theDevice->prepareCalls = 0;
+    theDevice->writeCalls = 0;
 }
 
 State state() {
@@ -179,6 +195,9 @@ MMRESULT waveOutWrite(HWAVEOUT device, WAVEHDR* header, UINT /*size*/) {
     device->checkLocked(!device->resetting, "written after the reset");
     device->checkLocked((header->dwFlags & WHDR_PREPARED) != 0, "written unprepared");
     device->checkLocked((header->dwFlags & WHDR_INQUEUE) == 0, "written while queued");
+    if (++device->writeCalls == device->behaviour.failingWrite) {
+        return MMSYSERR_ERROR;
+    }
     header->dwFlags = (header->dwFlags & ~WHDR_DONE) | WHDR_INQUEUE;
     device->queue.push_back({header, samplesOf(*header)});
     if (!device->behaviour.autoComplete) {
@@ -199,6 +218,7 @@ MMRESULT waveOutReset(HWAVEOUT device) {
 }
 
 MMRESULT waveOutClose(HWAVEOUT device) {
+    SetEvent(nullptr); // as a completion just before this call may have done
     auto lock = lockForCall(*device);
     device->state.open = false; // even if close fails: the next open is of another device
     if (device->behaviour.keepsBuffers) {

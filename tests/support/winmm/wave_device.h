@@ -11,11 +11,15 @@
 
 namespace wave_device {
 
+constexpr std::int64_t kBlockNs = 10'666'667; // 512 frames at 48 kHz
+
 struct Behaviour {
     MMRESULT openResult = MMSYSERR_NOERROR;
-    int failingPrepare = 0;    // which call fails, counted from 1; 0 for none
-    bool autoComplete = false; // completes buffers at once, on a thread of its own
-    bool keepsBuffers = false; // reset completes nothing, unprepare and close fail
+    int failingPrepare = 0;          // which call fails, counted from 1; 0 for none
+    int failingWrite = 0;            // likewise
+    std::int64_t blockNs = kBlockNs; // how much counterNs() advances when a buffer is completed
+    bool autoComplete = false;       // completes buffers at once, on a thread of its own
+    bool keepsBuffers = false;       // reset completes nothing, unprepare and close fail
 };
 
 struct Block {

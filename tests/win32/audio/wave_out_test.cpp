@@ -12,9 +12,11 @@
 namespace percussomatic {
 namespace {
 
-using wave_device::Behaviour, wave_device::pendingTimeoutMs, wave_device::setBehaviour;
+using wave_device::Behaviour, wave_device::kBlockNs, wave_device::pendingTimeoutMs,
+    wave_device::setBehaviour;
 
 constexpr int kBuffers = static_cast<int>(kOutputBufferCount);
+constexpr int kTimedRefills = 256;
 constexpr Behaviour kAbsent{.openResult = MMSYSERR_BADDEVICEID};
 
 // A second of a rising line, so that every block differs from every other.
@@ -48,6 +50,12 @@ protected:
         wave_device::completeOldest();
         ASSERT_TRUE(wave_device::waitForWrites(write));
     }
+    static void refillMany() {
+        const int writes = wave_device::state().writes;
+        for (int refills = 1; refills <= kTimedRefills; ++refills) {
+            refill(writes + refills);
+        }
+    }
     // Lets the pending wait time out. The next wait then has the given timeout.
     static void expectAfterTimeout(DWORD nextMs) {
         wave_device::expireTimeout();
@@ -56,8 +64,8 @@ protected:
     bool voicesPlay() const {
         return std::ranges::any_of(engine.voices, [](const Voice& voice) { return voice.active; });
     }
-    void callBack(WAVEHDR* header, UINT message = WOM_DONE) {
-        WaveOut::onDeviceCallback(out.device, message, reinterpret_cast<DWORD_PTR>(&out),
+    void callBack(WAVEHDR* header, HWAVEOUT device, UINT message = WOM_DONE) {
+        WaveOut::onDeviceCallback(device, message, reinterpret_cast<DWORD_PTR>(&out),
                                   reinterpret_cast<DWORD_PTR>(header), 0);
     }
 
@@ -72,9 +80,11 @@ TEST_F(WaveOutTest, FailedStartReleasesTheDeviceAndCanBeRepeated) {
         bool voicesEnd;
     } cases[] = {{kAbsent, 0, false},
                  {{.failingPrepare = 1}, 0, true},
-                 {{.failingPrepare = kBuffers}, kBuffers - 1, true}};
+                 {{.failingPrepare = kBuffers}, kBuffers - 1, true},
+                 {{.failingWrite = 1}, 0, true},
+                 {{.failingWrite = kBuffers}, kBuffers - 1, true}};
     for (const auto& [behaviour, writes, voicesEnd] : cases) {
-        SCOPED_TRACE(behaviour.failingPrepare);
+        SCOPED_TRACE(10 * behaviour.failingPrepare + behaviour.failingWrite);
         wave_device::create(behaviour);
         engine.trigger(0, 1.0f);
         EXPECT_FALSE(out.start());
@@ -112,13 +122,16 @@ TEST_F(WaveOutTest, PlaysEveryBlockInOrderFromATriggerBeforeTheStart) {
 TEST_F(WaveOutTest, IgnoresForeignAndRepeatedCallbacks) {
     start();
     WAVEHDR foreign{};
-    callBack(&foreign);
-    callBack(nullptr);
-    callBack(&(*out.buffers)[3].header, WOM_CLOSE);
+    callBack(&foreign, out.device);
+    callBack(nullptr, out.device);
+    callBack(&(*out.buffers)[0].header, out.device, WOM_CLOSE);
+    callBack(&(*out.buffers)[0].header, reinterpret_cast<HWAVEOUT>(&foreign)); // earlier device
     WaveOut::onDeviceCallback(out.device, WOM_DONE, 0, reinterpret_cast<DWORD_PTR>(&foreign), 0);
+    ASSERT_EQ(pendingTimeoutMs(), 2000U);
+    EXPECT_EQ(wave_device::state().writes, kBuffers);
     engine.mutex.lock(); // blocks the refill
     wave_device::completeOldest();
-    callBack(&(*out.buffers)[0].header); // a second time before its refill
+    callBack(&(*out.buffers)[0].header, out.device); // a second time before its refill
     engine.mutex.unlock();
     refill(kBuffers + 2);
     EXPECT_EQ(pendingTimeoutMs(), 2000U);
@@ -141,10 +154,11 @@ TEST_F(WaveOutTest, StopEndsTheVoicesAndIgnoresLateCompletions) {
     start();
     engine.trigger(0, 1.0f);
     refill(kBuffers + 1);
+    HWAVEOUT const lastDevice = out.device;
     stop();
     EXPECT_FALSE(voicesPlay());
     for (OutputBuffer& buffer : *out.buffers) {
-        callBack(&buffer.header);
+        callBack(&buffer.header, lastDevice);
     }
     stop();
     EXPECT_EQ(wave_device::state().writes, kBuffers + 1);
@@ -157,9 +171,13 @@ TEST_F(WaveOutTest, StopEndsTheVoicesAndIgnoresLateCompletions) {
 }
 
 TEST_F(WaveOutTest, ReopensALostDeviceWithoutTheSoundsInBetween) {
+    engine.setEffectEnabled(true);
+    engine.setEffectPreset(0);
+    engine.setSend(0, 1.0f);
     start();
+    engine.trigger(0, 1000.0f); // leaves a loud tail
     refill(kBuffers + 1);
-    engine.trigger(0, 1.0f);
+    refill(kBuffers + 2);
     ASSERT_EQ(pendingTimeoutMs(), 2000U);
     setBehaviour(kAbsent);
     for (const DWORD retryMs : {500U, 1000U, 2000U, 4000U, 8000U, 10000U, 10000U}) {
@@ -169,7 +187,8 @@ TEST_F(WaveOutTest, ReopensALostDeviceWithoutTheSoundsInBetween) {
         engine.trigger(0, 1.0f); // inaudible
     }
     setBehaviour({.failingPrepare = 2});
-    expectAfterTimeout(10000);
+    out.deviceListChanged();
+    ASSERT_EQ(pendingTimeoutMs(), 500U);
     EXPECT_EQ(out.device, nullptr);
     engine.trigger(0, 1.0f);
     setBehaviour({});
@@ -182,7 +201,7 @@ TEST_F(WaveOutTest, ReopensALostDeviceWithoutTheSoundsInBetween) {
     EXPECT_TRUE(isAudible(wave_device::state().written.back()));
 }
 
-TEST_F(WaveOutTest, RetryDelayGrowsUntilTheDeviceCompletesABuffer) {
+TEST_F(WaveOutTest, RetryDelayGrowsUntilTheDeviceKeepsPlaying) {
     wave_device::create(kAbsent);
     ASSERT_FALSE(out.start());
     ASSERT_EQ(pendingTimeoutMs(), 500U);
@@ -191,15 +210,42 @@ TEST_F(WaveOutTest, RetryDelayGrowsUntilTheDeviceCompletesABuffer) {
         expectAfterTimeout(2000);
         expectAfterTimeout(retryMs);
     }
+    setBehaviour({.failingWrite = kBuffers + 1});
     expectAfterTimeout(2000);
-    refill(4 * kBuffers + 1);
+    wave_device::completeOldest();
+    ASSERT_EQ(pendingTimeoutMs(), 8000U) << "at once after a rejected write";
+    expectAfterTimeout(2000);
+    refillMany();
     ASSERT_EQ(pendingTimeoutMs(), 2000U);
-    expectAfterTimeout(500);
+    setBehaviour({.blockNs = 0});
+    refillMany();
+    EXPECT_EQ(pendingTimeoutMs(), 500U);
+}
+
+TEST_F(WaveOutTest, CountsADeviceAsLostThatReturnsBuffersUnplayed) {
+    const struct {
+        int fastRefills; // then at normal speed
+        std::int64_t fastNs;
+        DWORD timeoutMs; // 500 after the loss
+    } cases[] = {{kTimedRefills, kBlockNs / 4 - 1, 500},
+                 {kTimedRefills, kBlockNs / 4 + 1, 2000},
+                 {180, 0, 2000}}; // takes almost two seconds in advance
+    for (const auto& [fastRefills, fastNs, timeoutMs] : cases) {
+        start();
+        for (int refills = 1; refills <= kTimedRefills; ++refills) {
+            setBehaviour({.blockNs = refills <= fastRefills ? fastNs : kBlockNs});
+            refill(kBuffers + refills);
+        }
+        EXPECT_EQ(pendingTimeoutMs(), timeoutMs)
+            << fastRefills << " refills of " << fastNs << " ns";
+        stop();
+    }
 }
 
 TEST_F(WaveOutTest, DoesNotReuseBuffersThatALostDeviceKeeps) {
     start();
     setBehaviour({.keepsBuffers = true});
+    out.deviceListChanged(); // no-op while a device is open
     ASSERT_EQ(pendingTimeoutMs(), 2000U);
     expectAfterTimeout(500);
     setBehaviour({});
@@ -210,18 +256,32 @@ TEST_F(WaveOutTest, DoesNotReuseBuffersThatALostDeviceKeeps) {
     EXPECT_EQ(pendingTimeoutMs(), 2000U);
     EXPECT_EQ(wave_device::state().writes, 2 * kBuffers);
     refill(2 * kBuffers + 1);
+    setBehaviour({.keepsBuffers = true}); // even when the program ends
+}
+
+TEST_F(WaveOutTest, SearchNoticesAChangeBeforeItsWait) {
+    start();
+    ASSERT_EQ(pendingTimeoutMs(), 2000U);
+    engine.mutex.lock(); // blocks the refill thread after it has closed the device
+    wave_device::expireTimeout();
+    while (out.device != nullptr) {
+        std::this_thread::yield();
+    }
+    out.deviceListChanged();
+    engine.mutex.unlock();
+    EXPECT_EQ(pendingTimeoutMs(), 2000U);
+    EXPECT_EQ(wave_device::state().opens, 2);
 }
 
 // Completions arrive on the device's own thread, also while the program closes and resets it.
 TEST_F(WaveOutTest, SurvivesAThousandStartsAndStops) {
     constexpr Behaviour kPlays{.autoComplete = true};
     constexpr Behaviour kBehaviours[] = {
-        kPlays, kAbsent, kPlays, {.failingPrepare = kBuffers, .autoComplete = true}, {}};
+        kPlays, kAbsent, kPlays, {.failingWrite = kBuffers, .autoComplete = true}, {}};
     wave_device::create({});
     for (int cycle = 0; cycle < 1000; ++cycle) {
         const Behaviour& behaviour = kBehaviours[cycle % 5];
-        const bool fails =
-            behaviour.openResult != MMSYSERR_NOERROR || behaviour.failingPrepare != 0;
+        const bool fails = behaviour.openResult != MMSYSERR_NOERROR || behaviour.failingWrite != 0;
         setBehaviour(behaviour);
         const int writes = wave_device::state().writes;
         ASSERT_NE(out.start(), fails);
