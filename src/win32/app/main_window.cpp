@@ -26,6 +26,8 @@
 
 #include <windowsx.h>
 
+#include <dbt.h>
+
 namespace percussomatic {
 
 namespace {
@@ -277,6 +279,11 @@ LRESULT CALLBACK mainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case kCardProblemMessage:
         showSavingProblems();
         return 0;
+    case WM_DEVICECHANGE:
+        if (wParam == DBT_DEVNODES_CHANGED) {
+            waveOut().deviceListChanged();
+        }
+        break;
     case WM_ENDSESSION: // the system may end the process as soon as this returns
         if (wParam != FALSE) {
             DestroyWindow(window);
