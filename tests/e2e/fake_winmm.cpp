@@ -8,8 +8,7 @@
 // Environment variables, all with the prefix PERCUSSOMATIC_TEST_:
 //   RECORD         path of the recording; nothing is recorded if unset
 //   OPEN_RESULT    the result of waveOutOpen; 0 opens the device
-//   STOP_AFTER_MS  buffers that end later than this many milliseconds after the first write are
-//                  never returned
+//   FAIL_AFTER_MS  writes later than this many milliseconds after waveOutOpen fail
 //   HANGS          a call that never returns: waveOutReset or midiInReset
 //
 // It does not check how the program handles its buffers; the unit tests of the wave output do.
@@ -30,15 +29,12 @@
 #include <cstdlib>
 #include <deque>
 #include <fstream>
-#include <limits>
 
 namespace {
 
 using namespace fake_winmm;
 
 using Callback = void(CALLBACK*)(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
-
-constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
 struct QueuedBuffer {
     WAVEHDR* header = nullptr;
@@ -54,8 +50,8 @@ struct Device {
     Callback callback = nullptr;
     DWORD_PTR instance = 0;
     std::deque<QueuedBuffer> queue;
-    std::int64_t endsNs = 0;      // end of the last buffer; 0 before the first
-    std::int64_t hungNs = kNever; // buffers that end later are not returned
+    std::int64_t openedNs = 0;
+    std::int64_t endsNs = 0; // end of the last buffer; 0 before the first
     std::ofstream recording;
     HANDLE thread = nullptr;
 };
@@ -90,7 +86,7 @@ DWORD WINAPI returnPlayed(void* /*unused*/) {
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
     const Lock lock(theDevice.lock);
     while (theDevice.open) {
-        if (theDevice.queue.empty() || theDevice.queue.front().endsNs > theDevice.hungNs) {
+        if (theDevice.queue.empty()) {
             waitForChangeLocked(INFINITE);
             continue;
         }
@@ -135,11 +131,11 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT device, UINT /*id*/, LPCWAVEFORMATEX form
         theDevice.callback = std::bit_cast<Callback>(callback);
         theDevice.instance = instance;
         theDevice.endsNs = 0;
-        theDevice.hungNs = kNever;
+        theDevice.openedNs = counterNs();
         if (!theDevice.recording.is_open()) {
             theDevice.recording.open(setting("RECORD"), std::ios::binary);
         }
-        recordLocked({.writtenNs = counterNs()}, nullptr);
+        recordLocked({.writtenNs = theDevice.openedNs}, nullptr);
         theDevice.thread = CreateThread(nullptr, 0, returnPlayed, nullptr, 0, nullptr);
     }
     *device = kHandle;
@@ -160,9 +156,9 @@ MMRESULT WINAPI waveOutUnprepareHeader(HWAVEOUT /*device*/, LPWAVEHDR header, UI
 MMRESULT WINAPI waveOutWrite(HWAVEOUT /*device*/, LPWAVEHDR header, UINT /*size*/) {
     const Lock lock(theDevice.lock);
     const std::int64_t nowNs = counterNs();
-    const int stopAfterMs = std::atoi(setting("STOP_AFTER_MS").c_str());
-    if (theDevice.endsNs == 0 && stopAfterMs != 0) {
-        theDevice.hungNs = nowNs + stopAfterMs * kNsPerMs;
+    const int failAfterMs = std::atoi(setting("FAIL_AFTER_MS").c_str());
+    if (failAfterMs != 0 && nowNs - theDevice.openedNs > failAfterMs * kNsPerMs) {
+        return MMSYSERR_NODRIVER;
     }
     // After an underrun the block starts now, which leaves a gap before it.
     const listen::BlockHeader entry{.writtenNs = nowNs,

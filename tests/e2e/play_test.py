@@ -198,10 +198,10 @@ class Device(ProgramTestCase):
         self.assertEqual(player.close(), 0)
 
     def test_hanging_driver_blocks_neither_the_panel_nor_the_end(self):
-        hang = dict(PERCUSSOMATIC_TEST_STOP_AFTER_MS="500", PERCUSSOMATIC_TEST_HANGS="waveOutReset")
+        hang = dict(PERCUSSOMATIC_TEST_FAIL_AFTER_MS="500", PERCUSSOMATIC_TEST_HANGS="waveOutReset")
         player = self.start(fake_winmm=True, **hang)
         dark = player.brightness(START_STOP)
-        time.sleep(3.0)  # while the program closes the device
+        time.sleep(1.0)  # while the program closes the device
         player.click(START_STOP)
         self.wait_until_lit(player, START_STOP, dark)
         self.close_within_two_seconds(player)
