@@ -139,6 +139,7 @@ void drawRotated(GpGraphics* graphics, const PixelImage& picture, const PixelRec
                            0, 0, picture.width, picture.height, UnitPixel, edges.get(), nullptr,
                            nullptr);
     GdipRestoreGraphics(graphics, state);
+    GdipFlush(graphics, FlushIntentionSync); // our own code writes to the same memory next
 }
 
 void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rect,
