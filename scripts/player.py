@@ -16,6 +16,7 @@ from panel_table import SWITCHES, step_button
 POLL_SECONDS = 0.05
 PAUSE_SECONDS = 0.12  # between two input events
 STANDARD_DPI = 96
+MIN_STRIP_DPI = 67  # at which the texts of the strip are 9 pixels high
 CAPTURE_RATE_HZ = 48000
 
 
@@ -148,9 +149,25 @@ class Player:
         left, top, w, h = (round(v * self.scale) for v in (left, top, w * part, h * part))
         return self.x + left, self.y + top, max(1, w), max(1, h)
 
-    def dpi_scaled(self, pixels):
+    def dpi_scaled(self, pixels, dpi=None):
         """Converts pixels at 96 DPI to the display's DPI."""
-        return (pixels * self.dpi + STANDARD_DPI // 2) // STANDARD_DPI
+        return (pixels * (dpi or self.dpi) + STANDARD_DPI // 2) // STANDARD_DPI
+
+    def _strip(self):
+        """The boxes of regions(): smaller, then closer to each other in a narrow window."""
+        names, w = ("INFO", "BPM", "EFFECTS", "MIDI", "CARDS"), self.width
+        dpi = max(MIN_STRIP_DPI, min(self.dpi, w // 9))
+        px = lambda x: self.dpi_scaled(x, dpi)
+        if px(542) <= w - px(322):
+            left = ((px(64), px(142)), (px(442), px(542)))
+            right = tuple((w - px(x), w - px(x - 78)) for x in (322, 232, 142))
+            return {n: (x0, px(12), x1, px(40)) for n, (x0, x1) in zip(names, left + right)}
+        box_scale = min(dpi / STANDARD_DPI, w / 412)
+        gap_scale, x, strip = (w - 412 * box_scale) / 452, 0, {}
+        for name, gap, box in zip(names, (64, 300, 0, 12, 12), (78, 100, 78, 78, 78)):
+            left, x = x + gap * gap_scale, x + gap * gap_scale + box * box_scale
+            strip[name] = (int(left), px(12), int(x), px(40))
+        return strip
 
     def regions(self):
         """name: (left, top, right, bottom) of the strip's boxes and the card dialog, in window pixels."""
@@ -158,17 +175,11 @@ class Player:
         dialog_w, dialog_h = int(w * 0.72), int(h * 0.86)
         left, top = (w - dialog_w) // 2, (h - dialog_h) // 2
         right, bottom, middle = left + dialog_w, top + dialog_h, top + dialog_h // 2
-        from_left = lambda x0, x1: (px(x0), px(12), px(x1), px(40))
-        from_right = lambda x0, x1: (w - px(x0), px(12), w - px(x1), px(40))
         arrow = lambda x0, x1: (x0, middle - px(27), x1, middle + px(27))
         buttons = left + (dialog_w - px(296)) // 2
         button = lambda x0, x1: (buttons + px(x0), bottom - px(42), buttons + px(x1), bottom - px(12))
         return {
-            "INFO": from_left(64, 142),
-            "BPM": from_left(442, 542),
-            "CARDS": from_right(142, 64),
-            "MIDI": from_right(232, 154),
-            "EFFECTS": from_right(322, 244),
+            **self._strip(),
             "dialog": (left, top, right, bottom),
             "previous": arrow(left + px(22), left + px(76)),
             "next": arrow(right - px(76), right - px(22)),

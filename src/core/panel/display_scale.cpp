@@ -8,12 +8,12 @@ int& displayDpi() noexcept {
     return dpi;
 }
 
-int scaledForDpi(int designPixels) noexcept {
-    return (designPixels * displayDpi() + kDesignDpi / 2) / kDesignDpi;
+int scaledForDpi(int designPixels, int dpi) noexcept {
+    return (designPixels * dpi + kDesignDpi / 2) / kDesignDpi;
 }
 
-float scaledForDpi(float designPixels) noexcept {
-    return designPixels * static_cast<float>(displayDpi()) / static_cast<float>(kDesignDpi);
+float scaledForDpi(float designPixels, int dpi) noexcept {
+    return designPixels * static_cast<float>(dpi) / static_cast<float>(kDesignDpi);
 }
 
 } // namespace percussomatic

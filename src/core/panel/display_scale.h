@@ -11,8 +11,9 @@ inline constexpr int kDesignDpi = 96;
 // The system's DPI. Start-up sets it before anything else reads it; 96 until then.
 int& displayDpi() noexcept;
 
-// Converts design pixels to pixels of this screen. The integer version rounds half up.
-int scaledForDpi(int designPixels) noexcept;
-float scaledForDpi(float designPixels) noexcept;
+// Converts design pixels to pixels of this screen, or of less DPI for what would not fit. The
+// integer version rounds half up.
+int scaledForDpi(int designPixels, int dpi = displayDpi()) noexcept;
+float scaledForDpi(float designPixels, int dpi = displayDpi()) noexcept;
 
 } // namespace percussomatic

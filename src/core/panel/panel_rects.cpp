@@ -4,6 +4,8 @@
 #include "panel/card_layout.h"
 #include "panel/display_scale.h"
 
+#include <algorithm>
+
 namespace percussomatic {
 
 namespace {
@@ -13,6 +15,9 @@ constexpr double kDialogWidth = 0.72, kDialogHeight = 0.86;
 constexpr double kReaderLeft = 0.785, kReaderRight = 0.945, kReaderBottom = 0.91;
 constexpr double kReaderCardWidth = 0.58; // fraction of the reader's width
 
+constexpr int kStripWidth = 864; // design pixels: below, BPM and EFFECTS would overlap
+constexpr int kMinStripDpi = 67; // the texts of 13 design pixels are 9 pixels high
+
 PixelRect box(int left, int top, int width, int height) noexcept {
     return {left, top, left + width, top + height};
 }
@@ -21,16 +26,53 @@ int truncated(double value) noexcept {
     return static_cast<int>(value);
 }
 
-void placeStrip(PanelRects& rects, int width) noexcept {
-    const int top = scaledForDpi(12), bottom = scaledForDpi(40);
+// INFO and BPM keep their distance from the left edge, the others theirs from the right one. False
+// if BPM and EFFECTS overlap, because the window is too narrow.
+bool placeStripAtEdges(PanelRects& rects, int width) noexcept {
+    const auto px = [&rects](int value) { return scaledForDpi(value, rects.stripDpi); };
+    const int top = px(12), bottom = px(40);
     const auto fromRight = [=](int left, int right) {
-        return PixelRect{width - scaledForDpi(left), top, width - scaledForDpi(right), bottom};
+        return PixelRect{width - px(left), top, width - px(right), bottom};
     };
-    rects.info = {scaledForDpi(64), top, scaledForDpi(142), bottom};
-    rects.bpm = {scaledForDpi(442), top, scaledForDpi(542), bottom};
+    rects.info = {px(64), top, px(142), bottom};
+    rects.bpm = {px(442), top, px(542), bottom};
     rects.cards = fromRight(142, 64);
     rects.midi = fromRight(232, 154);
     rects.effects = fromRight(322, 244);
+    return rects.bpm.right <= rects.effects.left;
+}
+
+// Shrinks the gaps in proportion, if only by a pixel lost to rounding. Once they are gone, the
+// boxes shrink, too, and their texts are cut.
+void squeezeStrip(PanelRects& rects, int width) noexcept {
+    constexpr struct {
+        PixelRect PanelRects::*rect;
+        int gap, width; // the gap is to the left
+    } kBoxes[] = {{&PanelRects::info, 64, 78},
+                  {&PanelRects::bpm, 300, 100},
+                  {&PanelRects::effects, 0, 78},
+                  {&PanelRects::midi, 12, 78},
+                  {&PanelRects::cards, 12, 78}};
+    constexpr int kAllBoxes = 4 * 78 + 100;
+    const double boxScale = std::min(static_cast<double>(rects.stripDpi) / kDesignDpi,
+                                     static_cast<double>(width) / kAllBoxes);
+    const double gapScale = (width - boxScale * kAllBoxes) / (kStripWidth - kAllBoxes);
+    double x = 0.0;
+    for (const auto& each : kBoxes) {
+        PixelRect& rect = rects.*each.rect;
+        x += each.gap * gapScale;
+        rect.left = truncated(x);
+        x += each.width * boxScale;
+        rect.right = truncated(x);
+    }
+}
+
+void placeStrip(PanelRects& rects, int width) noexcept {
+    rects.stripDpi =
+        std::max(kMinStripDpi, std::min(displayDpi(), width * kDesignDpi / kStripWidth));
+    if (!placeStripAtEdges(rects, width)) {
+        squeezeStrip(rects, width);
+    }
 }
 
 void placeDialog(PanelRects& rects, int width, int height) noexcept {

@@ -7,8 +7,10 @@ namespace percussomatic {
 
 // Rectangles of what is drawn over the panel, in client pixels: the boxes of the strip along the
 // top, at fixed distances from the window's edges, the card dialog in the middle, and the card
-// reader. The fixed distances are scaled to the display's DPI.
+// reader. The fixed distances are scaled to the display's DPI; those of the strip to less in a
+// window too narrow for its boxes.
 struct PanelRects {
+    int stripDpi = 0; // of the strip's boxes and texts
     PixelRect info, bpm, cards, midi, effects;
     PixelRect dialog, previousCard, nextCard, title, save, load, cancel;
     PixelRect dialogCard; // the card shown in the dialog

@@ -45,8 +45,7 @@ const std::wstring& substituteFor(const wchar_t* name) {
 struct CachedText {
     PixelRect area;
     std::wstring text;
-    float sizePixels;
-    std::uint32_t argb;
+    TextStyle style;
     PixelImage background, drawn;
 };
 
@@ -177,12 +176,11 @@ void drawText(GpGraphics* graphics, std::wstring_view text, const PixelRect& rec
 }
 
 void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& rect,
-                      float sizePixels, std::uint32_t argb) {
+                      const TextStyle& style) {
     constexpr std::size_t kMaxTexts = 32; // enough for two sizes of the window
     static std::vector<CachedText> texts; // at most one per place
     const auto draw = [&] {
-        drawText(canvas.graphics(), text, canvas.toLocal(rect),
-                 {.sizePixels = sizePixels, .argb = argb});
+        drawText(canvas.graphics(), text, canvas.toLocal(rect), style);
         GdipFlush(canvas.graphics(), FlushIntentionSync);
     };
     const PixelRect area = inflated(rect, kRedrawMargin);
@@ -192,8 +190,8 @@ void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& r
     }
     const PixelView view = canvas.pixels().part(canvas.toLocal(area));
     auto cached = std::ranges::find(texts, area, &CachedText::area);
-    if (cached != texts.end() && cached->text == text && cached->sizePixels == sizePixels &&
-        cached->argb == argb && samePixels(view, cached->background)) {
+    if (cached != texts.end() && cached->text == text && cached->style == style &&
+        samePixels(view, cached->background)) {
         copyPixels(cached->drawn, 0, 0, view);
         return;
     }
@@ -205,14 +203,15 @@ void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& r
     }
     PixelImage background = copyOf(view);
     draw();
-    *cached = {area, std::wstring(text), sizePixels, argb, std::move(background), copyOf(view)};
+    *cached = {area, std::wstring(text), style, std::move(background), copyOf(view)};
 }
 
 void drawBox(Canvas& canvas, const PixelRect& rect, std::wstring_view text, float sizePixels,
              const BoxColours& colours) {
     canvas.fill(rect, colours.fill);
     canvas.outline(rect, colours.edge);
-    drawCenteredText(canvas, text, rect, sizePixels, colours.text);
+    drawCenteredText(canvas, text, rect,
+                     {.sizePixels = sizePixels, .argb = colours.text, .singleLine = true});
 }
 
 } // namespace percussomatic

@@ -54,6 +54,8 @@ struct TextStyle {
     float sizePixels = 0;
     std::uint32_t argb = 0;
     bool singleLine = false; // trimmed with an ellipsis instead of wrapped
+
+    bool operator==(const TextStyle&) const = default; // compares the family by address
 };
 
 // Centred horizontally and vertically. Uses a fallback font if the family is missing; no-op if the
@@ -63,13 +65,13 @@ void drawText(Gdiplus::GpGraphics* graphics, std::wstring_view text, const Pixel
 
 // Client pixels. Copies the cached result while text, style and background are unchanged.
 void drawCenteredText(Canvas& canvas, std::wstring_view text, const PixelRect& rect,
-                      float sizePixels, std::uint32_t argb);
+                      const TextStyle& style);
 
 struct BoxColours {
     std::uint32_t fill, edge, text;
 };
 
-// A filled and outlined box with its caption, in client pixels.
+// A filled and outlined box with its caption of one line, in client pixels.
 void drawBox(Canvas& canvas, const PixelRect& rect, std::wstring_view text, float sizePixels,
              const BoxColours& colours);
 

@@ -140,7 +140,8 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     }
     const auto text = [&](const PixelRect& rect, std::wstring_view words, float size) {
         if (canvas.intersects(rect)) {
-            drawCenteredText(canvas, words, rect, scaledForDpi(size), kDialogText);
+            drawCenteredText(canvas, words, rect,
+                             {.sizePixels = scaledForDpi(size), .argb = kDialogText});
         }
     };
     text({rects.dialog.left, rects.dialog.top, rects.dialog.right, rects.dialog.top + headerHeight},

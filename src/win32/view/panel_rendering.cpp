@@ -144,7 +144,8 @@ void paintStrip(Canvas& canvas, const PanelRects& rects) {
     const auto box = [&](const PixelRect& rect, std::wstring_view text, float size,
                          std::uint32_t colour) {
         if (canvas.intersects(rect)) {
-            drawBox(canvas, rect, text, scaledForDpi(size), {kBoxFill, kBoxEdge, colour});
+            drawBox(canvas, rect, text, scaledForDpi(size, rects.stripDpi),
+                    {kBoxFill, kBoxEdge, colour});
         }
     };
     const bool followsMidi = now.externalSync && now.midiClockSeen && now.midiBpm > 0.0;

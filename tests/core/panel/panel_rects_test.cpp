@@ -17,11 +17,11 @@ TEST(PanelRects, FollowTheWindowsSizeAndTheDisplaysDpi) {
         PixelRect Rects::*rect;
         PixelRect full, quarter, highDpi;
     } cases[] = {
-        {&Rects::info, {64, 12, 142, 40}, {64, 12, 142, 40}, {96, 18, 213, 60}},
-        {&Rects::bpm, {442, 12, 542, 40}, {442, 12, 542, 40}, {663, 18, 813, 60}},
-        {&Rects::cards, {1476, 12, 1554, 40}, {262, 12, 340, 40}, {2214, 18, 2331, 60}},
-        {&Rects::midi, {1386, 12, 1464, 40}, {172, 12, 250, 40}, {2079, 18, 2196, 60}},
-        {&Rects::effects, {1296, 12, 1374, 40}, {82, 12, 160, 40}, {1944, 18, 2061, 60}},
+        {&Rects::info, {64, 12, 142, 40}, {16, 8, 70, 28}, {96, 18, 213, 60}},
+        {&Rects::bpm, {442, 12, 542, 40}, {148, 8, 218, 28}, {663, 18, 813, 60}},
+        {&Rects::cards, {1476, 12, 1554, 40}, {333, 8, 387, 28}, {2214, 18, 2331, 60}},
+        {&Rects::midi, {1386, 12, 1464, 40}, {275, 8, 329, 28}, {2079, 18, 2196, 60}},
+        {&Rects::effects, {1296, 12, 1374, 40}, {218, 8, 272, 28}, {1944, 18, 2061, 60}},
         {&Rects::dialog, {227, 73, 1391, 967}, {57, 18, 347, 241}, {340, 109, 2087, 1450}},
         {&Rects::dialogCard, {673, 121, 944, 903}, {183, 66, 221, 177}, {1010, 181, 1417, 1354}},
         {&Rects::previousCard, {249, 493, 303, 547}, {79, 102, 133, 156}, {373, 738, 454, 820}},
@@ -46,6 +46,30 @@ TEST(PanelRects, FollowTheWindowsSizeAndTheDisplaysDpi) {
     EXPECT_EQ(panelRects(400, 2000, 0).dialogCard, (PixelRect{164, 188, 236, 395})) << "by width";
     EXPECT_EQ(panelRects(676, 1040, 0).dialogCard, (PixelRect{203, 121, 473, 897}))
         << "one pixel too narrow to be limited by height";
+}
+
+TEST(PanelRects, StripFitsAnyWidthAsLargeAsPossible) {
+    for (const int dpi : {96, 120, 144, 192, 288}) {
+        displayDpi() = dpi;
+        for (int width = 120; width < 2700; ++width) {
+            SCOPED_TRACE(std::to_string(dpi) + " DPI, width " + std::to_string(width));
+            const PanelRects rects = panelRects(width, 400, 0);
+            int end = 0;
+            for (const PixelRect& box :
+                 {rects.info, rects.bpm, rects.effects, rects.midi, rects.cards}) {
+                ASSERT_GE(box.left, end);
+                ASSERT_GE(box.width(), 22);
+                ASSERT_GE(box.height(), 19);
+                end = box.right;
+            }
+            ASSERT_LE(end, width);
+            ASSERT_GE(scaledForDpi(13.0f, rects.stripDpi), 9.0f) << "legible";
+            const int larger = rects.stripDpi + 1;
+            ASSERT_TRUE(rects.stripDpi == dpi ||
+                        scaledForDpi(542, larger) + scaledForDpi(322, larger) > width);
+        }
+    }
+    displayDpi() = kDesignDpi;
 }
 
 } // namespace
