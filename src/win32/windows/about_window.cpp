@@ -12,7 +12,6 @@
 #include "win32/windows/message_loop.h"
 #include "win32/windows/tool_window.h"
 
-#include <algorithm>
 #include <array>
 #include <cwchar>
 #include <filesystem>
@@ -25,7 +24,8 @@ namespace {
 
 constexpr wchar_t kClass[] = L"PercussomaticAboutWindow";
 constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU, kExtendedStyle = WS_EX_TOOLWINDOW;
-constexpr int kWidth = 660, kHeight = 630; // of the client area
+constexpr int kWidth = 660;
+constexpr WindowDesign kDesign{{}, {kWidth, 630}};
 constexpr std::uint32_t kAmber = 0xD6912D;
 
 constexpr int kHeadingId = 1, kRuleId = 2;
@@ -88,9 +88,10 @@ constexpr StatusRow kStatusRows[] = {
 // Created and destroyed with the window.
 struct AboutWindow {
     HWND window = nullptr;
-    GdiFont title = segoeFont(24, FW_BOLD);
-    GdiFont heading = segoeFont(16, FW_SEMIBOLD);
-    GdiFont text = segoeFont(14, FW_NORMAL);
+    int dpi;
+    GdiFont title = segoeFont(24, FW_BOLD, dpi);
+    GdiFont heading = segoeFont(16, FW_SEMIBOLD, dpi);
+    GdiFont text = segoeFont(14, FW_NORMAL, dpi);
     GdiBrush fill{CreateSolidBrush(colour(kToolWindowFill))};
     GdiBrush rule{CreateSolidBrush(colour(kAmber))};
     std::array<std::wstring, std::size(kStatusRows)> shown{};
@@ -149,17 +150,19 @@ constexpr Gesture kGestures[] = {
 
 void addRow(const AboutWindow& about, int y, const wchar_t* label, const wchar_t* value, int id,
             DWORD style) {
-    addControl(about.window, {L"STATIC", label, kLeft, y, kLabelWidth, kLine}, about.text.get());
+    addControl(about.window, {L"STATIC", label, kLeft, y, kLabelWidth, kLine}, about.text.get(),
+               about.dpi);
     addControl(about.window,
                {L"STATIC", value, kValueLeft, y, kWidth - kLeft - kValueLeft, kLine, id,
                 style | SS_NOPREFIX},
-               about.text.get());
+               about.text.get(), about.dpi);
 }
 
 void create(HWND window) {
-    const AboutWindow& about = theWindow.emplace(AboutWindow{.window = window});
+    const AboutWindow& about =
+        theWindow.emplace(AboutWindow{.window = window, .dpi = fitToWorkArea(window, kDesign)});
     for (const PageLine& each : kPage) {
-        addControl(window, each.place, (about.*each.font).get());
+        addControl(window, each.place, (about.*each.font).get(), about.dpi);
     }
     int y = kStatusTop + kHeadingHeight;
     for (int id = kStatusId; const StatusRow& row : kStatusRows) {
@@ -252,22 +255,11 @@ LRESULT CALLBACK aboutWindowProc(HWND window, UINT message, WPARAM wParam, LPARA
     }
 }
 
-// Centred over the owner, but moved onto the screen if the panel is near an edge.
-POINT cornerOver(HWND owner, int width, int height) {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
-    GetMonitorInfoW(MonitorFromWindow(owner, MONITOR_DEFAULTTONEAREST), &monitor);
-    const RECT& work = monitor.rcWork;
-    const POINT corner = centredOver(owner, width, height);
-    return {std::max(work.left, std::min(corner.x, work.right - width)),
-            std::max(work.top, std::min(corner.y, work.bottom - height))};
-}
-
 void createWindow(HWND owner) {
-    RECT outer{0, 0, scaledForDpi(kWidth), scaledForDpi(kHeight)};
+    RECT outer{0, 0, scaledForDpi(kDesign.content.width), scaledForDpi(kDesign.content.height)};
     AdjustWindowRectEx(&outer, kStyle, FALSE, kExtendedStyle);
     const int width = outer.right - outer.left, height = outer.bottom - outer.top;
-    const POINT corner = cornerOver(owner, width, height);
+    const POINT corner = centredOver(owner, width, height);
     CreateWindowExW(kExtendedStyle, kClass, L"PERCUSSOMATIC - INFO", kStyle, corner.x, corner.y,
                     width, height, owner, nullptr, GetModuleHandleW(nullptr), nullptr);
 }

@@ -20,13 +20,14 @@ namespace percussomatic {
 namespace {
 
 constexpr wchar_t kClass[] = L"PercussomaticEffectsWindow";
-constexpr int kWidth = 720, kHeight = 735;
+constexpr WindowDesign kDesign{{720, 735}, {680, 688}};
 constexpr int kRightOfOwner = 40, kBelowOwner = 45;
 
 constexpr int kEnableId = 2100;
 constexpr wchar_t kEnableText[] = L"ENABLE EFFECT";
-constexpr int kEnableWidth = 145, kCheckWidth = 22; // kCheckWidth: of the check mark
-constexpr int kPresetId = 2120;                     // the first of four
+constexpr int kEnableWidth = 145,
+              kCheckWidth = 22; // kCheckWidth: of the check mark, at the display's DPI
+constexpr int kPresetId = 2120; // the first of four
 constexpr int kPresets = 4;
 constexpr int kShownParameters = 5;
 
@@ -53,11 +54,12 @@ GdiFont fontToFit(GdiFont font, std::wstring_view text, int maxWidth) {
 // Created and destroyed with the window.
 struct EffectsWindow {
     HWND window;
-    GdiFont titleFont = segoeFont(24, FW_BOLD);
-    GdiFont headingFont = segoeFont(16, FW_SEMIBOLD);
-    GdiFont enableFont = fontToFit(segoeFont(16, FW_SEMIBOLD), kEnableText,
-                                   scaledForDpi(kEnableWidth - kCheckWidth));
-    GdiFont labelFont = segoeFont(14, FW_NORMAL);
+    int dpi;
+    GdiFont titleFont = segoeFont(24, FW_BOLD, dpi);
+    GdiFont headingFont = segoeFont(16, FW_SEMIBOLD, dpi);
+    GdiFont enableFont = fontToFit(segoeFont(16, FW_SEMIBOLD, dpi), kEnableText,
+                                   scaledForDpi(kEnableWidth, dpi) - scaledForDpi(kCheckWidth));
+    GdiFont labelFont = segoeFont(14, FW_NORMAL, dpi);
     GdiBrush fill{CreateSolidBrush(colour(kToolWindowFill))};
     GdiBrush fieldFill{CreateSolidBrush(colour(0x2A2824))}; // reserved for edit fields
     HWND parameterLabels[kShownParameters] = {};
@@ -71,40 +73,39 @@ constexpr std::array<const wchar_t*, kPresets> kPresetNames{L"DRUM ROOM", L"WARM
 
 constexpr int kColumnWidth = 335; // sends and parameters stand in two columns
 
+HWND add(const EffectsWindow& effects, const ControlDefinition& place, const GdiFont& font) {
+    return addControl(effects.window, place, font.get(), effects.dpi);
+}
+
 void addHeadings(const EffectsWindow& effects) {
-    HWND window = effects.window;
-    HFONT font = effects.headingFont.get();
-    addControl(window, {L"STATIC", L"PERCUSOMATIC  /  EFFECTS", 22, 14, 430, 30},
-               effects.titleFont.get());
-    addControl(window,
-               {L"BUTTON", kEnableText, 535, 15, kEnableWidth, 26, kEnableId, BS_AUTOCHECKBOX},
-               effects.enableFont.get());
+    const GdiFont& font = effects.headingFont;
+    add(effects, {L"STATIC", L"PERCUSOMATIC  /  EFFECTS", 22, 14, 430, 30}, effects.titleFont);
+    add(effects, {L"BUTTON", kEnableText, 535, 15, kEnableWidth, 26, kEnableId, BS_AUTOCHECKBOX},
+        effects.enableFont);
     for (int preset = 0; const wchar_t* name : kPresetNames) {
-        addControl(
-            window,
+        add(effects,
             {L"BUTTON", name, preset * 166 + 22, 56, 152, 38, kPresetId + preset, BS_OWNERDRAW},
             font);
         ++preset;
     }
-    addControl(window, {L"STATIC", L"INSTRUMENT SENDS", 22, 112, 260, 22}, font);
-    addControl(window, {L"STATIC", L"REVERB PARAMETERS", 22, 458, 260, 22}, font);
+    add(effects, {L"STATIC", L"INSTRUMENT SENDS", 22, 112, 260, 22}, font);
+    add(effects, {L"STATIC", L"REVERB PARAMETERS", 22, 458, 260, 22}, font);
 }
 
-HWND addBar(HWND window, int id, int x, int y, int width) {
+HWND addBar(const EffectsWindow& effects, int id, int x, int y, int width) {
     constexpr int kHeightOfBar = 30;
-    HWND bar = addControl(
-        window, {TRACKBAR_CLASSW, L"", x, y, width, kHeightOfBar, id, TBS_HORZ | TBS_NOTICKS},
-        nullptr);
+    HWND bar = add(
+        effects, {TRACKBAR_CLASSW, L"", x, y, width, kHeightOfBar, id, TBS_HORZ | TBS_NOTICKS}, {});
     SendMessageW(bar, TBM_SETRANGE, FALSE, MAKELPARAM(0, kMaxBarPosition));
     return bar;
 }
 
-void addSends(HWND window, HFONT font) {
+void addSends(const EffectsWindow& effects) {
     for (int row = 0; const Instrument& instrument : kInstruments) {
         const int x = row / 6 * kColumnWidth, y = row % 6 * 50;
         const std::wstring name(instrument.name.begin(), instrument.name.end());
-        addControl(window, {L"STATIC", name.c_str(), x + 22, y + 146, 125, 20}, font);
-        addBar(window, kSendBarId + row, x + 148, y + 141, 180);
+        add(effects, {L"STATIC", name.c_str(), x + 22, y + 146, 125, 20}, effects.labelFont);
+        addBar(effects, kSendBarId + row, x + 148, y + 141, 180);
         ++row;
     }
 }
@@ -113,9 +114,8 @@ void addSends(HWND window, HFONT font) {
 void addParameters(EffectsWindow& effects) {
     for (int row = 0; row < kParameterBars; ++row) {
         const int x = row / 4 * kColumnWidth, y = row % 4 * 40;
-        HWND label = addControl(effects.window, {L"STATIC", L"", x + 22, y + 492, 115, 20},
-                                effects.labelFont.get());
-        HWND bar = addBar(effects.window, kParameterBarId + row, x + 138, y + 487, 190);
+        HWND label = add(effects, {L"STATIC", L"", x + 22, y + 492, 115, 20}, effects.labelFont);
+        HWND bar = addBar(effects, kParameterBarId + row, x + 138, y + 487, 190);
         if (row < kShownParameters) {
             effects.parameterLabels[row] = label;
         } else {
@@ -142,14 +142,14 @@ void setBackground(HWND window, HBRUSH brush) {
 }
 
 void create(HWND window) {
-    EffectsWindow& effects = theWindow.emplace(EffectsWindow{.window = window});
+    EffectsWindow& effects =
+        theWindow.emplace(EffectsWindow{.window = window, .dpi = fitToWorkArea(window, kDesign)});
     setBackground(window, effects.fill.get());
     handlePendingSteps();
     addHeadings(effects);
-    addSends(window, effects.labelFont.get());
+    addSends(effects);
     addParameters(effects);
-    effects.description =
-        addControl(window, {L"STATIC", L"", 22, 654, 655, 34}, effects.labelFont.get());
+    effects.description = add(effects, {L"STATIC", L"", 22, 654, 655, 34}, effects.labelFont);
     showCaptions(effects);
 }
 
@@ -230,9 +230,9 @@ bool createWindow(HWND owner) {
     return CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"PERCUSOMATIC - EFFECTS",
                            WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX,
                            ownerRect.left + scaledForDpi(kRightOfOwner),
-                           ownerRect.top + scaledForDpi(kBelowOwner), scaledForDpi(kWidth),
-                           scaledForDpi(kHeight), owner, nullptr, GetModuleHandleW(nullptr),
-                           nullptr) != nullptr;
+                           ownerRect.top + scaledForDpi(kBelowOwner),
+                           scaledForDpi(kDesign.outer.width), scaledForDpi(kDesign.outer.height),
+                           owner, nullptr, GetModuleHandleW(nullptr), nullptr) != nullptr;
 }
 
 } // namespace

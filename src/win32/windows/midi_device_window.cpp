@@ -13,7 +13,7 @@ namespace percussomatic {
 namespace {
 
 constexpr wchar_t kClass[] = L"LumivardaMidiDeviceSelectorWindow";
-constexpr int kWidth = 470, kHeight = 515;
+constexpr WindowDesign kDesign{{470, 515}, {438, 468}};
 
 enum ControlId : int {
     kNoId = 0,
@@ -56,8 +56,9 @@ constexpr DeviceControl kControls[] = {
 };
 
 void createControls(HWND window, MidiInputContext& context) {
+    const int dpi = fitToWorkArea(window, kDesign);
     for (const DeviceControl& each : kControls) {
-        HWND control = addControl(window, each.place, controlFont());
+        HWND control = addControl(window, each.place, controlFont(dpi), dpi);
         if (each.handle != nullptr) {
             context.*each.handle = control;
         }
@@ -208,10 +209,10 @@ void showMidiDeviceWindow(HWND owner) {
                                  reinterpret_cast<HBRUSH>(INT_PTR{COLOR_WINDOW + 1}))) {
         return;
     }
-    HWND window =
-        CreateWindowExW(WS_EX_TOOLWINDOW, kClass, L"Percussomatic MIDI", WS_CAPTION | WS_SYSMENU,
-                        CW_USEDEFAULT, CW_USEDEFAULT, scaledForDpi(kWidth), scaledForDpi(kHeight),
-                        owner, nullptr, GetModuleHandleW(nullptr), &context);
+    HWND window = CreateWindowExW(
+        WS_EX_TOOLWINDOW, kClass, L"Percussomatic MIDI", WS_CAPTION | WS_SYSMENU, CW_USEDEFAULT,
+        CW_USEDEFAULT, scaledForDpi(kDesign.outer.width), scaledForDpi(kDesign.outer.height), owner,
+        nullptr, GetModuleHandleW(nullptr), &context);
     if (window != nullptr) {
         ShowWindow(window, SW_SHOW);
         handlePendingSteps();

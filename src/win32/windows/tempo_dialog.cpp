@@ -16,7 +16,7 @@ namespace percussomatic {
 namespace {
 
 constexpr wchar_t kClass[] = L"PercussomaticBpmEditDialog";
-constexpr int kWidth = 324, kHeight = 210;
+constexpr WindowDesign kDesign{{324, 210}, {284, 152}};
 constexpr int kEditId = 3101, kOkId = 3102, kCancelId = 3103;
 constexpr WPARAM kMaxTypedCharacters = 6;
 constexpr int kMaxReadCharacters = 64;
@@ -33,8 +33,7 @@ struct TempoDialog {
     HWND edit = nullptr;
     GdiBrush background{CreateSolidBrush(colour(kToolWindowFill))};
     GdiBrush editFill{CreateSolidBrush(colour(kEditFill))};
-    GdiFont large = segoeFont(19, FW_SEMIBOLD);
-    GdiFont small = segoeFont(16, FW_NORMAL);
+    GdiFont large, small;
 };
 
 struct TempoControl {
@@ -60,8 +59,11 @@ void selectText(const TempoDialog& dialog) {
 }
 
 void createControls(HWND window, TempoDialog& dialog) {
+    const int dpi = fitToWorkArea(window, kDesign);
+    dialog.large = segoeFont(19, FW_SEMIBOLD, dpi);
+    dialog.small = segoeFont(16, FW_NORMAL, dpi);
     for (const TempoControl& each : kControls) {
-        addControl(window, each.place, (dialog.*each.font).get());
+        addControl(window, each.place, (dialog.*each.font).get(), dpi);
     }
     dialog.edit = GetDlgItem(window, kEditId);
     SendMessageW(dialog.edit, EM_SETLIMITTEXT, kMaxTypedCharacters, 0);
@@ -167,7 +169,8 @@ bool runTempoDialog(HWND owner, double bpm, double& result) {
     }
     TempoDialog dialog;
     dialog.initialBpm = bpm;
-    const int width = scaledForDpi(kWidth), height = scaledForDpi(kHeight);
+    const int width = scaledForDpi(kDesign.outer.width);
+    const int height = scaledForDpi(kDesign.outer.height);
     const POINT corner = centredOver(owner, width, height);
     HWND window =
         CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_TOPMOST | WS_EX_TOOLWINDOW, kClass,

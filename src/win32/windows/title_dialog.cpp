@@ -12,7 +12,7 @@ namespace percussomatic {
 namespace {
 
 constexpr wchar_t kClass[] = L"PunchCardTitleDialog";
-constexpr int kWidth = 414, kHeight = 170;
+constexpr WindowDesign kDesign{{414, 170}, {378, 122}};
 constexpr int kEditId = 2001, kOkId = 2002, kCancelId = 2003;
 constexpr WPARAM kMaxTypedCharacters = 32;
 constexpr int kMaxReadCharacters = 128;
@@ -32,8 +32,9 @@ constexpr ControlDefinition kControls[] = {
 };
 
 void createControls(HWND window, TitleDialog& dialog) {
+    const int dpi = fitToWorkArea(window, kDesign);
     for (const ControlDefinition& each : kControls) {
-        addControl(window, each, controlFont());
+        addControl(window, each, controlFont(dpi), dpi);
     }
     dialog.edit = GetDlgItem(window, kEditId);
     SendMessageW(dialog.edit, EM_SETLIMITTEXT, kMaxTypedCharacters, 0);
@@ -92,7 +93,8 @@ LRESULT CALLBACK dialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 std::optional<std::wstring> askCardTitle(HWND owner, const std::wstring& title) {
     registerToolWindowClass(kClass, dialogProc, GetSysColorBrush(COLOR_WINDOW));
     TitleDialog dialog{.title = title, .edit = nullptr, .done = false, .entered = std::nullopt};
-    const int width = scaledForDpi(kWidth), height = scaledForDpi(kHeight);
+    const int width = scaledForDpi(kDesign.outer.width);
+    const int height = scaledForDpi(kDesign.outer.height);
     const POINT corner = centredOver(owner, width, height);
     HWND window =
         CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_TOOLWINDOW, kClass, L"Punch Card Title",

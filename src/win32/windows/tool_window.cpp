@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "win32/windows/tool_window.h"
 
-#include "panel/display_scale.h"
 #include "win32/windows/message_loop.h"
 
+#include <algorithm>
 #include <array>
+#include <map>
 
 namespace percussomatic {
 
@@ -18,36 +19,62 @@ bool registerToolWindowClass(const wchar_t* name, WNDPROC procedure, HBRUSH back
     return RegisterClassW(&windowClass) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
 }
 
-HWND addControl(HWND window, const ControlDefinition& place, HFONT font) {
-    HWND control = CreateWindowExW(
-        place.extendedStyle, place.windowClass, place.text, WS_CHILD | WS_VISIBLE | place.style,
-        scaledForDpi(place.x), scaledForDpi(place.y), scaledForDpi(place.width),
-        scaledForDpi(place.height), window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)),
-        GetModuleHandleW(nullptr), nullptr);
+int fitToWorkArea(HWND window, const WindowDesign& design) {
+    RECT place{}, frame{};
+    GetWindowRect(window, &place);
+    AdjustWindowRectEx(&frame, static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)), FALSE,
+                       static_cast<DWORD>(GetWindowLongW(window, GWL_EXSTYLE)));
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromRect(&place, MONITOR_DEFAULTTONEAREST), &monitor);
+    const RECT& work = monitor.rcWork;
+    const auto sizeOf = [](const RECT& rect) {
+        return Size{static_cast<int>(rect.right - rect.left),
+                    static_cast<int>(rect.bottom - rect.top)};
+    };
+    const int dpi = dpiThatFits(design, sizeOf(frame), sizeOf(work));
+    const Size old = sizeOf(place), size = outerSize(design, sizeOf(frame), dpi);
+    const LONG left = place.left + (old.width - size.width) / 2;
+    const LONG top = place.top + (old.height - size.height) / 2;
+    SetWindowPos(window, nullptr, std::max(work.left, std::min(left, work.right - size.width)),
+                 std::max(work.top, std::min(top, work.bottom - size.height)), size.width,
+                 size.height, SWP_NOZORDER | SWP_NOACTIVATE);
+    return dpi;
+}
+
+HWND addControl(HWND window, const ControlDefinition& place, HFONT font, int dpi) {
+    const auto px = [dpi](int value) { return scaledForDpi(value, dpi); };
+    HWND control = CreateWindowExW(place.extendedStyle, place.windowClass, place.text,
+                                   WS_CHILD | WS_VISIBLE | place.style, px(place.x), px(place.y),
+                                   px(place.width), px(place.height), window,
+                                   reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)),
+                                   GetModuleHandleW(nullptr), nullptr);
     SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
     handlePendingSteps(); // creating a window with many controls is slow
     return control;
 }
 
-GdiFont segoeFont(int pixels, int weight) {
-    return GdiFont(CreateFontW(-scaledForDpi(pixels), 0, 0, 0, weight, FALSE, FALSE, FALSE,
+GdiFont segoeFont(int pixels, int weight, int dpi) {
+    return GdiFont(CreateFontW(-scaledForDpi(pixels, dpi), 0, 0, 0, weight, FALSE, FALSE, FALSE,
                                DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
                                CLEARTYPE_QUALITY, DEFAULT_PITCH | FF_DONTCARE, L"Segoe UI"));
 }
 
-HFONT controlFont() {
+HFONT controlFont(int dpi) {
     auto* const stock = static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT));
-    if (displayDpi() == kDesignDpi) {
+    if (dpi == kDesignDpi) {
         return stock;
     }
-    static const GdiFont scaled = [stock] {
+    static std::map<int, GdiFont> fonts;
+    const auto [entry, isNew] = fonts.try_emplace(dpi);
+    if (isNew) {
         constexpr int kStockHeight = 11; // pixels; the stock font ignores the DPI
         LOGFONTW font{};
         GetObjectW(stock, sizeof font, &font);
-        font.lfHeight = -scaledForDpi(kStockHeight);
-        return GdiFont(CreateFontIndirectW(&font));
-    }();
-    return scaled.get();
+        font.lfHeight = -scaledForDpi(kStockHeight, dpi);
+        entry->second = GdiFont(CreateFontIndirectW(&font));
+    }
+    return entry->second.get();
 }
 
 LRESULT colourStatic(WPARAM deviceContext, HBRUSH background) noexcept {

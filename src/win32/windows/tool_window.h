@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "panel/display_scale.h"
 #include "win32/graphics/owned.h"
 
 #include <windows.h>
@@ -10,7 +11,7 @@
 namespace percussomatic {
 
 // What the tool windows and dialogs share. Positions and sizes are pixels at 96 DPI, scaled to the
-// display's DPI. GUI thread.
+// window's DPI: that of the display, or less if the window would not fit the screen. GUI thread.
 
 using GdiFont = Owned<HFONT, DeleteObject>;
 using GdiBrush = Owned<HBRUSH, DeleteObject>;
@@ -24,6 +25,10 @@ inline constexpr std::uint32_t kToolWindowFill = 0x1C1B19, kToolWindowText = 0xE
 // Registers the class unless it exists already. False on failure.
 bool registerToolWindowClass(const wchar_t* name, WNDPROC procedure, HBRUSH background);
 
+// Called on WM_CREATE, before any control is added. Moves the window into the work area of its
+// monitor, shrinks it if it is larger than that, and returns the DPI for its controls and fonts.
+int fitToWorkArea(HWND window, const WindowDesign& design);
+
 // One row of a window's table of controls.
 struct ControlDefinition {
     const wchar_t* windowClass;
@@ -34,13 +39,13 @@ struct ControlDefinition {
 };
 
 // The caller owns the font, which must outlive the control.
-HWND addControl(HWND window, const ControlDefinition& place, HFONT font);
+HWND addControl(HWND window, const ControlDefinition& place, HFONT font, int dpi);
 
 // Segoe UI with ClearType; weight as in CreateFontW.
-GdiFont segoeFont(int pixels, int weight);
+GdiFont segoeFont(int pixels, int weight, int dpi);
 
-// The system's font for controls, scaled to the display; lives as long as the program.
-HFONT controlFont();
+// The system's font for controls, scaled; lives as long as the program.
+HFONT controlFont(int dpi);
 
 // The result of WM_CTLCOLORSTATIC and WM_CTLCOLORBTN: light text, transparent over the brush.
 LRESULT colourStatic(WPARAM deviceContext, HBRUSH background) noexcept;

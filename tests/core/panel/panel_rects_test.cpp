@@ -72,5 +72,27 @@ TEST(PanelRects, StripFitsAnyWidthAsLargeAsPossible) {
     displayDpi() = kDesignDpi;
 }
 
+TEST(DisplayScale, WindowsShrinkToTheScreen) {
+    constexpr WindowDesign kDesign{{720, 735}, {680, 688}};
+    const struct {
+        int displayDpi;
+        Size frame, room;
+        int dpi;
+        Size outer;
+    } cases[] = {{96, {6, 25}, {1920, 735}, 96, {720, 735}},
+                 {96, {6, 25}, {1920, 734}, 95, {713, 727}},
+                 {144, {8, 36}, {1920, 1080}, 141, {1058, 1080}},
+                 {144, {8, 36}, {800, 1080}, 106, {795, 812}},
+                 {192, {20, 70}, {1366, 768}, 97, {728, 765}}, // a thick frame
+                 {96, {6, 25}, {0, 0}, 48, {360, 369}}};
+    for (const auto& each : cases) {
+        displayDpi() = each.displayDpi;
+        const int dpi = dpiThatFits(kDesign, each.frame, each.room);
+        EXPECT_EQ(dpi, each.dpi);
+        EXPECT_EQ(outerSize(kDesign, each.frame, dpi), each.outer) << each.dpi;
+    }
+    displayDpi() = kDesignDpi;
+}
+
 } // namespace
 } // namespace percussomatic

@@ -22,7 +22,6 @@ protected:
     void TearDown() override {
         DestroyWindow(owner_);
         EXPECT_EQ(ownedObjects, owned_);
-        displayDpi() = kDesignDpi;
     }
 
     HWND show() const {
@@ -34,27 +33,6 @@ protected:
     HWND owner_ = own_.handle;
     int owned_ = ownedObjects;
 };
-
-TEST_F(EffectsWindow, ScalesWithTheDisplay) {
-    displayDpi() = 144;
-    HWND window = show();
-    const struct {
-        HWND control;
-        int x, y, width, height; // at 96 DPI
-    } kPlaces[] = {{FindWindowExW(window, nullptr, nullptr, L"STADIUM"), 520, 56, 152, 38},
-                   {FindWindowExW(window, nullptr, nullptr, L"Triangle"), 357, 146, 125, 20},
-                   {GetDlgItem(window, 2114), 473, 487, 190, 30}};
-    for (const auto& [control, x, y, width, height] : kPlaces) {
-        RECT place{};
-        GetWindowRect(control, &place);
-        MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
-        EXPECT_EQ(place.left, scaledForDpi(x));
-        EXPECT_EQ(place.top, scaledForDpi(y));
-        EXPECT_EQ(place.right - place.left, scaledForDpi(width));
-        EXPECT_EQ(place.bottom - place.top, scaledForDpi(height));
-    }
-    EXPECT_FALSE(IsWindowVisible(GetDlgItem(window, 2115))) << "an extra, without effect";
-}
 
 TEST_F(EffectsWindow, ControlsSetTheEngine) {
     HWND window = show();
