@@ -74,7 +74,7 @@ void redrawCardDialog() {
 }
 
 void redrawReader() {
-    invalidate(cardPanelRects(mainClient()).reader, Repaint::later);
+    invalidate(readerArea(cardPanelRects(mainClient()), clientScale()), Repaint::later);
 }
 
 void flushPainting() {

@@ -120,6 +120,12 @@ PixelRect cardDialogArea(const PanelRects& rects) noexcept {
     return inflated(united(united(rects.dialog, buttons), shadowOf(rects.dialog)), kRedrawMargin);
 }
 
+PixelRect readerArea(const PanelRects& rects, double scale) noexcept {
+    const int plate = findControl(control::kReaderPlate);
+    return plate == kNoControl ? rects.reader
+                               : united(rects.reader, controlClientRect(plate, scale));
+}
+
 void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
     if (!canvas.intersects(cardDialogArea(rects))) {
         return;
@@ -163,7 +169,7 @@ void paintCardDialog(Canvas& canvas, const PanelRects& rects) {
 }
 
 void paintReader(Canvas& canvas, const PanelRects& rects, double scale) {
-    if (!canvas.intersects(rects.reader)) {
+    if (!canvas.intersects(readerArea(rects, scale))) {
         return;
     }
     // The card is clipped to the reader's opening.
