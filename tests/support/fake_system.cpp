@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/fake_system.h"
 
+#include "audio/effect_controls.h"
 #include "audio/sound_engine.h"
 #include "card_saving.h"
 #include "cards/card_file.h"
@@ -121,7 +122,9 @@ void showLearnStatus(const std::wstring& text) {
     fakeSystem().learnLine = text;
 }
 
-void refreshFromEngine() {}
+void refreshFromEngine() {
+    fakeSystem().shownSend = barPosition(soundEngine(), kSendBarId);
+}
 
 void showProblem(const std::wstring& text) {
     fakeSystem().problems.push_back(text);

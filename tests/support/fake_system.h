@@ -20,6 +20,7 @@ struct FakeSystem {
     std::vector<std::wstring> problems;     // shown to the player
     std::optional<std::string> legacyMap;   // bytes of the older mapping file
     CardWriter cardWriter;
+    int shownSend = -1;  // of sample 0, in the effects window
     bool flushed = true; // no setting was written after the last flush
 };
 

@@ -2,6 +2,7 @@
 #include "cards/card_panel.h"
 
 #include "audio/effect_choice.h"
+#include "audio/effect_controls.h"
 #include "cards/card_file.h"
 #include "input/panel_input.h"
 #include "midi/midi_glide.h"
@@ -118,6 +119,7 @@ TEST_F(PunchCards, InsertionRestoresEverythingThatWasSaved) {
         expectPanel(saved);
         EXPECT_EQ(staleControls(), Names{});
         EXPECT_EQ(fakeSystem().syncStatus, syncStatusText());
+        EXPECT_EQ(fakeSystem().shownSend, barPosition(soundEngine(), kSendBarId));
         takeRedraws();
         saveCard();
         setCardTitle({});

@@ -94,5 +94,12 @@ TEST(DisplayScale, WindowsShrinkToTheScreen) {
     displayDpi() = kDesignDpi;
 }
 
+TEST(PixelRect, MarginsAndUnionsReachEverySide) {
+    constexpr PixelRect kLeft{1, 4, 3, 9}, kRight{2, 5, 8, 6};
+    EXPECT_EQ(inflated(kLeft, 2), (PixelRect{-1, 2, 5, 11}));
+    EXPECT_EQ(united(kLeft, kRight), (PixelRect{1, 4, 8, 9}));
+    EXPECT_EQ(united(kRight, kLeft), (PixelRect{1, 4, 8, 9}));
+}
+
 } // namespace
 } // namespace percussomatic

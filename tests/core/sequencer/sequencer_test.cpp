@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 #include <vector>
@@ -88,7 +89,9 @@ TEST_F(SequencerTest, StartPlaysStepZeroAndTicksWrapAtTheLength) {
             EXPECT_EQ(sequencer().currentStep, played % length) << length;
             EXPECT_EQ(beatLampLit(), first);
             EXPECT_EQ(takeVoices(), first ? 2 : 0);
+            takeRedraws();
             onStepTick();
+            EXPECT_EQ(std::ranges::count(takeRedraws(), "flush"), 1) << "not painted at once";
         }
         takeVoices();
         toggleRunning();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Opens and closes every tool window and dialog thousands of times and counts what is not released.
+// Opens and closes every tool window and dialog hundreds of times and counts what is not released.
 
 #include "win32/windows/about_window.h"
 #include "win32/windows/effects_window.h"
