@@ -25,8 +25,8 @@ inline const std::vector<Sample>& recordings() {
             return static_cast<float>(static_cast<std::int32_t>(noise)) * 0x1p-32f;
         };
         for (std::size_t instrument = 0; instrument < kInstruments; ++instrument) {
-            Sample sample{2 * kDeviceRateHz, std::vector<float>(kRecordingFrames),
-                          std::vector<float>(kRecordingFrames), true};
+            Sample sample{2 * kDeviceRateHz, Plane(kRecordingFrames), Plane(kRecordingFrames),
+                          true};
             for (std::size_t i = 0; i < kRecordingFrames; ++i) {
                 sample.left[i] = next();
                 sample.right[i] = next();

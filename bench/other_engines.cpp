@@ -55,7 +55,7 @@ public:
         synth_ = new_fluid_synth(settings_);
         fluid_synth_set_interp_method(synth_, -1, FLUID_INTERP_LINEAR);
         for (const Sample& sample : recordings()) {
-            samples_.push_back({addSample(sample.left), addSample(sample.right)});
+            samples_.push_back({addSample(sample.left.frames()), addSample(sample.right.frames())});
         }
         std::mt19937 random(1);
         for (std::size_t voice = 0; voice < kStereoVoices; ++voice) {

@@ -29,10 +29,12 @@ void loadRecordings(SoundEngine& engine) {
     for (std::size_t i = 0; i < kInstruments; ++i) {
         Sample& sample = engine.samples[i];
         const std::size_t frames = i % 3 == 0 ? kRecordingFrames : 10000 + 9000 * i;
-        for (std::vector<float>* plane : {&sample.left, &sample.right}) {
-            plane->resize(frames);
-            std::fill(plane->end() - static_cast<std::ptrdiff_t>(i % 2 * frames / 2), plane->end(),
+        for (Plane* plane : {&sample.left, &sample.right}) {
+            std::vector<float> values = plane->frames();
+            values.resize(frames);
+            std::fill(values.end() - static_cast<std::ptrdiff_t>(i % 2 * frames / 2), values.end(),
                       0.0f);
+            *plane = values;
         }
     }
 }

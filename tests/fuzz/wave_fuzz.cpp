@@ -18,11 +18,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     }
     const Sample& sample = engine.samples.front();
     require(sample.sampleRate != 0 && sample.finite, "a recording has a rate and is finite");
-    require(!sample.left.empty() && sample.left.size() == sample.right.size() &&
+    require(sample.left.size() > 0 && sample.left.size() == sample.right.size() &&
                 sample.left.size() <= size,
             "both channels have the frames of the file");
-    for (const std::vector<float>* channel : {&sample.left, &sample.right}) {
-        require(std::ranges::all_of(*channel, [](float value) { return std::abs(value) <= 1.0f; }),
+    for (const Plane* channel : {&sample.left, &sample.right}) {
+        require(std::ranges::all_of(channel->frames(),
+                                    [](float value) { return std::abs(value) <= 1.0f; }),
                 "all samples are within -1 and 1");
     }
 

@@ -278,7 +278,7 @@ FreshInstrument::FreshInstrument() {
     static const std::size_t first = engine.samples.size();
     for (std::size_t i = 0; i < kInstrumentCount; ++i) {
         if (engine.samples.size() < first + kInstrumentCount) { // loaded once and kept
-            engine.samples.push_back({kDeviceRateHz, {0.1f}, {0.1f}, true});
+            engine.samples.push_back({kDeviceRateHz, std::vector{0.1f}, std::vector{0.1f}, true});
         }
         sequencer().sampleIndices[i] = static_cast<std::int32_t>(first + i);
     }

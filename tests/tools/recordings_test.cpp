@@ -147,8 +147,9 @@ TEST_P(Recordings, IsStereoWithoutOffsetAndAudibleInMono) {
 
 // The engine drops every second frame without a filter.
 TEST_P(Recordings, DoesNotAliasAtHalfTheRate) {
-    for (const Signal* channel : {&recording.left, &recording.right}) {
-        const Signal high = highPassed(*channel, 24330.0, 240.0); // it is brightest at the start
+    for (const Plane* channel : {&recording.left, &recording.right}) {
+        const Signal high =
+            highPassed(channel->frames(), 24330.0, 240.0); // it is brightest at the start
         const auto [lowest, highest] = std::ranges::minmax(high);
         EXPECT_LT(decibels(std::max(-lowest, highest)), -80.0);
     }
@@ -166,7 +167,7 @@ TEST(Kit, AnyFourTogetherStayBelowFullScale) {
     for (std::size_t frame = 0; frame < kLong; ++frame) {
         for (const auto channel : {&Sample::left, &Sample::right}) {
             for (std::size_t voice = 0; voice < kit.size(); ++voice) {
-                const Signal& sound = kit[voice].*channel;
+                const Plane& sound = kit[voice].*channel;
                 together[voice] = frame < sound.size() ? sound[frame] : 0.0f;
             }
             std::ranges::sort(together);

@@ -25,13 +25,12 @@ inline void store(float* to, Lanes values) noexcept {
     _mm_storeu_ps(to, values);
 }
 
-// Elements 0, 2, 4, 6 and elements 1, 3, 5, 7 of eight consecutive floats.
-inline Lanes evenElements(Lanes low, Lanes high) noexcept {
-    return _mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0));
-}
-
-inline Lanes oddElements(Lanes low, Lanes high) noexcept {
-    return _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1));
+// Two floats of each, alternately.
+inline Lanes interleave(const float* first, const float* second) noexcept {
+    const auto pair = [](const float* from) {
+        return _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(from)));
+    };
+    return _mm_unpacklo_ps(pair(first), pair(second));
 }
 
 inline Lanes magnitude(Lanes values) noexcept {

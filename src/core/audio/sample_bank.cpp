@@ -125,8 +125,7 @@ std::optional<Sample> parseWave(std::span<const std::byte> bytes) {
         return std::nullopt;
     }
 
-    Sample sample{layout->sampleRate, std::vector<float>(frameCount),
-                  std::vector<float>(frameCount)};
+    Sample sample{layout->sampleRate, Plane(frameCount), Plane(frameCount)};
     if (layout->bits == 16) {
         decodeFrames(*layout, valueBytes, sample, decodeInt16);
     } else if (layout->bits == 24) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "audio/plane.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -13,8 +15,7 @@ namespace percussomatic {
 // mono recording has the same values in both.
 struct Sample {
     std::uint32_t sampleRate = 0; // Hz as found in the file; the mixer resamples
-    std::vector<float> left;      // nominally -1..1
-    std::vector<float> right;
+    Plane left, right;            // nominally -1..1
 
     // No value is infinite or NaN, which parseWave() guarantees. The mixer may then skip
     // interpolation at whole positions.

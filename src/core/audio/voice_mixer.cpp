@@ -12,28 +12,32 @@ namespace percussomatic {
 namespace {
 
 using lumivarda::dsp::broadcast;
-using lumivarda::dsp::evenElements;
+using lumivarda::dsp::interleave;
 using lumivarda::dsp::keepFirst;
 using lumivarda::dsp::kLanes;
 using lumivarda::dsp::Lanes;
 using lumivarda::dsp::load;
-using lumivarda::dsp::oddElements;
 using lumivarda::dsp::store;
 using lumivarda::dsp::withinMask;
 
 // How the frames of a run lie in memory, and whether their values may be infinite or NaN.
 enum class Layout {
-    contiguous,
-    stride2, // every second frame: a recording at twice the device rate, like those shipped
+    contiguous,  // every second frame of a recording at twice the device rate, like those shipped
+    alternating, // all frames of a recording at the device rate
     nonFiniteContiguous,
-    nonFiniteStride2,
+    nonFiniteAlternating,
+};
+
+// Frames of one channel: the first one and every second after it, and those between.
+struct Frames {
+    const float* here = nullptr;
+    const float* next = nullptr;
 };
 
 // Consecutive frames of one voice. Memory up to the next multiple of four frames is readable.
 struct Run {
     Layout layout = Layout::contiguous;
-    const float* left = nullptr;
-    const float* right = nullptr;
+    Frames left, right;
     std::size_t frames = 0;
     double positionAfter = 0.0;
     bool recordingEnds = false; // after the last frame of the run
@@ -43,21 +47,21 @@ struct Run {
 // is 0: finite frames stay as they are, but an infinite frame turns itself and the frame before it
 // into NaN. That is why the non-finite layouts have to interpolate.
 template <Layout kLayout>
-Lanes loadFrames(const float* plane, std::size_t frame) noexcept {
+Lanes loadFrames(const Frames& from, std::size_t frame) noexcept {
     const auto interpolated = [](Lanes here, Lanes next) {
         return here + (next - here) * broadcast(0.0f);
     };
     if constexpr (kLayout == Layout::contiguous) {
-        return load(plane + frame);
+        return load(from.here + frame);
     } else if constexpr (kLayout == Layout::nonFiniteContiguous) {
-        return interpolated(load(plane + frame), load(plane + frame + 1));
+        return interpolated(load(from.here + frame), load(from.next + frame));
     } else {
-        const Lanes low = load(plane + 2 * frame);
-        const Lanes high = load(plane + 2 * frame + kLanes);
-        if constexpr (kLayout == Layout::stride2) {
-            return evenElements(low, high);
+        const float* const here = from.here + frame / 2;
+        const float* const next = from.next + frame / 2;
+        if constexpr (kLayout == Layout::alternating) {
+            return interleave(here, next);
         }
-        return interpolated(evenElements(low, high), oddElements(low, high));
+        return interpolated(interleave(here, next), interleave(next, here + 1));
     }
 }
 
@@ -163,12 +167,15 @@ Run directRun(double position, const Sample& sample, double increment,
     // Interpolation reads the frame after each, so the last frame is left to interpolatedRun().
     const std::size_t available = static_cast<std::size_t>(length - 1 - first) / step;
     if (step == 2) {
-        run.layout = sample.finite ? Layout::stride2 : Layout::nonFiniteStride2;
-    } else {
         run.layout = sample.finite ? Layout::contiguous : Layout::nonFiniteContiguous;
+    } else {
+        run.layout = sample.finite ? Layout::alternating : Layout::nonFiniteAlternating;
     }
-    run.left = sample.left.data() + first;
-    run.right = sample.right.data() + first;
+    const auto framesFrom = [frame = static_cast<std::size_t>(first)](const Plane& plane) {
+        return Frames{plane.everySecondFrom(frame), plane.everySecondFrom(frame + 1)};
+    };
+    run.left = framesFrom(sample.left);
+    run.right = framesFrom(sample.right);
     run.frames = std::min(frames, available) / kLanes * kLanes;
     run.positionAfter = position + increment * static_cast<double>(run.frames);
     return run;
@@ -177,11 +184,14 @@ Run directRun(double position, const Sample& sample, double increment,
 // The next frames at any position and rate ratio, up to the end of the recording.
 Run interpolatedRun(double position, const Sample& sample, double increment, std::size_t frames,
                     Scratch& scratch) noexcept {
-    const float* const left = sample.left.data();
-    const float* const right = sample.right.data();
     // Signed, because processors convert between double and signed integers faster.
     const auto length = static_cast<std::int64_t>(sample.left.size());
-    Run run{.left = scratch.left, .right = scratch.right};
+    const auto interpolated = [](const Plane& plane, std::int64_t here, std::int64_t next,
+                                 float fraction) {
+        const float value = plane[static_cast<std::size_t>(here)];
+        return value + (plane[static_cast<std::size_t>(next)] - value) * fraction;
+    };
+    Run run{.left = {.here = scratch.left}, .right = {.here = scratch.right}};
     for (; run.frames < frames; ++run.frames) {
         const auto here = static_cast<std::int64_t>(position);
         if (here >= length) {
@@ -190,8 +200,8 @@ Run interpolatedRun(double position, const Sample& sample, double increment, std
         }
         const auto fraction = static_cast<float>(position - static_cast<double>(here));
         const std::int64_t next = std::min(length - 1, here + 1);
-        scratch.left[run.frames] = left[here] + (left[next] - left[here]) * fraction;
-        scratch.right[run.frames] = right[here] + (right[next] - right[here]) * fraction;
+        scratch.left[run.frames] = interpolated(sample.left, here, next, fraction);
+        scratch.right[run.frames] = interpolated(sample.right, here, next, fraction);
         position += increment;
     }
     run.positionAfter = position;
@@ -233,12 +243,12 @@ void mixDirectRun(Voice& voice, const Run& run, const Mix& mix) noexcept {
     switch (run.layout) {
     case Layout::contiguous:
         return mixRun<Layout::contiguous>(voice, run, 0, mix);
-    case Layout::stride2:
-        return mixRun<Layout::stride2>(voice, run, 0, mix);
+    case Layout::alternating:
+        return mixRun<Layout::alternating>(voice, run, 0, mix);
     case Layout::nonFiniteContiguous:
         return mixRun<Layout::nonFiniteContiguous>(voice, run, 0, mix);
-    case Layout::nonFiniteStride2:
-        return mixRun<Layout::nonFiniteStride2>(voice, run, 0, mix);
+    case Layout::nonFiniteAlternating:
+        return mixRun<Layout::nonFiniteAlternating>(voice, run, 0, mix);
     }
 }
 
@@ -249,10 +259,10 @@ double incrementOf(const Sample& sample, std::uint32_t sampleRate) noexcept {
 } // namespace
 
 Prefetch prefetchOf(const Voice& voice, const Sample& sample, std::uint32_t sampleRate) noexcept {
-    const auto offset = static_cast<std::uintptr_t>(voice.position) * sizeof(float);
-    return {reinterpret_cast<std::uintptr_t>(sample.left.data()) + offset,
-            reinterpret_cast<std::uintptr_t>(sample.right.data()) + offset,
-            static_cast<std::uintptr_t>(incrementOf(sample, sampleRate) * 8.0) * sizeof(float)};
+    const auto frame = static_cast<std::size_t>(voice.position);
+    return {reinterpret_cast<std::uintptr_t>(sample.left.everySecondFrom(frame)),
+            reinterpret_cast<std::uintptr_t>(sample.right.everySecondFrom(frame)),
+            static_cast<std::uintptr_t>(incrementOf(sample, sampleRate) * 4.0) * sizeof(float)};
 }
 
 void mixVoice(Voice& voice, const Sample& sample, std::optional<float> sendGain,
