@@ -85,7 +85,7 @@ void measureRepaints() {
 
     const double fullMs = measureAndPrint("full repaint", 30, 0.0, [](int) { redrawPanel(); });
     measureAndPrint("a step", 200, fullMs, [](int) {
-        onStepTick();
+        onClockTick();
         flushPainting();
     });
     const int dial = findControl(control::kTempoRotary);

@@ -33,7 +33,7 @@ class StepLateness(Midi):
         time.sleep(STEPS * 0.125 + 0.5)
         player.click(START_STOP)
         player.close()
-        written_ms = [ns / 1e6 for _, ns in self.replay(rhythm)[:STEPS]]
+        written_ms = [ns / 1e6 for *_, ns in self.replay(rhythm)[:STEPS]]
         start, interval = fit_line(written_ms)
         residues = [ms - start - interval * i for i, ms in enumerate(written_ms)]
         return sorted(residue - min(residues) for residue in residues)

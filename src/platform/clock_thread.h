@@ -14,15 +14,16 @@ namespace percussomatic {
 // handle is null or the window is gone. Any thread.
 bool postStepTick(WindowHandle window) noexcept;
 
-// Raises the calling thread's priority and sets the timer resolution to one millisecond, until
-// endClockThread().
+// Raises the calling thread's priority and sets the timer resolution to one millisecond, also for
+// when the program's windows are covered, until endClockThread().
 void beginClockThread() noexcept;
 void endClockThread() noexcept;
 
 // Releases the lock, waits for wakeClock() or the time-out, and locks again. May wake up
-// spuriously. A wakeClock() after the release is never missed.
+// spuriously, and up to a millisecond after the time-out. A wakeClock() after the release is never
+// missed.
 void waitForWake(std::unique_lock<std::mutex>& lock);
-void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds);
+void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t nanoseconds);
 void wakeClock() noexcept; // any thread
 
 } // namespace percussomatic

@@ -4,6 +4,7 @@
 Test files take the build folder as their first argument and run inside scripts/wine-env --virtual.
 """
 import array
+import itertools
 import math
 import pathlib
 import shutil
@@ -108,19 +109,24 @@ class ProgramTestCase(unittest.TestCase):
         return "".join(words for _, words in sorted(voices, key=lambda voice: voice[0]))
 
     def replay(self, rhythm):
-        """Compares the recording with the engine; returns (block, ns it was written) of every step."""
+        """Compares the recording with the engine; returns (block, frame, ns the block was written) by step."""
         scenario = self.folder / "scenario.txt"
         scenario.write_text("master 1\n" + rhythm)
         hits = [[int(word) for word in line[1:]] for line in listen("replay", self.recording, scenario)]
         steps = [step for step, *_ in hits]
         expected = [i % STEP_COUNT for i in range(len(hits))]
         self.assertEqual(steps, expected, "a step is missing or duplicated")
-        return [(block, written) for _, block, written in hits]
+        return [tuple(hit[1:]) for hit in hits]
 
     def heard_steps(self, rhythm):
         """When each step is first heard, in seconds. Block numbers stand still while the device is dry."""
         starts = [starts / 1e9 for _, starts, _ in self.blocks()]
-        return [starts[block] for block, _ in self.replay(rhythm)]
+        return [starts[block] + frame / 48000 for block, frame, _ in self.replay(rhythm)]
+
+    def heard_frames(self, rhythm):
+        """Where each step begins, in frames of the stream."""
+        ends = list(itertools.accumulate(len(samples) // 2 for _, _, samples in self.blocks()))
+        return [(ends[block - 1] if block else 0) + frame for block, frame, _ in self.replay(rhythm)]
 
     def check_grid(self, heard, bpm, steps, tolerance=0.001):
         """Allows for the new grid that the clock begins when a step is late by more than an interval."""

@@ -149,7 +149,7 @@ Instrument::Instrument() {
 void Instrument::pass(std::int64_t ns) {
     passTimeTo(counterNs() + ns);
     for (std::size_t ticks = takePostedTicks().size(); ticks > 0; --ticks) {
-        onStepTick();
+        onClockTick();
         require(!sequencer().running || sequencer().currentStep < sequencer().sequenceLength,
                 "a tick leads to a step below the length");
     }

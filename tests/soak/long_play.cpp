@@ -132,7 +132,7 @@ struct Grid {
             expect(lateNs > -static_cast<long double>(++steps), "a step is early");
             expect(lateNs <= (kMaxLateMs + 1) * kNsPerMs, "a step is late");
             nextNs += stepNs(); // the tempo at a tick applies to the next step
-            onStepTick();
+            onClockTick();
         }
     }
 

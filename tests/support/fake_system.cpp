@@ -16,6 +16,7 @@
 #include "sequencer/step_clock.h"
 #include "settings_store.h"
 #include "support/virtual_clock.h"
+#include "system_sleep.h"
 #include "tool_windows.h"
 #include "user_messages.h"
 
@@ -112,6 +113,10 @@ void startTimer(WindowTimer timer, unsigned periodMs) {
 
 void stopTimer(WindowTimer timer) {
     fakeSystem().timers.erase(timer);
+}
+
+void keepSystemAwake(bool awake) noexcept {
+    fakeSystem().awake = awake;
 }
 
 void showSyncStatus(bool /*externalSync*/, const std::wstring& text) {

@@ -21,6 +21,7 @@ struct FakeSystem {
     std::optional<std::string> legacyMap;   // bytes of the older mapping file
     CardWriter cardWriter;
     int shownSend = -1;  // of sample 0, in the effects window
+    bool awake = false;  // the computer must not go to sleep
     bool flushed = true; // no setting was written after the last flush
 };
 

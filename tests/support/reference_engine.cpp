@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace percussomatic::reference {
 
@@ -18,6 +19,10 @@ constexpr std::tuple<float, float, float, float, float> kPresets[6] = {
 std::int16_t toPcm(float value) {
     return static_cast<std::int16_t>(std::isnan(value) ? 0.0f
                                                        : std::clamp(value, -1.0f, 1.0f) * 32767.0f);
+}
+
+double frameOf(std::int64_t dueNs, const StreamPosition& position) {
+    return std::floor(static_cast<double>(dueNs - position.originNs) * 48e-6 + 0.5);
 }
 
 std::uint64_t framesOf(std::uint64_t ms, std::uint32_t rateHz) {
@@ -49,20 +54,51 @@ void ReferenceEngine::setEffectPreset(std::int32_t preset) {
         kPresets[std::clamp(preset, 0, 5)];
 }
 
-void ReferenceEngine::renderBlock(std::int16_t* out, std::uint32_t frames) {
-    for (Voice& voice : voices) {
-        if (stopAllVoicesRequest) {
+void ReferenceEngine::triggerAt(std::int32_t sampleIndex, float gain, std::int64_t dueNs) {
+    const bool waits = nextBlock && pending.size() < 64 &&
+                       frameOf(dueNs, *nextBlock) >= static_cast<double>(nextBlock->firstFrame);
+    if (!waits) {
+        return trigger(sampleIndex, gain);
+    }
+    if (!outputMuted && sampleIndex >= 0 && sampleIndex < static_cast<int>(samples.size())) {
+        pending.push_back({dueNs, sampleIndex, gain});
+        std::ranges::stable_sort(pending, {}, &Pending::dueNs);
+    }
+}
+
+void ReferenceEngine::carryOutStopRequest() {
+    if (stopAllVoicesRequest) {
+        for (Voice& voice : voices) {
             voice = {-1, 0.0, 0.0f, false, voice.silentFrames, voice.playedFrames};
         }
+        pending.clear();
     }
     stopAllVoicesRequest = false;
-    for (; frames > 0; --frames, out += 2) {
+}
+
+void ReferenceEngine::renderTimedBlock(std::int16_t* out, std::uint32_t frames,
+                                       const StreamPosition& position) {
+    nextBlock = position;
+    for (; frames > 0; --frames, ++nextBlock->firstFrame, out += 2) {
+        carryOutStopRequest();
         if (outputMuted) {
+            pending.clear();
             std::fill_n(out, 2, std::int16_t{0});
-        } else {
-            renderFrame(out);
+            continue;
         }
+        while (!pending.empty() && frameOf(pending.front().dueNs, *nextBlock) <=
+                                       static_cast<double>(nextBlock->firstFrame)) {
+            trigger(pending.front().sampleIndex, pending.front().gain);
+            pending.erase(pending.begin());
+        }
+        renderFrame(out);
     }
+}
+
+void ReferenceEngine::renderBlock(std::int16_t* out, std::uint32_t frames) {
+    // Due now, whatever their times.
+    renderTimedBlock(out, frames, {std::numeric_limits<std::int64_t>::max() / 4, 0});
+    nextBlock.reset();
 }
 
 void ReferenceEngine::renderFrame(std::int16_t* out) {

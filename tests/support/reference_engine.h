@@ -2,11 +2,13 @@
 #pragma once
 
 #include "audio/sample_bank.h"
+#include "audio/stream_clock.h"
 #include "audio/voice_mixer.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <tuple>
 #include <vector>
 
@@ -40,6 +42,7 @@ struct ReferenceReverb {
 // operations and fields have the engine's names, so that a template can drive both.
 struct ReferenceEngine {
     void trigger(std::int32_t sampleIndex, float gain);
+    void triggerAt(std::int32_t sampleIndex, float gain, std::int64_t dueNs);
     void setMasterVolume(float gain) { masterVolume = clamped(gain); }
     void setSend(std::uint32_t sampleIndex, float amount) {
         if (sampleIndex < 32) {
@@ -58,6 +61,7 @@ struct ReferenceEngine {
         std::tie(silenceHoldMs, minPlayMs) = std::tuple(holdMs, minMs);
     }
     void renderBlock(std::int16_t* out, std::uint32_t frames);
+    void renderTimedBlock(std::int16_t* out, std::uint32_t frames, const StreamPosition& position);
     void prepareForDevice() { reverb.prepare(48000.0); }
 
     std::vector<Sample> samples;
@@ -74,10 +78,19 @@ struct ReferenceEngine {
     bool effectEnabled = false;
     float effectReturn = 0.24f;
 
+    struct Pending {
+        std::int64_t dueNs;
+        std::int32_t sampleIndex;
+        float gain;
+    };
+    std::vector<Pending> pending;
+    std::optional<StreamPosition> nextBlock;
+
 private:
     static float clamped(float value, float max = 1.0f) { // a NaN becomes 0
         return value > max ? max : value > 0.0f ? value : 0.0f;
     }
+    void carryOutStopRequest();
     void renderFrame(std::int16_t* out);
 };
 

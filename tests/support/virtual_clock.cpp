@@ -81,9 +81,10 @@ void waitForWake(std::unique_lock<std::mutex>& lock) {
     time.wake.wait(lock);
 }
 
-void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t milliseconds) {
+void waitForWake(std::unique_lock<std::mutex>& lock, std::int64_t nanoseconds) {
     const StepClock& clock = stepClock();
-    time.wakeNs = time.nowNs + milliseconds * kNsPerMs + takeFirst(time.latenessNs);
+    time.wakeNs =
+        time.nowNs + waitMilliseconds(nanoseconds) * kNsPerMs + takeFirst(time.latenessNs);
     time.stops = clock.stops;
     time.due = false;
     time.waiting = true;

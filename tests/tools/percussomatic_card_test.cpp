@@ -167,8 +167,8 @@ TEST_F(CardTool, OutputMustNotBeTheCardItself) {
     }
 }
 
-// What the instrument plays from a card on its panel. Missing recordings take no sample index, but
-// the sends keep the numbers of their instruments.
+// What the instrument plays from a card on its panel, through timed triggers. Missing recordings
+// take no sample index, but the sends keep the numbers of their instruments.
 std::vector<std::int16_t> instrumentRender(PunchCard card, std::uint32_t steps, double tailSeconds,
                                            const std::vector<std::string_view>& missing = {}) {
     const FreshInstrument instrument;
@@ -195,15 +195,20 @@ std::vector<std::int16_t> instrumentRender(PunchCard card, std::uint32_t steps, 
         return static_cast<std::size_t>(std::floor(step * stepFrames));
     };
     const auto end = startOf(steps) + static_cast<std::size_t>(std::floor(tailSeconds * 48000.0));
-    std::vector<std::int16_t> out(2 * end);
-    for (std::uint32_t step = 0; step <= steps; ++step) {
-        const std::size_t frame = startOf(step);
-        if (step < steps) {
-            triggerStep(step % card.sequenceLength);
+    // In the blocks of a device, each step triggered one block before it is due. The instrument
+    // rounds to the nearest frame, the tool downwards: half a frame of 20833 ns in between.
+    std::vector<std::int16_t> out(2 * end + 2 * std::size_t{kDeviceBufferFrames});
+    constexpr std::int64_t kHalfFrameNs = 10'416;
+    std::uint32_t step = 0;
+    for (std::size_t frame = 0; frame < end; frame += kDeviceBufferFrames) {
+        for (; step < steps && startOf(step) < frame + 2 * kDeviceBufferFrames; ++step) {
+            const auto dueNs = static_cast<std::int64_t>(step * stepFrames * 1e9 / 48000.0);
+            triggerStep(step % card.sequenceLength, dueNs);
         }
-        const std::size_t next = step < steps ? startOf(step + 1) : end;
-        engine.renderBlock(out.data() + 2 * frame, static_cast<std::uint32_t>(next - frame));
+        engine.renderTimedBlock(out.data() + 2 * frame, kDeviceBufferFrames,
+                                {kHalfFrameNs, static_cast<std::int64_t>(frame)});
     }
+    out.resize(2 * end);
     return out;
 }
 

@@ -58,9 +58,41 @@ void SoundEngine::trigger(std::int32_t sampleIndex, float gain) {
         return;
     }
     const std::lock_guard lock(mutex);
-    if (sampleIndex < 0 || static_cast<std::size_t>(sampleIndex) >= samples.size()) {
+    if (isInBankLocked(sampleIndex)) {
+        startVoiceLocked(sampleIndex, gain);
+    }
+}
+
+void SoundEngine::triggerAt(std::int32_t sampleIndex, float gain, std::int64_t dueNs) {
+    if (outputMuted.load() != 0) {
         return;
     }
+    const std::lock_guard lock(mutex);
+    if (!isInBankLocked(sampleIndex)) {
+        return;
+    }
+    const bool late =
+        nextBlock && frameOfDueTime(nextBlock->originNs, dueNs) < nextBlock->firstFrame;
+    if (late && std::exchange(lastLateNs, dueNs) != dueNs) {
+        ++lateTriggers;
+    }
+    if (!nextBlock || late || pendingTriggers.full()) {
+        startVoiceLocked(sampleIndex, gain);
+    } else {
+        pendingTriggers.push({.dueNs = dueNs, .sampleIndex = sampleIndex, .gain = gain});
+    }
+}
+
+std::uint32_t SoundEngine::lateTriggerCount() const {
+    const std::lock_guard lock(mutex);
+    return lateTriggers;
+}
+
+bool SoundEngine::isInBankLocked(std::int32_t sampleIndex) const noexcept {
+    return sampleIndex >= 0 && static_cast<std::size_t>(sampleIndex) < samples.size();
+}
+
+void SoundEngine::startVoiceLocked(std::int32_t sampleIndex, float gain) noexcept {
     auto* const idle = std::find_if(voices.begin(), voices.end(),
                                     [](const Voice& voice) { return !voice.active; });
     Voice& voice = idle != voices.end() ? *idle : voices[0];
@@ -208,21 +240,64 @@ void SoundEngine::deactivateAllVoices() {
     for (Voice& voice : voices) {
         voice.active = false;
     }
+    pendingTriggers.clear();
+    nextBlock.reset();
 }
 
 void SoundEngine::renderBlock(std::int16_t* out, std::uint32_t frames) noexcept {
     const std::lock_guard lock(mutex);
+    nextBlock.reset();
+    if (beginBlockLocked(out, frames)) {
+        for (const TimedTrigger& trigger : pendingTriggers) {
+            startVoiceLocked(trigger.sampleIndex, trigger.gain);
+        }
+        pendingTriggers.clear();
+        mixBlockLocked(out, frames);
+    }
+}
+
+void SoundEngine::renderTimedBlock(std::int16_t* out, std::uint32_t frames,
+                                   const StreamPosition& position) noexcept {
+    const std::lock_guard lock(mutex);
+    nextBlock = {position.originNs, position.firstFrame + frames};
+    if (!beginBlockLocked(out, frames)) {
+        return;
+    }
+    std::uint32_t rendered = 0;
+    std::size_t started = 0;
+    for (const TimedTrigger& trigger : pendingTriggers) {
+        const std::int64_t frame =
+            frameOfDueTime(position.originNs, trigger.dueNs) - position.firstFrame;
+        if (frame >= frames) {
+            break;
+        }
+        if (frame > rendered) { // never before: a correction of the stream clock may skip frames
+            const std::uint32_t stretch = static_cast<std::uint32_t>(frame) - rendered;
+            mixBlockLocked(out + std::size_t{rendered} * 2, stretch);
+            rendered += stretch;
+        }
+        startVoiceLocked(trigger.sampleIndex, trigger.gain);
+        ++started;
+    }
+    pendingTriggers.popFront(started);
+    mixBlockLocked(out + std::size_t{rendered} * 2, frames - rendered);
+}
+
+// Carries out a stop request. False if the output is muted; the block is then silent.
+bool SoundEngine::beginBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept {
     if (stopAllVoicesRequest.exchange(0) != 0) {
         stopAllVoicesLocked();
     }
-    if (outputMuted.load() != 0) {
-        std::fill_n(out, std::size_t{frames} * 2, std::int16_t{0});
-        return;
+    if (outputMuted.load() == 0) {
+        return true;
     }
-    mixBlockLocked(out, frames);
+    pendingTriggers.clear();
+    std::fill_n(out, std::size_t{frames} * 2, std::int16_t{0});
+    return false;
 }
 
 void SoundEngine::stopAllVoicesLocked() noexcept {
+    pendingTriggers.clear();
     for (Voice& voice : voices) {
         voice.active = false;
         voice.sampleIndex = -1;

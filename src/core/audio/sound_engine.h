@@ -4,6 +4,8 @@
 #include "audio/effect_settings.h"
 #include "audio/plate_reverb.h"
 #include "audio/sample_bank.h"
+#include "audio/stream_clock.h"
+#include "audio/trigger_queue.h"
 #include "audio/voice_mixer.h"
 
 #include <array>
@@ -11,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 
 namespace percussomatic {
 
@@ -38,6 +41,15 @@ struct SoundEngine {
     // without upper limit; negative or NaN counts as 0. No-op, without locking, while the output is
     // muted.
     void trigger(std::int32_t sampleIndex, float gain);
+
+    // The same for the frame that belongs to a time of the monotonic counter, in the order of these
+    // times. At the start of the next block, like trigger(), if that frame has been rendered
+    // already, if more triggers are pending than the queue holds or while no timed blocks are
+    // rendered. Whatever ends all voices drops pending triggers, as does muting.
+    void triggerAt(std::int32_t sampleIndex, float gain, std::int64_t dueNs);
+
+    // Number of due times that were passed to triggerAt() too late, since the program started.
+    std::uint32_t lateTriggerCount() const;
 
     void setMasterVolume(float gain); // 0..1, linear
 
@@ -71,6 +83,11 @@ struct SoundEngine {
     // Writes `frames` interleaved stereo frames to `out`. Allocates no memory.
     void renderBlock(std::int16_t* out, std::uint32_t frames) noexcept;
 
+    // The same for a block of a device's stream: pending triggers sound at their frame. Split
+    // there, the block has the same samples as if it were rendered in pieces.
+    void renderTimedBlock(std::int16_t* out, std::uint32_t frames,
+                          const StreamPosition& position) noexcept;
+
     // Both while the device is closed, on the thread that opens or closes it. The first sets the
     // device's rate and sizes and clears the reverb, which may allocate.
     void prepareForDevice();
@@ -83,10 +100,15 @@ struct SoundEngine {
     std::uint32_t framesPerBuffer = kDeviceBufferFrames;
     SampleBank samples;
     std::array<Voice, kVoiceCount> voices;
+    TriggerQueue pendingTriggers;
+    std::optional<StreamPosition> nextBlock; // of the timed stream; nullopt while there is none
+    std::uint32_t lateTriggers = 0;
+    std::int64_t lastLateNs = 0; // due time that was counted last
     float masterVolume = 1.0f;
 
     // Set by the GUI thread for edit mode and power-off. While muted, renders are silent and
-    // neither voices nor tail advance. The next render carries out a stop request and clears it.
+    // neither voices nor tail advance, and pending triggers are dropped. The next render carries
+    // out a stop request and clears it.
     std::atomic<std::uint8_t> outputMuted = 0;
     std::atomic<std::uint8_t> stopAllVoicesRequest = 0;
 
@@ -108,6 +130,9 @@ struct SoundEngine {
     float effectExtra3 = 0.72f;
 
 private:
+    bool isInBankLocked(std::int32_t sampleIndex) const noexcept;
+    void startVoiceLocked(std::int32_t sampleIndex, float gain) noexcept;
+    bool beginBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept;
     void mixBlockLocked(std::int16_t* out, std::uint32_t frames) noexcept;
     bool mixVoicesLocked(MixBus& bus, std::size_t frames) noexcept;
     void addTailLocked(MixBus& bus, std::size_t frames) noexcept;

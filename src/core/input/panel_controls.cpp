@@ -36,7 +36,7 @@ void switchPowerOff(int power) {
     constexpr unsigned kPowerOffMs = 1000;
     controlState().toggleBit(power) = 0;
     const bool wasRunning = sequencer().running;
-    sequencer().running = false;
+    setRunning(false);
     clockStop();
     soundEngine().setMasterVolume(0.0f);
     switchSoundOff();

@@ -74,12 +74,13 @@ void resetMidiClock() noexcept {
 
 void midiClockPulse() {
     Sequencer& now = sequencer();
-    measureTempo(counterNs());
+    const std::int64_t nowNs = counterNs();
+    measureTempo(nowNs);
     now.midiClockSeen = true;
     // Trigger the step before spending time on painting the tempo.
     if (now.externalSync && now.running && ++midiState().clockTickCount == kPulsesPerStep) {
         midiState().clockTickCount = 0;
-        onStepTick();
+        onStepTick(nowNs);
     }
     showClockSource();
 }
@@ -90,9 +91,9 @@ void midiStart() {
         return;
     }
     const std::uint32_t old = now.currentStep;
-    now.running = true;
+    setRunning(true);
     now.currentStep = 0;
-    triggerStep(0);
+    triggerStep(0, counterNs());
     redrawCurrentColumn(old);
     redrawCurrentColumn(0);
     finishTransportChange();
@@ -103,7 +104,7 @@ void midiContinue() {
     if (!now.externalSync) {
         return;
     }
-    now.running = true;
+    setRunning(true);
     redrawCurrentColumn(now.currentStep);
     finishTransportChange();
 }
@@ -113,7 +114,7 @@ void midiStop() {
     if (!now.externalSync || !now.running) {
         return;
     }
-    now.running = false;
+    setRunning(false);
     redrawCurrentColumn(now.currentStep);
     finishTransportChange();
 }

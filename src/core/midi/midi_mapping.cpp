@@ -37,7 +37,7 @@ void setToggleBit(int index, bool on) {
 // Unlike a mouse click, does not trigger step 0 and does not repaint the columns.
 void startOrStop() {
     Sequencer& now = sequencer();
-    now.running = !now.running;
+    setRunning(!now.running);
     if (now.running) {
         now.currentStep = 0;
     }

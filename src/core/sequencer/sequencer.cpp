@@ -42,7 +42,7 @@ bool isSwitchOn(std::string_view name) noexcept {
            controlState().toggleBit(index) != 0;
 }
 
-void triggerStep(std::uint32_t step) {
+void triggerStep(std::uint32_t step, std::int64_t dueNs) {
     const Sequencer& now = sequencer();
     if (now.editMode || step >= kStepCount) {
         return;
@@ -57,7 +57,8 @@ void triggerStep(std::uint32_t step) {
         }
         for (int instrument = 0; const std::string_view name : control::line(line).switches) {
             if (isSwitchOn(name)) {
-                soundEngine().trigger(now.sampleIndices[sampleIndexOf(line, instrument)], gain);
+                soundEngine().triggerAt(now.sampleIndices[sampleIndexOf(line, instrument)], gain,
+                                        dueNs);
             }
             ++instrument;
         }

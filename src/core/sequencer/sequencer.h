@@ -55,8 +55,8 @@ float lineVolume(int line) noexcept;
 
 bool isSwitchOn(std::string_view name) noexcept; // false if there is no such switch
 
-// Triggers instrument A, then B, of every line that has this step set and a gain above 0. No-op in
-// edit mode and from step 16 on.
-void triggerStep(std::uint32_t step);
+// Triggers instrument A, then B, of every line that has this step set and a gain above 0, to sound
+// at the frame that belongs to dueNs. No-op in edit mode and from step 16 on.
+void triggerStep(std::uint32_t step, std::int64_t dueNs);
 
 } // namespace percussomatic

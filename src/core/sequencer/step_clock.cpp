@@ -10,12 +10,25 @@ namespace percussomatic {
 
 namespace {
 
+void pushDeadline(StepClock& clock, std::int64_t deadline) {
+    if (clock.deadlineCount < clock.deadlines.size()) {
+        clock.deadlines[clock.deadlineCount++] = deadline;
+    }
+}
+
+// No-op if the deadline is not the last one: the clock has been stopped since.
+void dropDeadline(StepClock& clock, std::int64_t deadline) {
+    if (clock.deadlineCount > 0 && clock.deadlines[clock.deadlineCount - 1] == deadline) {
+        --clock.deadlineCount;
+    }
+}
+
 // Posts ticks until the clock is stopped. The lock is held except while waiting and posting.
 void postTicks(StepClock& clock, std::unique_lock<std::mutex>& lock) {
     const std::uint32_t stops = clock.stops;
     const auto ticking = [&] { return clock.clockRunning && clock.stops == stops && !clock.quit; };
 
-    std::int64_t base = counterNs();
+    std::int64_t base = clock.startNs;
     while (ticking()) {
         const double intervalNs = stepIntervalNs(clock.clockBpm);
         const std::int64_t deadline = base + static_cast<std::int64_t>(intervalNs);
@@ -24,15 +37,19 @@ void postTicks(StepClock& clock, std::unique_lock<std::mutex>& lock) {
             if (remainingNs <= 0) {
                 break;
             }
-            waitForWake(lock, waitMilliseconds(remainingNs));
+            waitForWake(lock, remainingNs);
             if (!ticking()) {
                 return;
             }
         }
         const WindowHandle window = clock.window;
+        pushDeadline(clock, deadline);
         lock.unlock();
         const bool posted = postStepTick(window);
         lock.lock();
+        if (!posted) {
+            dropDeadline(clock, deadline);
+        }
         const std::int64_t now = counterNs();
         clock.dropped += droppedSteps(now, deadline, intervalNs) + (posted ? 0 : 1);
         base = nextGridBaseNs(now, deadline, intervalNs);
@@ -85,11 +102,12 @@ void setClockWindow(WindowHandle window) {
     stepClock().window = window;
 }
 
-void runClock(double tempoBpm) {
+void runClock(double tempoBpm, std::int64_t startNs) {
     StepClock& clock = stepClock();
     {
         const std::lock_guard lock(clock.mutex);
         clock.clockBpm = tempoBpm;
+        clock.startNs = startNs;
         clock.clockRunning = true;
         if (!clock.thread.joinable()) {
             clock.quit = false;
@@ -104,6 +122,19 @@ void setClockTempo(double tempoBpm) {
     stepClock().clockBpm = tempoBpm;
 }
 
+std::optional<std::int64_t> takeDeadline() {
+    StepClock& clock = stepClock();
+    const std::lock_guard lock(clock.mutex);
+    if (clock.deadlineCount == 0) {
+        return std::nullopt;
+    }
+    const std::int64_t first = clock.deadlines[0];
+    std::move(clock.deadlines.begin() + 1, clock.deadlines.begin() + clock.deadlineCount,
+              clock.deadlines.begin());
+    --clock.deadlineCount;
+    return first;
+}
+
 std::uint32_t droppedStepCount() {
     const std::lock_guard lock(stepClock().mutex);
     return stepClock().dropped;
@@ -114,6 +145,7 @@ void clockStop() {
     {
         const std::lock_guard lock(clock.mutex);
         clock.clockRunning = false;
+        clock.deadlineCount = 0;
         ++clock.stops;
     }
     wakeClock();

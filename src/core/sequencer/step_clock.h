@@ -3,8 +3,11 @@
 
 #include "main_window_handle.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace percussomatic {
@@ -18,6 +21,10 @@ struct StepClock {
     double clockBpm = 120.0;       // guarded by mutex
     bool clockRunning = false;     // guarded by mutex
     bool quit = false;             // guarded by mutex
+    std::int64_t startNs = 0;      // guarded by mutex; where the grid begins
+    // Guarded by mutex. Of ticks that were posted but not handled, oldest first.
+    std::array<std::int64_t, 32> deadlines{};
+    std::size_t deadlineCount = 0;
     // Guarded by mutex. Counts stops, so that a stop and a start between two wake-ups still begin a
     // new grid.
     std::uint32_t stops = 0;
@@ -41,11 +48,19 @@ std::uint32_t droppedSteps(std::int64_t now, std::int64_t deadline, double inter
 std::int64_t waitMilliseconds(std::int64_t remainingNs) noexcept;
 
 // All on the GUI thread.
+
 void setClockWindow(WindowHandle window); // where ticks are posted
-void runClock(double tempoBpm);           // first tick after one interval; a running grid is kept
-void setClockTempo(double tempoBpm);      // from the next interval on
-std::uint32_t droppedStepCount();         // since the program started
-void clockStop();                         // the thread stays alive
-void clockShutdown();                     // ends and joins the thread
+
+// The first tick is due one interval after startNs. A running clock keeps its grid.
+void runClock(double tempoBpm, std::int64_t startNs);
+void setClockTempo(double tempoBpm); // from the next interval on
+
+// When the tick that is being handled was due. Nullopt if that is unknown: the clock has been
+// stopped since, or more ticks are waiting than it keeps deadlines for.
+std::optional<std::int64_t> takeDeadline();
+
+std::uint32_t droppedStepCount(); // since the program started
+void clockStop();                 // the thread stays alive
+void clockShutdown();             // ends and joins the thread
 
 } // namespace percussomatic

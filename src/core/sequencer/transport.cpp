@@ -8,6 +8,8 @@
 #include "sequencer/lamps.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/step_clock.h"
+#include "system_sleep.h"
+#include "system_time.h"
 #include "tool_windows.h"
 
 #include <algorithm>
@@ -27,14 +29,14 @@ void applyTempo() {
 
 } // namespace
 
-void onStepTick() {
+void onStepTick(std::int64_t dueNs) {
     Sequencer& now = sequencer();
     if (!now.running) {
         return;
     }
     const std::uint32_t old = now.currentStep;
     now.currentStep = (old + 1) % now.sequenceLength;
-    triggerStep(now.currentStep);
+    triggerStep(now.currentStep, dueNs);
     updateBeatLamp();
     redrawCurrentColumn(old);
     redrawCurrentColumn(now.currentStep);
@@ -42,20 +44,27 @@ void onStepTick() {
 }
 
 void onClockTick() {
+    const std::int64_t dueNs = takeDeadline().value_or(counterNs());
     if (!sequencer().externalSync) {
-        onStepTick();
+        onStepTick(dueNs);
     }
+}
+
+void setRunning(bool running) {
+    sequencer().running = running;
+    keepSystemAwake(running);
 }
 
 void toggleRunning() {
     Sequencer& now = sequencer();
     const std::uint32_t old = now.currentStep;
-    now.running = !now.running;
+    const std::int64_t pressedNs = counterNs();
+    setRunning(!now.running);
     if (now.running) {
         now.currentStep = 0;
-        triggerStep(0);
+        triggerStep(0, pressedNs);
     }
-    clockStart(mainWindow());
+    startClockAt(mainWindow(), pressedNs);
     redrawControl(findControl(control::kStartStop), Repaint::later);
     updateBeatLamp();
     redrawCurrentColumn(old);
@@ -85,13 +94,17 @@ void switchSoundOff() {
     soundEngine().stopAllVoicesRequest = 1;
 }
 
-void clockStart(WindowHandle window) {
+void startClockAt(WindowHandle window, std::int64_t startNs) {
     setClockWindow(window);
     if (sequencer().running && !sequencer().externalSync) {
-        runClock(sequencer().bpm);
+        runClock(sequencer().bpm, startNs);
     } else {
         clockStop();
     }
+}
+
+void clockStart(WindowHandle window) {
+    startClockAt(window, counterNs());
 }
 
 void setTempoFromRotary(double t) {

@@ -124,6 +124,7 @@ bool WaveOut::queueBuffers() {
         buffer.header.dwBufferLength = sizeof(buffer.samples);
     }
     oldestBuffer_ = 0;
+    streamClock_ = {};
     refillsTimed_ = 0;
     timingStartNs_ = counterNs();
     return std::all_of(all.begin(), all.end(), [this](OutputBuffer& buffer) {
@@ -169,7 +170,11 @@ void WaveOut::refillUntilLost() noexcept {
 }
 
 bool WaveOut::refill(OutputBuffer& buffer) noexcept {
-    engine.renderBlock(buffer.samples.data(), kDeviceBufferFrames);
+    if (const auto position = nextBlock(streamClock_, counterNs(), kDeviceBufferFrames)) {
+        engine.renderTimedBlock(buffer.samples.data(), kDeviceBufferFrames, *position);
+    } else {
+        engine.renderBlock(buffer.samples.data(), kDeviceBufferFrames);
+    }
     countUnderrun();
     oldestBuffer_ = (oldestBuffer_ + 1) % kOutputBufferCount;
     return write(buffer) && keepsTime();

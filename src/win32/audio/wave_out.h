@@ -2,6 +2,7 @@
 #pragma once
 
 #include "audio/sound_engine.h"
+#include "audio/stream_clock.h"
 
 #include <windows.h>
 
@@ -99,6 +100,7 @@ private:
     std::size_t oldestBuffer_ = 0;   // in `buffers`: the next to be completed
     std::uint32_t refillsTimed_ = 0; // since timingStartNs_
     std::int64_t timingStartNs_ = 0; // counterNs()
+    StreamClock streamClock_;
 
     std::thread refillThread_; // GUI thread only; runs from start to stop
 };

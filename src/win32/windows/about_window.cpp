@@ -82,6 +82,7 @@ constexpr StatusRow kStatusRows[] = {
     {L"Settings file", [] { return settingsFile().wstring(); }, SS_PATHELLIPSIS},
     {L"Panel size", panelSize},
     {L"Late sound buffers", [] { return countSinceStart(waveOut().lateBuffers); }},
+    {L"Late steps", [] { return countSinceStart(soundEngine().lateTriggerCount()); }},
     {L"Dropped steps", [] { return countSinceStart(droppedStepCount()); }},
 };
 

@@ -97,17 +97,25 @@ void changeSetting(Engine& engine, bool finite, Random& random) {
     }
 }
 
-// By a trigger, or at a position that triggers do not lead to: on an odd frame, between frames,
-// near the end.
+std::int64_t nsOfFrame(std::int64_t frame) {
+    return frame * 1'000'000'000 / kDeviceRateHz;
+}
+
+// By a trigger, by one that is due within some blocks or was due before, or at a position that
+// triggers do not lead to: on an odd frame, between frames, near the end.
 template <typename Engine>
-void startVoice(Engine& engine, bool finite, Random& random) {
+void startVoice(Engine& engine, bool finite, std::int64_t firstFrame, Random& random) {
     const std::uint32_t index = random.below(kRecordings + 2) - 1;
     const auto sampleIndex = static_cast<std::int32_t>(index);
     const float gain = random.oneIn(9) && !finite ? Limits::infinity()
                        : random.oneIn(20)         ? random.between(-1, 8)
                                                   : random.between(0, 0.4f);
-    if (index >= kRecordings || random.oneIn(2)) {
+    if (index >= kRecordings || random.oneIn(3)) {
         return engine.trigger(sampleIndex, gain);
+    }
+    if (random.oneIn(2)) {
+        return engine.triggerAt(sampleIndex, gain,
+                                nsOfFrame(firstFrame + random.below(2000) - 200));
     }
     const auto end = static_cast<double>(engine.samples[index].left.size());
     const double offset = random.below(9);
@@ -139,10 +147,10 @@ void prepare(Engine& engine, std::uint32_t seed) {
 
 // Returns the mix and the state of all voices, of which the first number is that of active ones.
 template <typename Engine>
-auto renderRandomBlock(Engine& engine, bool finite, Random random) {
+auto renderRandomBlock(Engine& engine, bool finite, std::int64_t firstFrame, Random random) {
     // Occasionally more than there are voices.
     for (std::uint32_t i = random.oneIn(20) ? 150 : random.below(6); i > 0; --i) {
-        startVoice(engine, finite, random);
+        startVoice(engine, finite, firstFrame, random);
     }
     std::vector<double> state{
         static_cast<double>(std::ranges::count(engine.voices, true, &Voice::active))};
@@ -154,7 +162,11 @@ auto renderRandomBlock(Engine& engine, bool finite, Random random) {
     const std::uint32_t frames = random.oneOf(kBlocks);
     std::vector<std::int16_t> mix(std::size_t{frames} * 2 + 8, 0x5A5A); // 8 must stay unwritten
     const std::size_t allocations = allocationCount;
-    engine.renderBlock(mix.data(), frames);
+    if (random.oneIn(9)) {
+        engine.renderBlock(mix.data(), frames);
+    } else {
+        engine.renderTimedBlock(mix.data(), frames, {0, firstFrame});
+    }
     EXPECT_EQ(allocationCount, allocations);
     EXPECT_GT(allocations, 0U) << "not counted";
     for (const Voice& v : engine.voices) {
@@ -174,11 +186,13 @@ TEST_P(RenderEquality, EngineMatchesTheReferenceToTheBit) {
     prepare(reference, GetParam());
     const auto sameBuffers = [](const auto& a, const auto& b) { return a.buffer == b.buffer; };
     double maxActive = 0;
+    std::int64_t firstFrame = 0;
     for (std::uint32_t block = 0; block < 400; ++block) {
         SCOPED_TRACE(block);
         const Random random{std::mt19937(GetParam() * 1000 + block)};
-        const auto rendered = renderRandomBlock(engine, finite, random);
-        ASSERT_EQ(rendered, renderRandomBlock(reference, finite, random));
+        const auto rendered = renderRandomBlock(engine, finite, firstFrame, random);
+        ASSERT_EQ(rendered, renderRandomBlock(reference, finite, firstFrame, random));
+        firstFrame += static_cast<std::int64_t>(rendered.first.size()) / 2 - 4;
         for (std::size_t side = 0; side < 2; ++side) {
             ASSERT_TRUE(std::ranges::equal(engine.reverb.combs[side], reference.reverb.combs[side],
                                            sameBuffers));

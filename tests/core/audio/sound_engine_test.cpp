@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <thread>
+#include <utility>
 
 namespace percussomatic {
 namespace {
@@ -29,6 +31,29 @@ TEST(SoundEngineTest, RejectedFilesTakeNoIndex) {
     EXPECT_EQ(engine.loadSample(file.data(), file.size()), 1);
 }
 
+TEST(SoundEngineTest, WhateverSilencesVoicesDropsPendingTriggers) {
+    std::array<std::int16_t, 2 * 100> out{};
+    const std::pair<void (*)(Engine&), bool> cases[] = {
+        {[](Engine&) {}, true},
+        {[](Engine& it) { it.stopAllVoicesRequest = 1; }, false},
+        {[](Engine& it) { it.outputMuted = 1; }, false},
+        {[](Engine& it) { it.deactivateAllVoices(); }, false}};
+    for (const auto& [silence, sounds] : cases) {
+        Engine engine;
+        loadShortWave(engine);
+        engine.renderTimedBlock(out.data(), 100, {0, 0});
+        engine.triggerAt(0, 1.0f, 1'000'000'000 * std::int64_t{250} / 48000);
+        silence(engine);
+        for (const int firstFrame : {100, 200}) {
+            EXPECT_EQ(out, decltype(out){}) << firstFrame;
+            engine.renderTimedBlock(out.data(), 100, {0, firstFrame});
+            engine.outputMuted = 0;
+        }
+        EXPECT_EQ(std::ranges::count(out, 0), sounds ? 100 : 200);
+        EXPECT_EQ(engine.lateTriggerCount(), 0U);
+    }
+}
+
 struct Operations {
     void (*write)(Engine&);
     void (*read)(const Engine&) = [](const Engine&) {};
@@ -36,6 +61,7 @@ struct Operations {
 
 constexpr Operations kOperations[] = {
     {[](Engine& it) { it.trigger(0, 0.1f); }},
+    {[](Engine& it) { it.triggerAt(0, 0.1f, 0); }, [](const Engine& it) { it.lateTriggerCount(); }},
     {[](Engine& it) { it.setMasterVolume(0.5f); }},
     {[](Engine& it) { it.setAutoStop(true, 0.0f, 10, 5); }},
     {loadShortWave},
@@ -83,6 +109,7 @@ TEST(SoundEngineThreads, OperationsAndRendersShareNoStateOutsideTheMutex) {
         const int enough[] = {calls[0].load(kRelaxed) + 5, calls[1].load(kRelaxed) + 5};
         while (calls[0].load(kRelaxed) < enough[0] || calls[1].load(kRelaxed) < enough[1]) {
             engine.trigger(0, 0.3f);
+            engine.renderTimedBlock(out.data(), 64, {0, 64});
             engine.renderBlock(out.data(), 64);
             std::this_thread::yield();
         }

@@ -275,11 +275,12 @@ TEST_F(FrontPanel, NothingOnTheScreenIsEverStale) {
         },
         [&] { turnWheel(centreOf(control::kTempoRotary), kScale, upTo(720) - 360, false); },
         [&] { setTempoBpm(upTo(300)); },
-        onStepTick};
+        onClockTick};
     for (int count = 0; count < 4000; ++count) {
         const int choice = upTo(static_cast<int>(std::size(actions)));
         actions[choice]();
         ASSERT_EQ(staleControls(), Names{}) << "action " << count << ": " << choice;
+        ASSERT_EQ(fakeSystem().awake, sequencer().running);
     }
 }
 

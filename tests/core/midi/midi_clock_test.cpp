@@ -85,6 +85,7 @@ TEST_F(MidiClock, StartContinueAndStopDriveTheTransport) {
         pulses(count);
         EXPECT_EQ(staleControls(), Names{});
         EXPECT_EQ(sequencer().running, running);
+        EXPECT_EQ(fakeSystem().awake, running);
         EXPECT_EQ(sequencer().currentStep, step);
         EXPECT_EQ(takeVoices(), voices);
     }

@@ -138,7 +138,7 @@ TEST_F(MidiMappings, StartSwitchByMidiDoesNotTriggerStepZero) {
     passTimeTo(1000 * kNsPerMs);
     EXPECT_EQ(takePostedTicks().size(), 8u);
     applyMidiToControl(start, 127, true);
-    EXPECT_FALSE(now.running);
+    EXPECT_FALSE(now.running || fakeSystem().awake);
 }
 
 TEST_F(MidiMappings, OnlyFloodsOfControllersAreOvertakenBySteps) {
@@ -162,7 +162,7 @@ TEST_F(MidiMappings, LengthByMidiLeavesTheStepToTheNextTick) {
     EXPECT_EQ(now.sequenceLength, 9u);
     EXPECT_EQ(now.currentStep, 11u);
     EXPECT_EQ(staleControls(), Names{});
-    onStepTick();
+    onClockTick();
     EXPECT_EQ(now.currentStep, 3u);
     applyMidiToControl(findControl(control::kEdit), 127, true);
     EXPECT_TRUE(now.editMode);

@@ -52,7 +52,7 @@ TEST_F(SequencerTest, StepTriggersAudibleLinesInOrderAThenB) {
         {15, {{6, 0.4f}, {7, 0.4f}}},
         {16, {}}};
     for (const auto& [step, hits] : cases) {
-        triggerStep(step);
+        triggerStep(step, 0);
         EXPECT_EQ(takeHits(), hits) << "step " << step;
     }
 }
@@ -69,7 +69,7 @@ TEST_F(SequencerTest, EverySwitchTriggersItsOwnRecording) {
     sequencer().pattern.steps.fill(1);
     for (const auto& [name, recording] : cases) {
         toggleBit(name) = 1;
-        triggerStep(0);
+        triggerStep(0, 0);
         const Hits hits = takeHits();
         ASSERT_EQ(hits.size(), 1u) << name;
         EXPECT_EQ(kInstruments.at(static_cast<std::size_t>(hits[0].first)).recording, recording);
@@ -90,7 +90,7 @@ TEST_F(SequencerTest, StartPlaysStepZeroAndTicksWrapAtTheLength) {
             EXPECT_EQ(beatLampLit(), first);
             EXPECT_EQ(takeVoices(), first ? 2 : 0);
             takeRedraws();
-            onStepTick();
+            onClockTick();
             EXPECT_EQ(std::ranges::count(takeRedraws(), "flush"), 1) << "not painted at once";
         }
         takeVoices();
@@ -103,7 +103,7 @@ TEST_F(SequencerTest, AStepThatIsAlreadyQueuedIsIgnoredAfterStop) {
     sequencer().pattern.set(0, 1, true);
     toggleRunning();
     toggleRunning();
-    onStepTick();
+    onClockTick();
     EXPECT_EQ(sequencer().currentStep, 0u);
     EXPECT_EQ(takeVoices(), 0);
     EXPECT_FALSE(beatLampLit());
@@ -117,7 +117,7 @@ TEST_F(SequencerTest, EditModeAdvancesSilently) {
     toggleEditMode();
     EXPECT_EQ(soundEngine().outputMuted, 1);
     EXPECT_EQ(soundEngine().stopAllVoicesRequest.exchange(0), 1);
-    onStepTick();
+    onClockTick();
     EXPECT_EQ(sequencer().currentStep, 1u);
     toggleRunning();
     toggleRunning();
@@ -125,7 +125,7 @@ TEST_F(SequencerTest, EditModeAdvancesSilently) {
     toggleEditMode();
     EXPECT_EQ(soundEngine().outputMuted, 0);
     EXPECT_EQ(soundEngine().stopAllVoicesRequest, 0) << "no voice to stop";
-    onStepTick();
+    onClockTick();
     EXPECT_EQ(takeVoices(), 2);
 }
 

@@ -3,6 +3,7 @@
 
 #include "support/fake_system.h"
 #include "support/virtual_clock.h"
+#include "system_time.h"
 
 #include <gtest/gtest.h>
 
@@ -44,7 +45,7 @@ TEST(StepClockThread, LatenessDoesNotShiftTheGridUntilAWholeStepIsLost) {
         const std::uint32_t droppedBefore = droppedStepCount();
         const FreshInstrument instrument;
         scriptLateness(inMs(lateMs), inMs(postingMs));
-        runClock(120.0);
+        runClock(120.0, counterNs());
         passTimeTo(tickMs.back() * kNsPerMs);
         EXPECT_EQ(takeTicks(), inMs(tickMs));
         EXPECT_EQ(droppedStepCount() - droppedBefore, dropped);
@@ -60,14 +61,14 @@ TEST(StepClockThread, LatenessDoesNotShiftTheGridUntilAWholeStepIsLost) {
 
 TEST(StepClockThread, OnlyStopAndStartBeginANewGrid) {
     const FreshInstrument instrument;
-    runClock(120.0);
+    runClock(120.0, counterNs());
     passTimeTo(100 * kNsPerMs);
-    runClock(120.0);
+    runClock(120.0, counterNs());
     passTimeTo(150 * kNsPerMs);
     EXPECT_EQ(takeTicks(), inMs({125}));
     for (int restart = 0; restart < 100; ++restart) { // before the thread has woken up
         clockStop();
-        runClock(240.0);
+        runClock(240.0, counterNs());
     }
     passTimeTo(280 * kNsPerMs);
     EXPECT_EQ(takeTicks(), inMs({213, 275}));
@@ -77,9 +78,31 @@ TEST(StepClockThread, OnlyStopAndStartBeginANewGrid) {
     EXPECT_EQ(clockThreadCount(), 1);
 }
 
+TEST(StepClockThread, TicksCarryTheirDeadlineUntilTheClockIsStopped) {
+    const FreshInstrument instrument;
+    const auto takeDeadlines = [] {
+        Ns deadlines;
+        while (const auto deadline = takeDeadline()) {
+            deadlines.push_back(*deadline);
+        }
+        return deadlines;
+    };
+    scriptLateness(inMs({40, 0, 100}), inMs({0, 0, kFailedPost}));
+    passTimeTo(10 * kNsPerMs);
+    runClock(120.0, 0);
+    passTimeTo(500 * kNsPerMs);
+    EXPECT_EQ(takeTicks(), inMs({165, 250, 500}));
+    EXPECT_EQ(takeDeadlines(), inMs({125, 250, 500}));
+    passTimeTo(60 * kStep);
+    EXPECT_EQ(takeDeadlines().size(), 32u) << "56 ticks are waiting";
+    passTimeTo(61 * kStep);
+    clockStop();
+    EXPECT_EQ(takeDeadlines(), Ns{});
+}
+
 TEST(StepClockThread, TempoChangeTakesEffectFromTheNextInterval) {
     const FreshInstrument instrument;
-    runClock(120.0);
+    runClock(120.0, counterNs());
     passTimeTo(kStep - 1);
     setClockTempo(40.0);
     passTimeTo(kStep + 10 * kNsPerMs);
@@ -91,10 +114,10 @@ TEST(StepClockThread, TempoChangeTakesEffectFromTheNextInterval) {
 TEST(StepClockThread, ShutdownEndsTheThreadUntilTheNextStart) {
     const FreshInstrument instrument;
     clockShutdown(); // no-op before the first start
-    runClock(120.0);
+    runClock(120.0, counterNs());
     clockShutdown();
     EXPECT_EQ(clockThreadCount(), 0);
-    runClock(120.0);
+    runClock(120.0, counterNs());
     passTimeTo(kStep);
     EXPECT_EQ(takeTicks(), Ns{kStep});
     clockShutdown();

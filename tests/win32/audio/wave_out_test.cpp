@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "win32/audio/wave_out.h"
 
+#include "system_time.h"
 #include "wave_device.h"
 
 #include <gtest/gtest.h>
@@ -117,6 +118,25 @@ TEST_F(WaveOutTest, PlaysEveryBlockInOrderFromATriggerBeforeTheStart) {
         EXPECT_EQ(blocks[block].header, &(*out.buffers)[block % kOutputBufferCount].header);
     }
     EXPECT_EQ(out.lateBuffers, 0U);
+}
+
+// A trigger waits for a block and the reserve: 512 + 240 frames after its due time.
+TEST_F(WaveOutTest, TimedTriggerSoundsAtItsFrameOnceTheStreamClockHasLocked) {
+    start();
+    constexpr int kBlocksUntilLock = 64;
+    for (const int refills : {kBlocksUntilLock - 1, kBlocksUntilLock}) {
+        SCOPED_TRACE(refills);
+        while (wave_device::state().writes < kBuffers + refills) {
+            refill(wave_device::state().writes + 1);
+        }
+        engine.triggerAt(0, 1.0f, counterNs());
+        refill(kBuffers + refills + 1);
+        const auto samples = wave_device::state().written.back().samples;
+        const auto loud = std::ranges::find_if(samples, [](int value) { return value != 0; });
+        const std::ptrdiff_t onset = 1; // the ramp's first frame rounds to 0
+        EXPECT_EQ((loud - samples.begin()) / 2, onset + (refills < kBlocksUntilLock ? 0 : 240));
+        engine.voices.fill({});
+    }
 }
 
 TEST_F(WaveOutTest, IgnoresForeignAndRepeatedCallbacks) {
