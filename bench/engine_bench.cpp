@@ -49,9 +49,29 @@ void reverbAlone(benchmark::State& state, bool silent) {
     });
 }
 
+// A block in which all voices start, each at a frame of its own or all at the first one.
+void startAllVoices(benchmark::State& state, bool spread) {
+    SoundEngine engine;
+    engine.samples = recordings();
+    std::vector<std::int16_t> out(std::size_t{2} * kDeviceBufferFrames);
+    constexpr std::int64_t kNsPerVoice = 1'000'000'000 / kDeviceRateHz * kDeviceBufferFrames /
+                                         static_cast<std::int64_t>(kVoiceCount);
+    timeBlocks(state, [&] {
+        engine.voices.fill({});
+        engine.nextBlock = StreamPosition{};
+        for (std::size_t voice = 0; voice < kVoiceCount; ++voice) {
+            engine.triggerAt(static_cast<std::int32_t>(voice % kInstruments), 0.1f,
+                             spread ? static_cast<std::int64_t>(voice) * kNsPerVoice : 0);
+        }
+        engine.renderTimedBlock(out.data(), kDeviceBufferFrames, {});
+        return out.data();
+    });
+}
+
 void registerBenchmarks() {
     using benchmark::RegisterBenchmark;
-    const std::string againstReference = ", against plain"; // read by scripts/plot_performance.py
+    const std::string againstReference =
+        ", against reference"; // read by scripts/plot_performance.py
     for (const bool effect : {false, true}) {
         for (const std::size_t voices : kVoiceCounts) {
             const std::string name =
@@ -61,6 +81,9 @@ void registerBenchmarks() {
                               renderVoices<reference::ReferenceEngine>, voices, effect);
         }
     }
+    const std::string starts = "64 voices started at 64 frames";
+    RegisterBenchmark(starts.c_str(), startAllVoices, true);
+    RegisterBenchmark((starts + ", against one frame").c_str(), startAllVoices, false);
     for (const bool silent : {false, true}) {
         const std::string name = std::string("reverb alone, ") + (silent ? "silence" : "signal");
         RegisterBenchmark(name.c_str(), reverbAlone<lumivarda::dsp::Plate70Reverb>, silent);

@@ -54,7 +54,7 @@ def plot_bars(engine, others):
     for effect in ("off", "on"):
         ours = f"64 voices, effect {effect}"
         bars.append((f"this engine, effect {effect}", engine[ours]))
-        bars.append((f"plain version, effect {effect}", engine[f"{ours}, against plain"]))
+        bars.append((f"reference, effect {effect}", engine[f"{ours}, against reference"]))
         for name, label in (("FluidSynth", f"FluidSynth, reverb {effect}"), ("OpenAL Soft", "OpenAL Soft")):
             if f"{ours}, against {name}" in others:
                 bars.append((label, engine[ours] * others[f"{ours}, against {name}"] / others[ours]))

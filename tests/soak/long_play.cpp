@@ -179,6 +179,7 @@ int play(double hours, unsigned seed) {
     setClockWindow(mainWindow());
 
     RandomPlayer player(seed);
+    StreamClock streamClock;
     std::array<std::int16_t, 2 * std::size_t{kDeviceBufferFrames}> block{};
     const auto blocks =
         static_cast<std::int64_t>(hours * 3600 * kDeviceRateHz / kDeviceBufferFrames);
@@ -220,7 +221,12 @@ int play(double hours, unsigned seed) {
         }
         silenced = !music && !cardPanel().insertingCard;
 
-        engine.renderBlock(block.data(), kDeviceBufferFrames);
+        if (const auto position = nextBlock(streamClock, nowNs, kDeviceBufferFrames)) {
+            engine.renderTimedBlock(block.data(), kDeviceBufferFrames, *position);
+        } else {
+            engine.renderBlock(block.data(), kDeviceBufferFrames);
+        }
+        expect(!engine.pendingTriggers.full(), "triggers pile up");
         audibleBlocks += std::ranges::any_of(block, [](int value) { return value != 0; }) ? 1 : 0;
         if (number == std::max<std::int64_t>(blocks / 12, 1)) {
             firstKb = allocatedKb();
