@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "audio/sound_engine.h"
+#include "cards/card_file.h"
 #include "cards/card_panel.h"
+#include "midi/midi_state.h"
 #include "panel/control_geometry.h"
 #include "panel/control_names.h"
 #include "sequencer/sequencer.h"
@@ -14,6 +17,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <future>
 #include <ostream>
@@ -100,6 +104,38 @@ TEST_F(Program, ReleasesAPressedSwitchWhereverTheButtonGoesUpOrTheMouseGoes) {
         EXPECT_FALSE(sequencer().clearAllHeld) << message;
     }
     send(WM_KEYDOWN, VK_ESCAPE, 0);
+}
+
+TEST_F(Program, TreatsAPortThatIsGoneAgainAsClosed) {
+    setLearnStatus(L"");
+    send(kMidiNotifyMessage, kMidiCmdConnectionChanged, 1);
+    EXPECT_EQ(midiState().learnStatusText, L"No MIDI device connected");
+    send(WM_KEYDOWN, VK_ESCAPE, 0);
+}
+
+TEST_F(Program, WaitsInSilenceForItsLastSaveWhileAnotherProgramUsesTheFile) {
+    const std::filesystem::path card = cardFilePath(0);
+    const auto saved = [&] { return std::filesystem::exists(card); };
+    click(control::kStartStop);
+    click(rects_.cards);
+    click(rects_.save);
+    EXPECT_TRUE(waitUntil(saved));
+    EXPECT_TRUE(waitUntil([&] { // waits for the end of the save
+        return !std::filesystem::exists(card.string() + ".1.saving");
+    }));
+    HANDLE other = CreateFileW(card.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                               0, nullptr);
+    EXPECT_NE(other, INVALID_HANDLE_VALUE);
+    sequencer().pattern.set(0, 0, true);
+    click(rects_.save);
+    SendNotifyMessageW(window_, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(waitUntil([] { return soundEngine().outputMuted != 0; }));
+    EXPECT_FALSE(endsWithin(0));
+    CloseHandle(other);
+    EXPECT_TRUE(endsWithin(3000));
+    PunchCard read;
+    EXPECT_TRUE(loadCardFile(card, read) && read.pattern.isSet(0, 0));
+    std::filesystem::remove_all(kCardFolder);
 }
 
 TEST_F(Program, ResizesAroundItsCentre) {
