@@ -93,6 +93,9 @@ public:
         while (at_ < frames_.size() / 2) {
             const std::size_t window = std::min(kWindow, frames_.size() / 2 - at_);
             const std::size_t equal = equalFrames(window);
+            if (equal < window && isSilentFrom(at_ + equal)) {
+                return 0; // the program mutes the output before it closes the device
+            }
             if (equal < window) {
                 return startVoices(window, equal);
             }
@@ -106,6 +109,11 @@ private:
     static constexpr std::size_t kMaxOnset = 256;   // until a voice is audible
     static constexpr std::size_t kConvincing = 600; // equal frames after that
     static constexpr int kMaxVoices = 12;           // two late steps may start together
+
+    bool isSilentFrom(std::size_t frame) const {
+        return std::all_of(frames_.begin() + static_cast<std::ptrdiff_t>(2 * frame), frames_.end(),
+                           [](std::int16_t value) { return value == 0; });
+    }
 
     void trigger(int voices) {
         for (std::size_t next = played_; voices > 0; --voices, ++next) {
