@@ -17,8 +17,6 @@
 
 namespace percussomatic {
 
-constexpr std::uint32_t kDeviceRateHz = 48000;
-constexpr std::uint32_t kDeviceBufferFrames = 512; // 10.7 ms
 constexpr std::size_t kVoiceCount = 64;
 constexpr std::uint32_t kSendCount = 32; // the twelve instruments use 0..11
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "audio/stream_clock.h"
 
-#include "audio/sound_engine.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <numeric>

@@ -6,6 +6,10 @@
 
 namespace percussomatic {
 
+// The output stream: 16-bit stereo, rendered block by block.
+constexpr std::uint32_t kDeviceRateHz = 48000;
+constexpr std::uint32_t kDeviceBufferFrames = 512; // 10.7 ms
+
 // Where a rendered block lies on the monotonic counter: a trigger due at originNs sounds at frame
 // 0.
 struct StreamPosition {

@@ -25,7 +25,7 @@ namespace {
 constexpr wchar_t kClass[] = L"PercussomaticAboutWindow";
 constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU, kExtendedStyle = WS_EX_TOOLWINDOW;
 constexpr int kWidth = 660;
-constexpr WindowDesign kDesign{{}, {kWidth, 630}};
+constexpr WindowDesign kDesign{{}, {kWidth, 653}};
 constexpr std::uint32_t kAmber = 0xD6912D;
 
 constexpr int kHeadingId = 1, kRuleId = 2;
@@ -104,7 +104,7 @@ std::optional<AboutWindow> theWindow; // GUI thread only
 constexpr int kLeft = 28, kTextWidth = kWidth - 2 * kLeft;
 constexpr int kLabelWidth = 176, kValueLeft = kLeft + kLabelWidth + 14;
 constexpr int kLine = 20, kRow = 23;
-constexpr int kStatusTop = 120, kGesturesTop = 372, kCreditsTop = 578;
+constexpr int kStatusTop = 120, kGesturesTop = 395, kCreditsTop = 601;
 constexpr int kHeadingHeight = 32;
 
 struct PageLine {
