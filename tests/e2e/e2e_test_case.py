@@ -109,7 +109,7 @@ class ProgramTestCase(unittest.TestCase):
         return "".join(words for _, words in sorted(voices, key=lambda voice: voice[0]))
 
     def replay(self, rhythm):
-        """Compares the recording with the engine; returns (block, frame, ns the block was written) by step."""
+        """Compares the recording with the engine; returns (block, frame, ns of the write) by step."""
         scenario = self.folder / "scenario.txt"
         scenario.write_text("master 1\n" + rhythm)
         hits = [[int(word) for word in line[1:]] for line in listen("replay", self.recording, scenario)]
