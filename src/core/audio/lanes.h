@@ -28,7 +28,7 @@ inline void store(float* to, Lanes values) noexcept {
 // Two floats of each, alternately.
 inline Lanes interleave(const float* first, const float* second) noexcept {
     const auto pair = [](const float* from) {
-        return _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(from)));
+        return _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)));
     };
     return _mm_unpacklo_ps(pair(first), pair(second));
 }
