@@ -24,6 +24,9 @@ constexpr std::int64_t kCorrectedPart = 4; // corrects a quarter of a deviation 
 constexpr std::int64_t kMinJumpNs =
     8'000'000; // drift stays below that, a gap in the sound exceeds it
 
+// More than the device's buffers hold: it has stood still, or the computer has slept.
+constexpr std::int64_t kMaxLateNs = 50'000'000;
+
 // Before its due time a block is never rendered, hence a block in advance.
 constexpr std::int64_t kTriggerDelayNs = kDeviceBufferFrames * kNs / kFrames + kTriggerReserveNs;
 
@@ -62,10 +65,11 @@ std::int64_t frameOfDueTime(std::int64_t originNs, std::int64_t dueNs) noexcept 
 
 std::optional<StreamPosition> nextBlock(StreamClock& clock, std::int64_t nowNs,
                                         std::uint32_t frames) noexcept {
-    if (!clock.locked && clock.nextFrame == 0) {
-        clock.originNs = nowNs;
+    const auto lateness = [&] { return nowNs - (clock.originNs + nsOfFrame(clock.nextFrame)); };
+    if (clock.nextFrame == 0 || std::abs(lateness()) > kMaxLateNs) {
+        clock = {.originNs = nowNs};
     }
-    const std::int64_t lateNs = nowNs - (clock.originNs + nsOfFrame(clock.nextFrame));
+    const std::int64_t lateNs = lateness();
     clock.earliestNs = clock.blocks == 0 ? lateNs : std::min(clock.earliestNs, lateNs);
     if (++clock.blocks == kWindowBlocks) {
         correct(clock);

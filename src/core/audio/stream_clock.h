@@ -31,11 +31,12 @@ constexpr std::int64_t kTriggerReserveNs = 5'000'000;
 // up late by varying amounts. The earliest of many blocks is hardly late, so the loop follows the
 // earliest one of each window of blocks; a late one changes nothing. Small deviations are
 // tolerated, so that the distance between two steps is exact; larger ones are corrected by at most
-// one frame per block, and only a gap in the sound by a jump.
+// one frame per block, and only a gap in the sound by a jump. After a long gap the clock locks
+// anew.
 //
 // Threads: the one that renders.
 struct StreamClock {
-    bool locked = false;            // false during the first window after a start
+    bool locked = false;            // false during the first window after a start or a long gap
     std::int64_t originNs = 0;      // expected time of the block that begins at frame 0
     std::int64_t nextFrame = 0;     // of the stream, including corrections
     int blocks = 0;                 // in the current window

@@ -22,7 +22,7 @@ struct Device {
     double driftPpm = 0.0;       // of the device's rate
     double periodMs = 0.0;       // blocks are only asked for at multiples of that
     double maxLateMs = 0.2;      // of the thread that renders, at random
-    double gapAtSecond = 1e9;    // the device stands still for 30 ms
+    double gapMs = 0.0;          // the device stands still after a minute
     double maxTriggerLateMs = 1; // at random
 
     std::vector<std::int64_t> play(SoundEngine& engine, double bpm, int steps) {
@@ -31,9 +31,8 @@ struct Device {
         const double intervalNs = 15e9 / bpm, blockNs = 512e9 / 48000.0 / (1.0 + driftPpm * 1e-6);
         double dueNs = 1000.0 * kNsPerMs, arrivesNs = dueNs;
         for (std::int64_t block = 0; static_cast<int>(hits.size()) < steps; ++block) {
-            const double gapNs =
-                static_cast<double>(block) * blockNs > gapAtSecond * 1e9 ? 30e6 : 0.0;
-            double nowNs = static_cast<double>(block) * blockNs + gapNs;
+            double nowNs = static_cast<double>(block) * blockNs;
+            nowNs += nowNs > 60e9 ? gapMs * kNsPerMs : 0.0;
             if (periodMs > 0.0) {
                 nowNs = std::ceil(nowNs / (periodMs * kNsPerMs)) * periodMs * kNsPerMs;
             }
@@ -87,7 +86,8 @@ TEST(StreamClock, StepsLieAtTheirExactDistance) {
         {"periods", {.periodMs = 10.0, .maxTriggerLateMs = 3.0}, 240.0, 0.0, false},
         {"fast device", {.driftPpm = 200.0, .maxTriggerLateMs = 3.0}, 120.0, 12.0, false},
         {"slow device", {.driftPpm = -200.0, .maxTriggerLateMs = 3.0}, 120.0, 12.0, false},
-        {"gap", {.gapAtSecond = 60.0}, 120.0, 1440.0, false}};
+        {"short gap", {.gapMs = 30.0}, 120.0, 1440.0, false},
+        {"long gap", {.gapMs = 310.0}, 120.0, 6000.0, false}};
     for (Case each : cases) {
         SCOPED_TRACE(each.name);
         SoundEngine engine;
