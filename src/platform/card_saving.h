@@ -19,7 +19,7 @@ struct PendingCard {
 
 // Queues a card to be saved; saves are carried out in order. What the player has to know is shown
 // as soon as it is known.
-void saveCardLater(PendingCard card);
+void saveCardLater(const PendingCard& card);
 
 // Shows the problems since the last call in message boxes.
 void showSavingProblems();

@@ -34,6 +34,8 @@ inline FailingCall& failingCall() {
 } // namespace percussomatic
 
 // They take the place of the C library's functions. Include this file once per program.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the library's names are
+// reserved
 extern "C" {
 int rename(const char* from, const char* to) noexcept {
     const bool fails = percussomatic::failingCall().failsIn("rename");
@@ -52,3 +54,4 @@ int nanosleep(const timespec* pause, timespec* /*rest*/) {
     return 0;
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -135,7 +135,7 @@ void showProblem(const std::wstring& text) {
     fakeSystem().problems.push_back(text);
 }
 
-void saveCardLater(PendingCard card) {
+void saveCardLater(const PendingCard& card) {
     if (const std::wstring problem = writeCard(fakeSystem().cardWriter, card); !problem.empty()) {
         showProblem(problem);
     }

@@ -76,12 +76,12 @@ bool ensureThread(Saver& saver) {
 
 } // namespace
 
-void saveCardLater(PendingCard card) {
+void saveCardLater(const PendingCard& card) {
     Saver& all = saver();
     {
         const std::lock_guard lock(all.mutex);
         all.window = static_cast<HWND>(mainWindow());
-        all.queue.push_back(std::move(card));
+        all.queue.push_back(card);
         ResetEvent(all.idle);
     }
     if (ensureThread(all)) {
