@@ -97,7 +97,7 @@ private:
 };
 
 TEST_F(Program, ReleasesAPressedSwitchWhereverTheButtonGoesUpOrTheMouseGoes) {
-    for (const UINT message : {WM_LBUTTONUP, WM_CAPTURECHANGED}) {
+    for (const UINT message : {UINT{WM_LBUTTONUP}, UINT{WM_CAPTURECHANGED}}) {
         send(WM_LBUTTONDOWN, 0, centreOf(control::kClearAll));
         EXPECT_TRUE(sequencer().clearAllHeld);
         send(message, 0, 0);
