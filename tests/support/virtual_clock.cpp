@@ -22,17 +22,14 @@ struct VirtualTime {
     std::atomic<std::int64_t> nowNs = 0;
     std::atomic<int> threadCount = 0;
 
-    // Guarded by the step clock's mutex.
+    // Guarded by the step clock's mutex, which its thread must release before posting.
     std::condition_variable wake, changed;
     bool waiting = false;
     bool due = false;
     std::int64_t wakeNs = 0;
     std::uint32_t stops = 0; // of the step clock, when the wait began
-    std::deque<std::int64_t> latenessNs;
-
-    std::mutex postMutex;
-    std::deque<std::int64_t> postingNs; // guarded by postMutex
-    std::vector<PostedTick> posted;     // guarded by postMutex
+    std::deque<std::int64_t> latenessNs, postingNs;
+    std::vector<PostedTick> posted;
 } time;
 
 std::int64_t takeFirst(std::deque<std::int64_t>& script) {
@@ -55,7 +52,7 @@ std::uint32_t tickCountMs() noexcept {
 }
 
 bool postStepTick(WindowHandle window) noexcept {
-    const std::lock_guard lock(time.postMutex);
+    const std::lock_guard lock(stepClock().mutex);
     const std::int64_t duration = takeFirst(time.postingNs);
     if (duration == kFailedPost) {
         return false;
@@ -126,13 +123,13 @@ void passTimeTo(std::int64_t ns) {
 
 void scriptLateness(const std::vector<std::int64_t>& waitsNs,
                     const std::vector<std::int64_t>& postsNs) {
-    const std::scoped_lock lock(stepClock().mutex, time.postMutex);
+    const std::lock_guard lock(stepClock().mutex);
     time.latenessNs.assign(waitsNs.begin(), waitsNs.end());
     time.postingNs.assign(postsNs.begin(), postsNs.end());
 }
 
 std::vector<PostedTick> takePostedTicks() {
-    const std::lock_guard lock(time.postMutex);
+    const std::lock_guard lock(stepClock().mutex);
     return std::exchange(time.posted, {});
 }
 
