@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "assets/assets.h"
+#include "audio/sample_bank.h"
+#include "audio/sound_engine.h"
 #include "panel/control_geometry.h"
 #include "panel/control_names.h"
 #include "panel/control_state.h"
+#include "sequencer/sequencer.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <sstream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace percussomatic {
 namespace {
@@ -39,7 +44,12 @@ TEST_F(ControlLayout, RowsAndTheirRolesAreUnchanged) {
     EXPECT_EQ(findControl("pw_00"), kNoControl);
 }
 
-TEST_F(ControlLayout, InstrumentSwitchesAreOnTheirLineAndRecordingsExist) {
+TEST_F(ControlLayout, InstrumentSwitchesAreOnTheirLineAndRecordingsLoadInOrder) {
+    const char* const names[] = {"rolling_snare", "cymbal_1",   "cymbal_2", "snare",
+                                 "timbal_2",      "charleston", "triangle", "clave",
+                                 "block_2",       "timbal_1",   "block_1",  "bass_drum"};
+    const std::vector<Sample>& samples = soundEngine().samples;
+    loadLineSamples();
     for (std::size_t position = 0; position < kInstrumentCount; ++position) {
         SCOPED_TRACE(position);
         const int line = static_cast<int>(position % kLineCount), b = position < kLineCount ? 0 : 1;
@@ -48,7 +58,11 @@ TEST_F(ControlLayout, InstrumentSwitchesAreOnTheirLineAndRecordingsExist) {
         EXPECT_NEAR(2 * row.y + row.height, 2 * step.y + step.height, 20);
         EXPECT_EQ(row.x, b == 0 ? 1745 : 2040);
         EXPECT_EQ(sampleIndexOfSwitch(position), sampleIndexOf(line, b));
-        EXPECT_NE(findAsset(kInstruments[position].recording).bytes, nullptr);
+        const std::size_t index = sampleIndexOf(line, b); // also of the sends
+        EXPECT_EQ(sequencer().sampleIndices[index], static_cast<int>(index));
+        const auto recording = parseWave(findAsset(names[index] + std::string(".wav")).span());
+        ASSERT_TRUE(recording && samples.size() == kInstrumentCount);
+        EXPECT_TRUE(samples[index].left == recording->left);
     }
 }
 
