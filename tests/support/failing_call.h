@@ -5,6 +5,7 @@
 #include <ctime>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -14,10 +15,13 @@ namespace percussomatic {
 struct FailingCall {
     std::string name; // "rename", "fsync" or "unlink"
     int error = 0, failures = 0;
-    long pausedMs = 0; // since it was set
+    int passes = 0;              // calls that succeed before
+    void (*inPause)() = nullptr; // what other programs do meanwhile
+    long pausedMs = 0;           // since it was set
+    off_t syncedBytes = 0;       // size of the last file that fsync() was called for
 
     bool failsIn(std::string_view function) {
-        if (function != name || failures == 0) {
+        if (function != name || passes-- > 0 || failures == 0) {
             return false;
         }
         --failures;
@@ -43,6 +47,10 @@ int rename(const char* from, const char* to) noexcept {
 }
 int fsync(int descriptor) {
     const bool fails = percussomatic::failingCall().failsIn("fsync");
+    struct stat file {};
+    if (fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode)) {
+        percussomatic::failingCall().syncedBytes = file.st_size;
+    }
     return fails ? -1 : static_cast<int>(syscall(SYS_fsync, descriptor));
 }
 int unlink(const char* path) noexcept {
@@ -51,6 +59,9 @@ int unlink(const char* path) noexcept {
 }
 int nanosleep(const timespec* pause, timespec* /*rest*/) {
     percussomatic::failingCall().pausedMs += pause->tv_nsec / 1'000'000;
+    if (const auto inPause = percussomatic::failingCall().inPause) {
+        inPause();
+    }
     return 0;
 }
 }

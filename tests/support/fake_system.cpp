@@ -129,6 +129,7 @@ void showLearnStatus(const std::wstring& text) {
 
 void refreshFromEngine() {
     fakeSystem().shownSend = barPosition(soundEngine(), kSendBarId);
+    screen.requests.emplace_back("effects window");
 }
 
 void showProblem(const std::wstring& text) {
@@ -169,7 +170,9 @@ std::wstring readSetting(const std::wstring& section, const std::wstring& key,
 
 void writeSetting(const std::wstring& section, const std::wstring& key, const std::wstring& value) {
     fakeSystem().flushed = false;
-    settings[section][key] = value;
+    if (fakeSystem().writable) {
+        settings[section][key] = value;
+    }
 }
 
 void deleteSettings(const std::wstring& section) {

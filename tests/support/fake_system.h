@@ -20,9 +20,10 @@ struct FakeSystem {
     std::vector<std::wstring> problems;     // shown to the player
     std::optional<std::string> legacyMap;   // bytes of the older mapping file
     CardWriter cardWriter;
-    int shownSend = -1;  // of sample 0, in the effects window
-    bool awake = false;  // the computer must not go to sleep
-    bool flushed = true; // no setting was written after the last flush
+    int shownSend = -1;   // of sample 0, in the effects window
+    bool awake = false;   // the computer must not go to sleep
+    bool writable = true; // the settings file
+    bool flushed = true;  // no setting was written after the last flush
 };
 
 FakeSystem& fakeSystem();
@@ -34,7 +35,8 @@ void setSettingsText(const std::wstring& text);
 using Names = std::vector<std::string>;
 
 // Repaint requests since the last call, in order: "sw_007 later", "bottone_001 now", "slider_001
-// from 40", "tempo box", "effects box", "midi boxes", "panel", "card dialog", "reader", "flush".
+// from 40", "tempo box", "effects box", "effects window", "midi boxes", "panel", "card dialog",
+// "reader", "flush".
 Names takeRedraws();
 
 // Paints everything marked, then names the controls that still show an outdated state, because no

@@ -106,6 +106,32 @@ TEST_F(CardFile, SavingKeepsASymbolicLink) {
     }
 }
 
+TEST_F(CardFile, LoadingIsRetriedWhileTheFileIsInUse) {
+    fs::create_symlink("/proc/self/mem", "card"); // can be opened, but not read
+    failingCall() = {};
+    failingCall().inPause = [] {
+        fs::remove("card");
+        put("card", writePunchCard({}, 9));
+    };
+    PunchCard slot;
+    EXPECT_TRUE(loadCardFile("card", slot));
+    EXPECT_EQ(std::exchange(failingCall(), {}).pausedMs, 50);
+}
+
+TEST_F(CardFile, AnUnreadFileIsNotLostIfASystemCallFails) {
+    for (const FailingCall& call : {FailingCall{"fsync", EIO, 1}, FailingCall{"rename", EACCES, 1},
+                                    FailingCall{"rename", EACCES, 1, 1}}) {
+        fs::create_directory("PunchCards");
+        put(path, "unread");
+        failingCall() = call;
+        CardWriter writer;
+        EXPECT_NE(writeCard(writer, {path, text, true}).find(L"written. Any"), std::wstring::npos);
+        EXPECT_EQ(contents(path.string() + (call.passes > 0 ? ".unread" : "")), "unread");
+        EXPECT_EQ(filesIn("PunchCards"), 1);
+        fs::remove_all("PunchCards");
+    }
+}
+
 TEST_F(CardFile, FailingSystemCallsAreRetriedWhileTheFileIsInUse) {
     constexpr int kAttempts = 8;
     const std::tuple<FailingCall, SaveResult> cases[] = {
@@ -123,6 +149,7 @@ TEST_F(CardFile, FailingSystemCallsAreRetriedWhileTheFileIsInUse) {
         EXPECT_EQ(failingCall().failures, 0);
         EXPECT_EQ(contents(path), result == SaveResult::saved ? text : old);
         EXPECT_EQ(fs::status(path).permissions(), fs::perms{0640});
+        EXPECT_EQ(failingCall().syncedBytes, static_cast<off_t>(text.size()));
         EXPECT_EQ(filesIn("PunchCards"), 1);
         EXPECT_EQ(failingCall().pausedMs, call.error != EBUSY ? 0 : 1080);
     }

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <random>
 #include <tuple>
@@ -20,6 +21,8 @@
 
 namespace percussomatic {
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr Size kClient{kClientWidth, kClientHeight};
 constexpr double kStartY = -439.0, kTargetY = 443.0; // of a card in a window of that size
@@ -47,28 +50,36 @@ struct PunchCards : testing::Test, FreshInstrument {
     int upTo(int count) { return static_cast<int>(random_() % static_cast<unsigned>(count)); }
     float unit() { return static_cast<float>(upTo(1'000'001)) / 1e6f; }
 
-    void shufflePanel() {
-        for (const char* rotary : {"rotary_001", "rotary_002"}) {
-            rotaryState(findControl(rotary))->value = unit();
-            applyRotary(findControl(rotary));
+    // Returns the panel as it would be saved.
+    std::string shufflePanel() {
+        PunchCard card;
+        panelState().master.value = card.masterVolume = unit();
+        panelState().tempo.value = card.tempo = unit();
+        applyRotary(findControl(control::kMasterRotary));
+        applyRotary(findControl(control::kTempoRotary));
+        for (std::size_t line = 0; line < kLineCount; ++line) {
+            const int offset = upTo(kSliderTravel + 1);
+            sliderOffset(control::kLines[line].slider) = static_cast<std::uint32_t>(offset);
+            card.lineVolumes[line] = static_cast<float>(offset) / 650.0f;
         }
-        for (const control::Line& line : control::kLines) {
-            toggleBit(line.switches[0]) = static_cast<std::uint8_t>(upTo(2));
-            toggleBit(line.switches[1]) = static_cast<std::uint8_t>(upTo(2));
-            sliderOffset(line.slider) = static_cast<std::uint32_t>(upTo(kSliderTravel + 1));
+        SoundEngine& engine = soundEngine();
+        selectPreset(card.effectPreset = upTo(4));
+        for (std::size_t position = 0; position < kInstrumentCount; ++position) {
+            toggleBit(control::instrumentSwitch(position)) = card.instruments[position] =
+                static_cast<std::uint8_t>(upTo(2));
+            engine.setSend(sampleIndexOfSwitch(position), card.effectSends[position] = unit());
         }
-        for (std::uint8_t& step : sequencer().pattern.steps) {
+        for (std::uint8_t& step : card.pattern.steps) {
             step = static_cast<std::uint8_t>(upTo(2));
         }
-        sequencer().sequenceLength = kSequenceLengths[static_cast<std::size_t>(upTo(7))];
-        SoundEngine& engine = soundEngine();
-        selectPreset(upTo(4));
-        for (std::uint32_t sample = 0; sample < kInstrumentCount; ++sample) {
-            engine.setSend(sample, unit());
-        }
-        engine.setEffectSettings({unit(), unit(), unit(), unit(), 200.0f * unit()});
-        engine.setEffectEnabled(upTo(2) != 0);
+        sequencer().pattern = card.pattern;
+        sequencer().sequenceLength = card.sequenceLength =
+            kSequenceLengths[static_cast<std::size_t>(upTo(7))];
+        card.effect = {unit(), unit(), unit(), unit(), 200.0f * unit()};
+        engine.setEffectSettings(card.effect);
+        engine.setEffectEnabled(card.effectEnabled = upTo(2) != 0);
         resetFakeScreen();
+        return writePunchCard(card, 0);
     }
     PunchCard& shown() { return panel_.slot(panel_.dialogSlot); }
     void captureShown() {
@@ -98,8 +109,8 @@ TEST_F(PunchCards, InsertionRestoresEverythingThatWasSaved) {
     for (int round = 0; round < 20; ++round) {
         SCOPED_TRACE(round);
         const int slot = panel_.dialogSlot = round % kCardSlots;
-        shufflePanel();
-        const std::string saved = livePanel();
+        const std::string saved = shufflePanel();
+        EXPECT_EQ(livePanel(), saved);
         saveCard();
         EXPECT_EQ(takeRedraws(), Names{"card dialog"});
         const std::string bytes = contents(cardFilePath(slot));
@@ -120,7 +131,7 @@ TEST_F(PunchCards, InsertionRestoresEverythingThatWasSaved) {
         EXPECT_EQ(staleControls(), Names{});
         EXPECT_EQ(fakeSystem().syncStatus, syncStatusText());
         EXPECT_EQ(fakeSystem().shownSend, barPosition(soundEngine(), kSendBarId));
-        takeRedraws();
+        EXPECT_EQ(std::ranges::count(takeRedraws(), "effects window"), 1);
         saveCard();
         setCardTitle({});
         EXPECT_EQ(takeRedraws(), (Names{"card dialog", "reader", "card dialog", "reader"}));
@@ -137,7 +148,8 @@ TEST_F(PunchCards, CardIsReadColumnByColumnAsItSlides) {
     begin();
     EXPECT_EQ(soundEngine().outputMuted, 1);
     EXPECT_EQ(soundEngine().stopAllVoicesRequest, 1);
-    EXPECT_TRUE(sequencer().editMode && panel_.insertingCard && !panel_.cardsDialogOpen);
+    EXPECT_TRUE(sequencer().editMode && panel_.insertingCard);
+    EXPECT_FALSE(panel_.cardsDialogOpen || panel_.cardInserted);
     EXPECT_EQ(fakeSystem().timers[WindowTimer::cardInsertion], 16u);
     EXPECT_EQ(staleControls(), Names{});
 
@@ -282,17 +294,27 @@ TEST_F(PunchCards, FailedSaveIsReportedAndTheSlotKeepsTheRhythm) {
     EXPECT_EQ(shown().pattern, sequencer().pattern);
     fs::permissions(path, fs::perms{0222}, fs::perm_options::add);
     EXPECT_EQ(contents(path), before);
+    toggleCardsDialog();
+    takeRedraws();
     showNextCard();
     EXPECT_EQ(panel_.dialogSlot, 0);
+    closeCardsDialog();
+    toggleCardsDialog();
+    EXPECT_EQ(takeRedraws(), (Names{"card dialog", "panel", "panel"}));
 }
 
 TEST_F(PunchCards, FileThatCouldNotBeReadIsKeptUnderAnotherName) {
+    loadCards();
+    EXPECT_TRUE(std::filesystem::is_empty(kCardFolder));
     saveCard();
     const std::string card = contents(cardFilePath(0));
     const std::string unread = cardFilePath(1).string() + ".unread";
     std::filesystem::create_directories(cardFilePath(2));
     put(cardFilePath(1), "another program's card");
     put(unread, "an older one");
+    const std::string leftover = cardFilePath(9).string() + ".1.saving";
+    put(leftover, "half a ca");
+    std::filesystem::last_write_time(leftover, std::filesystem::last_write_time(unread) - 2min);
     loadCards();
     EXPECT_TRUE(panel_.slots[0].used);
     EXPECT_FALSE(panel_.slots[1].used);

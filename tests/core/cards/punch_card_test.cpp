@@ -173,6 +173,7 @@ TEST(PunchCardReader, FaultsRefuseTheCardAndNameTheLine) {
     expectRefused(1, "\xEF\xBB\xBF_PERCUSSOMATIC_CARD_V4", "refused", "order mark; expected");
     expectRefused(1, "\xEF\xBB\xBF_PERCUSSOMATIC_CARD_V3\r", "refused", "mark and has Windows");
     expectRefused(3, " MASTER_VOLUME=1");
+    expectRefused(3, std::string(41, 'x'), "refused", "x...\"; expected"); // 40 are quoted
     expectRefused(3, std::string("MASTER_VOLUME=\0001", 16), "invalid stof argument");
     expectRefused(5, "SEQUENCE_LENGTH=x", "invalid stoul argument");
     expectRefused(5, "SEQUENCE_LENGTH=4294967296", "stoul argument out of range");
