@@ -180,8 +180,10 @@ TEST_F(MidiGlide, EveryTickCovers35PercentUntilTheTargetIsReached) {
     applyMidiToControl(findControl(control::kTempoRotary), 127, true);
     EXPECT_EQ(sequencer().bpm, 120.0) << "before the first tick";
     double rest = 120.0; // BPM below 240
+    panelState().tempo.dragging = true;
     for (int tick = 0; tick < 14; ++tick) {
         midiSmoothingTick();
+        EXPECT_FALSE(panelState().tempo.dragging);
         EXPECT_NEAR(sequencer().bpm, 240.0 - (rest *= 0.65), 1e-9) << tick;
         EXPECT_EQ(staleControls(), Names{});
         EXPECT_TRUE(timerRuns());

@@ -2,11 +2,13 @@
 #include "midi/midi_profile.h"
 
 #include "midi/midi_connection.h"
+#include "sequencer/sequencer.h"
 #include "support/fake_system.h"
 
 #include <gtest/gtest.h>
 
 #include <tuple>
+#include <utility>
 
 namespace percussomatic {
 namespace {
@@ -19,8 +21,8 @@ struct MidiProfile : testing::Test, FreshInstrument {};
 
 TEST_F(MidiProfile, SectionNamesContainNoBracketsOrLineBreaks) {
     EXPECT_EQ(midiProfileSectionName(L"[1] Pad\r\nBox]"), L"DEVICE:_1_ Pad__Box_");
-    EXPECT_EQ(midiProfileSectionName(L""), L"DEVICE:Unknown MIDI Device");
-    EXPECT_EQ(midiProfileSectionName(L" ;=\x266A\u30C4"), L"DEVICE: ;=\x266A\u30C4");
+    EXPECT_EQ(midiProfileSectionName(L"  "), L"DEVICE:Unknown MIDI Device");
+    EXPECT_EQ(midiProfileSectionName(L" ;=\x266A\u30C4 "), L"DEVICE: ;=\x266A\u30C4");
 }
 
 TEST_F(MidiProfile, DeviceNamesMatchRegardlessOfAsciiCaseAndOuterBlanks) {
@@ -96,12 +98,20 @@ TEST_F(MidiProfile, ConnectingLoadsTheProfileAndSavesOnlyTheDevice) {
                                   L"by hand=yes\nslider_001=0,7\nsw_001=16,1\nsw_007=9,64\n";
     setSettingsText(profiles);
     fakeSystem().legacyMap = kMagic + "\nsw_020,1,1\n";
+    const auto takeSyncStatus = [] { // after which a tempo has been measured
+        sequencer().externalSync = sequencer().midiClockSeen = true;
+        sequencer().midiBpm = 99.0;
+        return std::exchange(fakeSystem().syncStatus, L"");
+    };
+    takeSyncStatus();
     midiPortOpened(L"Pad [1]");
+    EXPECT_EQ(takeSyncStatus(), L"SYNC: MIDI CLOCK Waiting for clock...");
     EXPECT_EQ(midiState().mappings, (Mappings{{"slider_001", 0, 7}, {"sw_007", 9, 64}}));
     EXPECT_EQ(fakeSystem().learnLine, L"Profile loaded: 2 mapping(s)");
     EXPECT_TRUE(fakeSystem().flushed);
     EXPECT_EQ(takeRedraws(), (Names{"tempo box", "midi boxes"}));
     midiPortClosed();
+    EXPECT_EQ(takeSyncStatus(), L"SYNC: MIDI CLOCK Waiting for clock...");
     EXPECT_EQ(midiState().mappings, Mappings{});
     EXPECT_EQ(midiState().profileDeviceName, L"");
     EXPECT_EQ(fakeSystem().learnLine, L"No MIDI device connected");
@@ -120,11 +130,16 @@ TEST_F(MidiProfile, LegacyFileIsImportedForDevicesWithoutASection) {
         {two, L"nonsense=1\n", {}},
         {kMagic + "\nsl\xE9_1,1,2\n", L"", {{"sl\xE9_1", 1, 2}}}};
     for (const auto& [file, section, mappings] : cases) {
-        setSettingsText(std::wstring(L"[DEVICE:Keys]\n") + section);
-        fakeSystem().legacyMap = file;
-        midiPortOpened(L"Keys");
-        EXPECT_EQ(midiState().mappings, mappings) << file.value_or("no file");
+        for (const bool writable : {false, true}) {
+            setSettingsText(std::wstring(L"[DEVICE:Keys]\n") + section);
+            fakeSystem().writable = writable;
+            fakeSystem().legacyMap = file;
+            midiPortOpened(L"Keys");
+            EXPECT_EQ(midiState().mappings, mappings) << file.value_or("no file");
+        }
         EXPECT_EQ(fakeSystem().learnLine.starts_with(L"Profile loaded: "), !mappings.empty());
+        loadMidiProfile(); // an import has been saved
+        EXPECT_EQ(midiState().mappings, mappings);
     }
 }
 
