@@ -74,6 +74,13 @@ TEST(Assets, PicturesHaveTheSizeOfEveryControlThatShowsThem) {
                 expectPicture(findAsset(image).span(), {row.width, row.height});
             }
         }
+        for (const int most : {0, 1, 2, 9}) {
+            const auto& [file, halvings] = findPicture(row.image, most);
+            EXPECT_EQ(halvings, row.width > 1000 ? std::min(most, 2) : 0);
+            const int up = (1 << halvings) - 1; // a half is rounded up
+            EXPECT_EQ(bigEndian(file.span(), 16), (row.width + up) >> halvings);
+            EXPECT_EQ(bigEndian(file.span(), 20), (row.height + up) >> halvings);
+        }
     }
 }
 

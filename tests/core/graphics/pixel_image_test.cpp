@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "graphics/pixel_image.h"
+#include "graphics/scaled_pictures.h"
 
 #include <gtest/gtest.h>
 
@@ -60,9 +61,9 @@ TEST(PixelImage, HalvingAveragesBlocksOfFourPixels) {
                    4;
         };
         ASSERT_EQ(half.pixels, reference((width + 1) / 2, (height + 1) / 2, average)) << width;
-        if (width >= 8 && height >= 8) { // scaling to less than half halves first
-            ASSERT_EQ(scaled(image, width / 3, height / 3).pixels,
-                      scaled(half, width / 3, height / 3).pixels);
+        if (width >= 2 && height >= 2) { // scaling to half or less halves first
+            ASSERT_EQ(scaled(image, width / 2, height / 2).pixels,
+                      scaled(half, width / 2, height / 2).pixels);
         }
     }
 }
@@ -78,7 +79,7 @@ TEST(PixelImage, ScalingInterpolatesBetweenPixelCentres) {
         const PixelImage image = noise(width, height);
         ASSERT_EQ(scaled(image, width, height).pixels, image.pixels);
         const int newHeight = (height * 3 + 3) / 4;
-        for (int newWidth = width / 2 + 1; newWidth < 3 * width; ++newWidth) {
+        for (int newWidth = width / 3 + 1; newWidth < 3 * width; ++newWidth) {
             SCOPED_TRACE(testing::Message() << width << " to " << newWidth);
             const auto value = [&](int x, int y, int c) {
                 const int u = source(x, width, newWidth), v = source(y, height, newHeight);
@@ -130,6 +131,36 @@ TEST(PixelImage, FillingEqualsBlendingAPictureOfOneColour) {
         blendPixels(picture, -5, 1, viewOf(blended));
         ASSERT_EQ(filled.pixels, blended.pixels) << alpha;
     }
+}
+
+TEST(PixelImage, HalvingsLeaveThePictureAtLeastAsLargeAsItIsShown) {
+    EXPECT_EQ(halvings(100, 100, 0.5), 1);
+    EXPECT_EQ(halvings(100, 100, 0.25), 2);
+    EXPECT_EQ(halvings(100, 101, 0.504), 0);
+    EXPECT_EQ(halvings(101, 100, 0.504), 0);
+    EXPECT_EQ(halvings(64, 2, 0.01), 1);
+}
+
+TEST(ScaledPictures, AreCachedBySizeUntilTheyTakeTooMuchMemory) {
+    PixelImage picture = noise(8, 8);
+    const Pixels wide = cachedScaled(picture, 6, 3).pixels;
+    EXPECT_EQ(wide, scaled(picture, 6, 3).pixels);
+    EXPECT_EQ(cachedScaled(picture, 6, 4).pixels, scaled(picture, 6, 4).pixels);
+    picture = blankImage(8, 8);
+    EXPECT_EQ(cachedScaled(picture, 6, 3).pixels, wide) << "still cached";
+    cachedScaled(picture, 2049, 2048);
+    cachedScaled(picture, 1, 1);
+    EXPECT_EQ(cachedScaled(picture, 6, 3).pixels, Pixels(18)) << "the cache was full";
+}
+
+TEST(PixelRect, CombinesInEitherOrderAndTouchingIsNoOverlap) {
+    const PixelRect a{2, 3, 6, 8}, b{5, 1, 9, 4}, right{6, 3, 7, 8}, below{2, 8, 6, 9};
+    EXPECT_EQ(united(a, b), (PixelRect{2, 1, 9, 8}));
+    EXPECT_EQ(united(b, a), (PixelRect{2, 1, 9, 8}));
+    EXPECT_EQ(intersected(a, right), PixelRect{});
+    EXPECT_TRUE(overlap(a, b) && overlap(b, a));
+    EXPECT_FALSE(overlap(a, right) || overlap(right, a) || overlap(a, below) || overlap(below, a));
+    EXPECT_EQ(inflated(a, 1), (PixelRect{1, 2, 7, 9}));
 }
 
 } // namespace
