@@ -131,6 +131,10 @@ TEST_F(CardTool, FailedCommandLeavesTheOutputUnchanged) {
     }
     EXPECT_EQ(run("render old.vopcard out --bars 99999999999999999999"), 1);
     EXPECT_EQ(run("recordings out"), 1);
+    fs::create_directories("kit/bass_drum.wav"); // which is written last
+    EXPECT_EQ(run("recordings kit"), 1);
+    EXPECT_EQ(filesIn("kit"), 1);
+    fs::remove("kit/bass_drum.wav");
     EXPECT_EQ(run("recordings kit", "ulimit -f 1000;"), 1);
     EXPECT_TRUE(fs::is_empty("kit"));
     EXPECT_EQ(run("render old.vopcard new --bars 9999", "", signalWhileWriting("new", "TERM")), 1);
@@ -263,7 +267,10 @@ TEST_F(CardTool, OddCardsRenderAsTheInstrumentPlaysThem) {
     put("odd.vopcard", writePunchCard(card, 0));
     card = parsePunchCard(contents("odd.vopcard")).value();
     EXPECT_EQ(run("show odd.vopcard"), 0);
-    EXPECT_NE(out.find("\nEffect   STADIUM, return 100 %"), std::string::npos) << out;
+    for (const char* piece : {"\nEffect   STADIUM, return 100 %", "width 92 %, pre-delay 200 ms\n",
+                              "Cymbal 2 on, send 20 %; Snare on, send 80 %\n"}) {
+        EXPECT_NE(out.find(piece), std::string::npos) << piece << '\n' << out;
+    }
     ASSERT_EQ(run("recordings made/kit"), 0);
     ASSERT_EQ(run("render odd.vopcard o.wav --recordings made/kit --steps 13 --tail 0"), 0);
     EXPECT_EQ(err, "");
