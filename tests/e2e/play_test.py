@@ -134,6 +134,30 @@ class Cards(ProgramTestCase):
         files = sorted(path.name for path in (self.folder / "PunchCards").iterdir())
         self.assertEqual(files, ["card_3.vopcard", "card_4.vopcard"])
 
+    def test_only_the_send_of_the_instrument_that_plays_is_heard(self):
+        """The clave, a fifth of a second long, plays at least every 375 ms: only its tail fills the gaps."""
+        card = self.expected_card("CLAVE", [0, 0, 0, SLIDER_TRAVEL, 0, 0])
+        no_sends = ",".join(["0.000000"] * len(SWITCHES))
+        silent_blocks = []
+        for name in ("Clave", "Snare"):
+            is_on = (switch == SWITCHES[name] for switch in SWITCHES_A + SWITCHES_B)
+            sends = ",".join(f"{on:.6f}" for on in is_on)
+            text = card.replace("EFFECT_ENABLED=0", "EFFECT_ENABLED=1").replace(no_sends, sends)
+            (self.folder / "PunchCards").mkdir(exist_ok=True)
+            (self.folder / "PunchCards/card_1.vopcard").write_text(text)
+            player = self.start(fake_winmm=True)
+            player.choose("CARDS", "LOAD")
+            wait_until(lambda: player.brightness(SWITCHES["Clave"]) > 150, "the settings of the card")
+            player.click(EDIT, START_STOP)
+            time.sleep(2)
+            self.assertEqual(player.close(), 0)
+            loud = [any(samples) for _, _, samples in self.blocks()]
+            self.assertIn(True, loud)
+            last = len(loud) - loud[::-1].index(True)
+            silent_blocks.append(loud[loud.index(True) : last].count(False))
+        self.assertEqual(silent_blocks[0], 0)
+        self.assertGreater(silent_blocks[1], 10)
+
     def check_holes(self, player, empty):
         """The first step of line 1 is punched at the bottom of the card, the second is not."""
         left, top, dialog_width, dialog_height = player.region_on_display("dialog")
